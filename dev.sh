@@ -1,0 +1,54 @@
+#!/usr/bin/env bash
+# Duomir's one entry point for a fresh Debian 12 machine:
+#   ./dev.sh run     install what is missing, build, start duomir
+#   ./dev.sh test    install what is missing, build, run every test through CTest
+#   ./dev.sh asan    the same tests under AddressSanitizer and UndefinedBehaviorSanitizer
+set -euo pipefail
+cd "$(dirname "$0")"
+
+packages=(cmake ninja-build g++ qt6-base-dev qt6-base-dev-tools libgl-dev qt6-qpa-plugins
+          xvfb xauth clang-format)
+
+install_missing() {
+    local missing=()
+    for p in "${packages[@]}"; do
+        dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    echo "Installing: ${missing[*]}"
+    local sudo=()
+    [ "$(id -u)" -ne 0 ] && sudo=(sudo)
+    "${sudo[@]}" apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq "${missing[@]}"
+}
+
+build() {
+    cmake --preset "$1" >/dev/null
+    cmake --build --preset "$1"
+}
+
+case "${1:-}" in
+run)
+    install_missing
+    build release
+    shift
+    if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+        exec xvfb-run -a build/release/bin/duomir "$@"
+    fi
+    exec build/release/bin/duomir "$@"
+    ;;
+test)
+    install_missing
+    build dev
+    ctest --preset dev -j "$(nproc)"
+    ;;
+asan)
+    install_missing
+    build asan
+    ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1 ctest --preset asan -j "$(nproc)"
+    ;;
+*)
+    echo "usage: $0 run|test|asan" >&2
+    exit 2
+    ;;
+esac

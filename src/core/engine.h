@@ -1,0 +1,95 @@
+#pragma once
+
+#include <QString>
+#include <array>
+#include <cstdint>
+
+#include "core/dirpair.h"
+#include "core/fileentry.h"
+#include "localization/language.h"
+#include "settings/settings.h"
+
+namespace duomir {
+
+class Interaction;
+
+// The file-list filter selection (the three filter toolbars).
+struct FilterState
+{
+    int FileFilter = 0; // 0 all, 1 modified, 2 modified in source, 3 in destination, 4 identical
+    int SideFilter = 0; // 0 all, 1 in both directories, 2 in one directory only
+    bool ShowEmptyDirs = false;
+};
+
+// The synchronization directions (the fourth toolbar, buttons "#0".."#3").
+struct SyncOptions
+{
+    bool Src = true;
+    bool Dest = true;
+    bool Reverse = false; // the button exists but is hidden
+    bool Delete = false;  // only with exactly one direction
+};
+
+// Counts shown under the file list after each rebuild of the visible rows.
+struct RowCounts
+{
+    int files = 0;
+    int directories = 0;
+};
+
+// The one object that owns everything a run of Duomir keeps: settings, the pair list, the file
+// arrays, the filter and sync selections and the profile state. Front ends hold one Engine and
+// reach every command through it; the engine reaches the person only through Interaction.
+class Engine
+{
+public:
+    explicit Engine(Interaction &ui);
+
+    Interaction &ui() const { return *m_ui; }
+
+    // Settings and folders, fixed at start-up.
+    Settings settings;
+    QString SettingsFile;
+    QString DataFolder; // ends in the separator
+    QString ProgramFolder;
+    Language language;
+
+    // Start switches.
+    bool DontAsk = false;
+    bool Auto = false;
+
+    // Pairs and profile.
+    DirPairList pairs;
+    QString ProfilePath;
+    bool ProfileModified = false;
+
+    // File arrays.
+    FileArray SourceFiles{1};
+    FileArray DestinationFiles{1};
+    CompareArray CompareResults{1};
+    std::array<QString, 2> CompareRoots;
+    bool MarkAll = true;
+    // Entries the last comparison would send: [0] source to destination, [1] identical rows,
+    // [2] destination to source.
+    std::array<int, 3> compareCounters{};
+
+    // View selection and the rows it admits (element 0 has no meaning).
+    FilterState filter;
+    CompareArray VisibleRows{1};
+    RowCounts visibleCounts;
+
+    // Synchronization run state.
+    SyncOptions sync;
+    bool CancelFlag = false;
+    std::int64_t ByteTotal = 0;
+
+    QString FormatMsg(int key, const QStringList &params = {}) const
+    {
+        return language.FormatMsg(QString::number(key), params);
+    }
+
+private:
+    Interaction *m_ui;
+};
+
+} // namespace duomir

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+
+namespace duomir {
+
+// The program-wide options, read once at start-up by LoadSettings(). A default-constructed record
+// is "empty" (all flags off, no texts); LoadSettings() then applies the defaults of absent keys.
+struct Settings
+{
+    QString ExcludeDirs;  // default exclude mask for subdirectories of a new pair
+    QString ExcludeFiles; // default exclude mask for files of a new pair
+    bool SubDirs = false;
+    bool SysDirs = false;
+    bool SysFiles = false;
+    bool HiddenDirs = false;
+    bool HiddenFiles = false;
+    double TimeLag = 0.0; // days; the largest time difference that still counts as equal
+    bool LogToFile = false;
+    bool DontShowHint = false;
+    bool ButtonBarsWithText = false;
+    QString Language;  // language file name without ".lang"
+    QString FormPos;   // "Left;Top;Width;Height" of the main window
+    int FormState = 0; // 0 normal, 2 maximized
+
+    // The options dialog binds its check-box pairs by index: 0 = directories, 1 = files.
+    bool &sys(int i) { return i == 0 ? SysDirs : SysFiles; }
+    bool &hidden(int i) { return i == 0 ? HiddenDirs : HiddenFiles; }
+};
+
+} // namespace duomir

@@ -1,0 +1,111 @@
+#include "common/temptree.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QTest>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+namespace duomir::test {
+
+TempTree::TempTree()
+{
+    QVERIFY2(m_dir.isValid(), "cannot create a temporary folder");
+}
+
+QString TempTree::path(const QString &relative) const
+{
+    return relative.isEmpty() ? root() : root() + u'/' + relative;
+}
+
+void TempTree::file(const QString &relative, const QByteArray &content, qint64 mtime)
+{
+    const QString full = path(relative);
+    QDir().mkpath(QFileInfo(full).path());
+    QFile f(full);
+    QVERIFY2(f.open(QIODevice::WriteOnly | QIODevice::Truncate), qPrintable(full));
+    QCOMPARE(f.write(content), content.size());
+    f.close();
+    if (mtime != 0)
+        setMtime(relative, mtime);
+}
+
+void TempTree::dir(const QString &relative)
+{
+    QVERIFY(QDir().mkpath(path(relative)));
+}
+
+void TempTree::symlink(const QString &relative, const QByteArray &target)
+{
+    const QByteArray link = QFile::encodeName(path(relative));
+    QVERIFY2(::symlink(target.constData(), link.constData()) == 0, link.constData());
+}
+
+void TempTree::setMtime(const QString &relative, qint64 mtime)
+{
+    const QByteArray name = QFile::encodeName(path(relative));
+    struct timeval times[2] = {{static_cast<time_t>(mtime), 0}, {static_cast<time_t>(mtime), 0}};
+    QVERIFY2(::lutimes(name.constData(), times) == 0, name.constData());
+}
+
+void TempTree::setMode(const QString &relative, unsigned mode)
+{
+    const QByteArray name = QFile::encodeName(path(relative));
+    QVERIFY2(::chmod(name.constData(), mode) == 0, name.constData());
+}
+
+bool TempTree::exists(const QString &relative) const
+{
+    struct stat st;
+    return ::lstat(QFile::encodeName(path(relative)).constData(), &st) == 0;
+}
+
+QByteArray TempTree::read(const QString &relative) const
+{
+    QFile f(path(relative));
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+qint64 TempTree::mtime(const QString &relative) const
+{
+    struct stat st;
+    if (::lstat(QFile::encodeName(path(relative)).constData(), &st) != 0)
+        return -1;
+    return st.st_mtime;
+}
+
+unsigned TempTree::mode(const QString &relative) const
+{
+    struct stat st;
+    if (::lstat(QFile::encodeName(path(relative)).constData(), &st) != 0)
+        return 0;
+    return st.st_mode & 07777;
+}
+
+QStringList TempTree::snapshot(const QString &relative) const
+{
+    const QString base = path(relative);
+    QStringList lines;
+    QDirIterator it(base, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        it.next();
+        const QFileInfo info = it.fileInfo();
+        const QString rel = QDir(base).relativeFilePath(info.filePath());
+        if (info.isSymLink())
+            lines << QStringLiteral("l %1 -> %2").arg(rel, info.symLinkTarget());
+        else if (info.isDir())
+            lines << QStringLiteral("d %1/").arg(rel);
+        else
+            lines << QStringLiteral("f %1 %2 %3")
+                         .arg(rel)
+                         .arg(info.size())
+                         .arg(info.lastModified().toSecsSinceEpoch());
+    }
+    lines.sort();
+    return lines;
+}
+
+} // namespace duomir::test
