@@ -2,6 +2,8 @@
 #include <QTextStream>
 #include <cstdio>
 
+#include "cli/commands.h"
+
 namespace {
 
 const char *const usage = R"(Usage: duomir-cli COMMAND [OPTIONS]
@@ -28,13 +30,18 @@ int main(int argc, char *argv[])
     const QStringList args = QCoreApplication::arguments().mid(1);
     if (args.isEmpty() || args.first() == u"--help" || args.first() == u"-h") {
         std::fputs(usage, args.isEmpty() ? stderr : stdout);
-        return args.isEmpty() ? 2 : 0;
+        return args.isEmpty() ? duomir::cli::ExitUsage : duomir::cli::ExitOk;
     }
     if (args.first() == u"--version" || args.first() == u"-V") {
         QTextStream(stdout) << "duomir-cli " << QStringLiteral(DUOMIR_VERSION) << '\n';
         return 0;
     }
+    const QString command = args.first();
+    if (command == u"compare")
+        return duomir::cli::runCompare(args.mid(1));
+    if (command == u"sync")
+        return duomir::cli::runSync(args.mid(1));
     QTextStream(stderr) << "duomir-cli: unknown command '" << args.first()
                         << "' (see duomir-cli --help)\n";
-    return 2;
+    return duomir::cli::ExitUsage;
 }
