@@ -50,8 +50,9 @@ public:
     // Settings and folders, fixed at start-up.
     Settings settings;
     QString SettingsFile;
-    QString DataFolder; // ends in the separator
-    QString ProgramFolder;
+    QString DataFolder;    // ends in the separator
+    QString ProgramFolder; // folder of the executable
+    QString ShareFolder;   // folder of the language files and Help pages
     Language language;
 
     // Start switches.
