@@ -8,7 +8,8 @@ namespace duomir::test {
 
 // Fills Engine::CompareResults with rows for files and directories that a test laid out under two
 // roots, reading each side's facts from the disk the way a comparison would; rows must be added in
-// key order (a directory before its contents). The State follows the times and sizes unless given.
+// key order: in each directory its files, then its subdirectories, each before its contents. The
+// State follows the times and sizes unless given.
 class RowBuilder
 {
 public:
