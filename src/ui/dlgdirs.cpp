@@ -110,7 +110,8 @@ void dlgDirs::buildLayout()
                             QStringLiteral("lblSearch%1").arg(i), 20021 + i);
         m_txtSearch[n] =
             named(new QLineEdit(masks), QStringLiteral("txtSearch%1").arg(i), 20025 + i);
-        m_txtSearch[n]->setPlaceholderText(QStringLiteral("*.txt;*.doc"));
+        if (i % 2 == 1)
+            m_txtSearch[n]->setPlaceholderText(QStringLiteral("*.tmp;*.bak"));
         maskLayout->addRow(label, m_txtSearch[n]);
         QString DirPair::*field = fields[i];
         connect(m_txtSearch[n], &QLineEdit::textEdited, this,

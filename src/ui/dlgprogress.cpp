@@ -3,35 +3,17 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDialogButtonBox>
-#include <QDir>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
-#include <algorithm>
-#include <cmath>
 
 #include "core/engine.h"
 #include "ui/localizecontrols.h"
 
 namespace duomir {
-
-namespace {
-
-QString withoutLastCharacter(const QString &dir)
-{
-    return dir.endsWith(QDir::separator()) && dir.size() > 1 ? dir.left(dir.size() - 1) : dir;
-}
-
-void setIfChanged(QLabel *label, const QString &text)
-{
-    if (label->text() != text)
-        label->setText(text);
-}
-
-} // namespace
 
 dlgProgress::dlgProgress(Engine &engine, QWidget *parent) : QDialog(parent), m_engine(&engine)
 {
@@ -95,58 +77,48 @@ dlgProgress::dlgProgress(Engine &engine, QWidget *parent) : QDialog(parent), m_e
     LocalizeControls(this, engine.language);
 }
 
-void dlgProgress::Init(std::int64_t total)
+void dlgProgress::setVisible(bool visible)
 {
-    m_total = total;
-    m_finished = 0;
-    m_lastPercent = 0;
-    m_lastPermille = 0;
-    m_lblProgress->setValue(0);
-    m_lblProgressPercent->setText(QStringLiteral("0 %"));
-    m_lblFile->clear();
-    m_lblFrom->clear();
-    m_lblTo->clear();
-    m_cmdCancel->setEnabled(true);
-    show();
-    raise();
-}
-
-void dlgProgress::showDone(std::int64_t done)
-{
-    // An empty run (every file of size 0) stays at 0 % rather than dividing by zero.
-    if (m_total <= 0)
-        return;
-    const double share = static_cast<double>(done) / static_cast<double>(m_total);
-    const int percent = static_cast<int>(std::lround(std::min(1.0, share) * 100.0));
-    if (percent > m_lastPercent) {
-        m_lastPercent = percent;
-        m_lblProgressPercent->setText(QString::number(percent) + QStringLiteral(" %"));
+    if (visible) {
+        m_cmdCancel->setEnabled(true);
+        m_lblFile->clear();
+        m_lblFrom->clear();
+        m_lblTo->clear();
     }
-    const int permille = static_cast<int>(std::min(1.0, share) * 1000.0);
-    if (permille > m_lastPermille) {
-        m_lastPermille = permille;
-        m_lblProgress->setValue(permille);
-    }
+    QDialog::setVisible(visible);
+    if (visible)
+        raise();
 }
 
-void dlgProgress::Update(std::int64_t /*fileSize*/, std::int64_t bytesCopied)
+void dlgProgress::setPercentText(const QString &text)
 {
-    showDone(m_finished + bytesCopied);
+    m_lblProgressPercent->setText(text);
 }
 
-void dlgProgress::FileDone(std::int64_t size)
+void dlgProgress::setBarWidth(int width)
 {
-    m_finished += size;
-    showDone(m_finished);
+    m_lblProgress->setValue(width);
 }
 
-void dlgProgress::ShowFile(const QString &sourceDir, const QString &destDir,
-                           const QString &fileName)
+void dlgProgress::setFrom(const QString &directory)
 {
-    setIfChanged(m_lblFile, fileName);
-    setIfChanged(m_lblFrom, withoutLastCharacter(sourceDir));
-    setIfChanged(m_lblTo, withoutLastCharacter(destDir));
-    QApplication::processEvents();
+    m_lblFrom->setText(directory);
+}
+
+void dlgProgress::setTo(const QString &directory)
+{
+    m_lblTo->setText(directory);
+}
+
+void dlgProgress::setFileName(const QString &name)
+{
+    if (m_lblFile->text() != name)
+        m_lblFile->setText(name);
+}
+
+int dlgProgress::fullBarWidth() const
+{
+    return m_lblProgress->maximum();
 }
 
 void dlgProgress::cmdCancel_Click()

@@ -2,7 +2,6 @@
 
 #include "core/engine.h"
 #include "core/interaction.h"
-#include "ui/dlgprogress.h"
 
 namespace duomir::bridge {
 
@@ -42,14 +41,5 @@ bool loadProfile(Engine &engine)
 }
 
 void saveProfile(Engine &) {}
-
-bool synchronize(Engine &, int, dlgProgress *)
-{
-    return false;
-}
-
-void copySelected(Engine &, int, int, dlgProgress *) {}
-
-void deleteEntries(Engine &, int, int) {}
 
 } // namespace duomir::bridge

@@ -3,7 +3,6 @@
 namespace duomir {
 
 class Engine;
-class dlgProgress;
 
 // The engine commands that frmMain runs, in one place, so that the window code reads the same
 // whichever way the engine spells them.
@@ -18,10 +17,6 @@ void buildVisibleRows(Engine &engine, int fileFilter);
 bool loadProfile(Engine &engine);
 // Writes the pair list and the toolbar selections into Engine::ProfilePath.
 void saveProfile(Engine &engine);
-// The synchronize driver from `startEntry` (0 = everything); false when a precondition refused.
-bool synchronize(Engine &engine, int startEntry, dlgProgress *progress);
-void copySelected(Engine &engine, int direction, int entry, dlgProgress *progress);
-void deleteEntries(Engine &engine, int side, int entry);
 
 } // namespace bridge
 } // namespace duomir

@@ -44,11 +44,11 @@ FileListModel::FileListModel(Engine &engine, QObject *parent)
       m_identical(glyphIcon(Glyph::Identical)), m_folder(glyphIcon(Glyph::EmptyFolder))
 {
     m_headings = {QString(),
-                  QString(),
                   QStringLiteral("Name"),
-                  QStringLiteral("Size"),
+                  QStringLiteral("Source"),
                   QStringLiteral("Modified"),
-                  QStringLiteral("Size"),
+                  QString(),
+                  QStringLiteral("Destination"),
                   QStringLiteral("Modified")};
     m_directoryFont.setBold(true);
     mapToResults();

@@ -22,10 +22,10 @@ class FileListModel : public QAbstractTableModel
 public:
     enum Column {
         MarkedColumn,
-        StateColumn,
         NameColumn,
         SourceSizeColumn,
         SourceDateColumn,
+        StateColumn,
         DestinationSizeColumn,
         DestinationDateColumn,
         ColumnCount

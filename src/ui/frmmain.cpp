@@ -19,6 +19,7 @@
 
 #include "core/engine.h"
 #include "core/interaction.h"
+#include "ui/checkdelegate.h"
 #include "ui/checkheader.h"
 #include "ui/dirpairmodel.h"
 #include "ui/dlgprogress.h"
@@ -101,11 +102,17 @@ frmMain::frmMain(Engine &engine, QWidget *parent) : QMainWindow(parent), m_engin
     updatePairButtons();
     resize(1000, 700);
 
+    m_progress = new dlgProgress(engine, this);
+    engine.progress.setSink(m_progress);
     if (auto *gui = dynamic_cast<GuiInteraction *>(&engine.ui()))
         gui->setWindow(this);
 }
 
-frmMain::~frmMain() = default;
+frmMain::~frmMain()
+{
+    if (m_engine->progress.sink() == m_progress)
+        m_engine->progress.setSink(nullptr);
+}
 
 void frmMain::buildLayout()
 {
@@ -150,6 +157,9 @@ QWidget *frmMain::buildPairPane()
         header->resizeSection(c, 40);
     }
     header->setHighlightSections(false);
+    auto *checks = new CheckDelegate(m_flexDirs);
+    for (int c = DirPairModel::FirstSwitchColumn; c < DirPairModel::ColumnCount; ++c)
+        m_flexDirs->setItemDelegateForColumn(c, checks);
     m_flexDirs->viewport()->installEventFilter(this);
     connect(m_flexDirs, &QTableView::clicked, this, [this](const QModelIndex &index) {
         if (DirPairModel::isSwitchColumn(index.column()))
@@ -239,6 +249,8 @@ QWidget *frmMain::buildFilePane()
     m_flexFiles->setContextMenuPolicy(Qt::CustomContextMenu);
     m_flexFiles->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_flexFiles->setIconSize(QSize(16, 16));
+    m_flexFiles->setItemDelegateForColumn(FileListModel::MarkedColumn,
+                                          new CheckDelegate(m_flexFiles));
     // Uniform row heights keep a million rows as cheap to scroll as a hundred.
     QHeaderView *rows = m_flexFiles->verticalHeader();
     rows->hide();
@@ -248,7 +260,7 @@ QWidget *frmMain::buildFilePane()
     m_fileHeader->setStretchLastSection(false);
     m_fileHeader->setSectionResizeMode(FileListModel::NameColumn, QHeaderView::Stretch);
     m_fileHeader->resizeSection(FileListModel::MarkedColumn, 30);
-    m_fileHeader->resizeSection(FileListModel::StateColumn, 30);
+    m_fileHeader->resizeSection(FileListModel::StateColumn, 34);
     for (int c : {FileListModel::SourceSizeColumn, FileListModel::DestinationSizeColumn})
         m_fileHeader->resizeSection(c, 100);
     for (int c : {FileListModel::SourceDateColumn, FileListModel::DestinationDateColumn})
@@ -531,8 +543,7 @@ void frmMain::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
-    if (m_progress)
-        m_progress->hide();
+    m_progress->hide();
     event->accept();
 }
 

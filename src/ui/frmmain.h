@@ -56,6 +56,7 @@ public:
     void setStatusLabel(int index, const QString &text);
     QString statusLabel(int index) const;
     void setProgressAnimation(bool running);
+    void setInputEnabled(bool enabled);
 
     // Every change of a pair greys the list; only a Compare makes it white again.
     void greyFileList();
@@ -108,9 +109,7 @@ private:
     void tmrProgress_Timer();
     QString defaultChooseProfileFile(bool save);
     void defaultRunDirsDialog(int slot);
-    // Shared frame of the file-list commands: buttons off, status text, scroll position kept.
-    void runFileCommand(int statusKey, const std::function<bool()> &command);
-    dlgProgress *progressDialog();
+    void runFileCommand(const std::function<bool()> &command);
 
     Engine *m_engine;
     QString m_baseCaption;

@@ -10,8 +10,8 @@
 
 #include "core/engine.h"
 #include "core/interaction.h"
+#include "core/synccommands.h"
 #include "ui/checkheader.h"
-#include "ui/dlgprogress.h"
 #include "ui/enginebridge.h"
 #include "ui/filelistmodel.h"
 #include "ui/frmmain.h"
@@ -138,34 +138,25 @@ void frmMain::applyToolbarsFromEngine()
     m_tbar[2]->setEnabled(filter.FileFilter != 4);
 }
 
-dlgProgress *frmMain::progressDialog()
+void frmMain::setInputEnabled(bool enabled)
 {
-    if (!m_progress)
-        m_progress = new dlgProgress(*m_engine, this);
-    return m_progress;
+    // The progress dialog is a window of its own and stays usable for Cancel.
+    centralWidget()->setEnabled(enabled);
 }
 
-void frmMain::runFileCommand(int statusKey, const std::function<bool()> &command)
+// The frame around every command that changes the disk: Compare and Synchronize are off while it
+// runs, and the list comes back at the same scroll position after the new Compare.
+void frmMain::runFileCommand(const std::function<bool()> &command)
 {
     m_cmdCompare->setEnabled(false);
     m_cmdSynch->setEnabled(false);
     const int scroll = m_flexFiles->verticalScrollBar()->value();
-    setStatusLabel(0, QString());
-    setStatusLabel(2, QString());
-    setStatusLabel(1, m_engine->FormatMsg(statusKey));
-    QApplication::processEvents();
-
-    // Only the progress dialog's Cancel may act while files are copied or deleted.
-    centralWidget()->setEnabled(false);
-    const bool ran = command();
-    centralWidget()->setEnabled(true);
-    if (m_progress && m_progress->isVisible())
-        m_progress->hide();
-
-    if (m_engine->Auto) {
-        close();
-        return;
+    bool ran = false;
+    {
+        const MousePointer busy;
+        ran = command();
     }
+    setInputEnabled(true);
     if (ran) {
         runCompare();
         m_flexFiles->verticalScrollBar()->setValue(scroll);
@@ -176,69 +167,52 @@ void frmMain::runFileCommand(int statusKey, const std::function<bool()> &command
 
 void frmMain::cmdSynch_Click()
 {
-    Interaction &ui = m_engine->ui();
-    if (m_stale) {
-        ui.message(Interaction::Icon::Exclamation, Interaction::Buttons::Ok,
-                   m_engine->FormatMsg(803));
+    switch (ConfirmSynchronize(*m_engine, m_stale)) {
+    case SyncGate::Refused:
+        return;
+    case SyncGate::CloseProgram:
+        close();
+        return;
+    case SyncGate::Proceed:
+        break;
+    }
+    if (m_engine->Auto) {
+        // An automatic run ends the program instead of comparing again; the buttons stay off.
+        m_cmdCompare->setEnabled(false);
+        m_cmdSynch->setEnabled(false);
+        RunSynchronizeCommand(*m_engine);
+        close();
         return;
     }
-    if (m_engine->CompareResults.size() <= 1) {
-        if (m_engine->Auto)
-            close();
-        return;
-    }
-    if (!m_engine->DontAsk &&
-        ui.message(Interaction::Icon::Exclamation, Interaction::Buttons::YesNo,
-                   m_engine->FormatMsg(804)) != Interaction::Answer::Yes)
-        return;
-    runFileCommand(852, [this] {
-        return bridge::synchronize(*m_engine, 0, m_engine->DontAsk ? nullptr : progressDialog());
-    });
+    runFileCommand([this] { return RunSynchronizeCommand(*m_engine); });
 }
 
 void frmMain::mnuPop3_Sync_Click()
 {
     const int entry = m_popupEntry;
-    const bool autoRun = m_engine->Auto;
-    m_engine->Auto = false; // the popup command never ends the program
-    runFileCommand(852, [this, entry] {
-        return bridge::synchronize(*m_engine, entry,
-                                   m_engine->DontAsk ? nullptr : progressDialog());
-    });
-    m_engine->Auto = autoRun;
+    runFileCommand([this, entry] { return RunSynchronizeEntry(*m_engine, entry); });
 }
 
 void frmMain::mnuPop3_Copy_Click(int direction)
 {
-    if (!m_engine->DontAsk &&
-        m_engine->ui().message(Interaction::Icon::Question, Interaction::Buttons::YesNo,
-                               m_engine->FormatMsg(811)) != Interaction::Answer::Yes)
+    if (!ConfirmCopySelected(*m_engine))
         return;
     const int entry = m_popupEntry;
-    const bool autoRun = m_engine->Auto;
-    m_engine->Auto = false;
-    runFileCommand(853, [this, direction, entry] {
-        bridge::copySelected(*m_engine, direction, entry,
-                             m_engine->DontAsk ? nullptr : progressDialog());
+    runFileCommand([this, direction, entry] {
+        RunCopySelected(*m_engine, direction, entry);
         return true;
     });
-    m_engine->Auto = autoRun;
 }
 
 void frmMain::mnuPop3_Del_Click(int side)
 {
-    if (!m_engine->DontAsk &&
-        m_engine->ui().message(Interaction::Icon::Question, Interaction::Buttons::YesNo,
-                               m_engine->FormatMsg(801)) != Interaction::Answer::Yes)
+    if (!ConfirmDeleteSelected(*m_engine))
         return;
     const int entry = m_popupEntry;
-    const bool autoRun = m_engine->Auto;
-    m_engine->Auto = false;
-    runFileCommand(854, [this, side, entry] {
-        bridge::deleteEntries(*m_engine, side, entry);
+    runFileCommand([this, side, entry] {
+        RunDeleteSelected(*m_engine, side, entry);
         return true;
     });
-    m_engine->Auto = autoRun;
 }
 
 void frmMain::showFileMenu(const QPoint &pos)

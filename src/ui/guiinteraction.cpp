@@ -101,3 +101,13 @@ void GuiInteraction::setProgressAnimation(bool running)
 }
 
 } // namespace duomir
+
+namespace duomir {
+
+void GuiInteraction::setInputEnabled(bool enabled)
+{
+    if (m_window)
+        m_window->setInputEnabled(enabled);
+}
+
+} // namespace duomir

@@ -29,6 +29,7 @@ public:
     void yieldEvents() override;
     void setStatusLabel(int index, const QString &text) override;
     void setProgressAnimation(bool running) override;
+    void setInputEnabled(bool enabled) override;
 
 private:
     QPointer<frmMain> m_window;

@@ -21,8 +21,9 @@ void buildTree(test::TempTree &tree)
 {
     const qint64 older = 1700000000;
     const qint64 newer = older + 86400;
-    for (const char *name : {"Projects/report.odt", "Projects/budget 2024.ods", "Photos/img_0001.jpg",
-                             "Photos/img_0002.jpg", "Photos/Holidays/beach.jpg", "notes.txt"})
+    for (const char *name :
+         {"Projects/report.odt", "Projects/budget 2024.ods", "Photos/img_0001.jpg",
+          "Photos/img_0002.jpg", "Photos/Holidays/beach.jpg", "notes.txt"})
         tree.file(QStringLiteral("src/") + QString::fromUtf8(name), QByteArray(2048, 'a'), older);
     tree.file(QStringLiteral("dst/Projects/report.odt"), QByteArray(1900, 'b'), older - 3600);
     tree.file(QStringLiteral("dst/Projects/budget 2024.ods"), QByteArray(2048, 'a'), older);
@@ -77,13 +78,15 @@ int main(int argc, char *argv[])
     dirs.grab().save(out + QStringLiteral("/pair-dialog") + suffix + QStringLiteral(".png"));
     dirs.hide();
 
-    dlgProgress progress(engine, &window);
-    progress.Init(10'000'000);
-    progress.ShowFile(tree.path(QStringLiteral("src/Photos/")),
-                      tree.path(QStringLiteral("dst/Photos/")), QStringLiteral("img_0002.jpg"));
-    progress.FileDone(3'000'000);
-    progress.Update(4'000'000, 1'200'000);
+    auto *progress = window.findChild<dlgProgress *>();
+    engine.progress.Init(10'000'000);
+    engine.progress.ShowFile(tree.path(QStringLiteral("src/Photos/")),
+                             tree.path(QStringLiteral("dst/Photos/")),
+                             QStringLiteral("img_0002.jpg"));
+    engine.progress.FileDone(3'000'000);
+    engine.progress.Update(4'000'000, 1'200'000);
     QApplication::processEvents();
-    progress.grab().save(out + QStringLiteral("/progress-dialog") + suffix + QStringLiteral(".png"));
+    progress->grab().save(out + QStringLiteral("/progress-dialog") + suffix +
+                          QStringLiteral(".png"));
     return 0;
 }
