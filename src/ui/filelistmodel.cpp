@@ -262,14 +262,18 @@ void FileListModel::sort(int column, Qt::SortOrder order)
     case StateColumn:
         byKey([](const CompareEntry &e) { return static_cast<int>(e.State); });
         break;
-    case NameColumn:
+    case NameColumn: {
+        // Folding every name once makes each comparison a plain code-unit compare.
+        std::vector<QString> keys(rows.size());
+        for (const int v : newOrder)
+            keys[static_cast<size_t>(v)] = rowName(rows[static_cast<size_t>(v)]).toCaseFolded();
         std::stable_sort(newOrder.begin(), newOrder.end(), [&](int a, int b) {
-            const int c =
-                QString::compare(rowName(rows[static_cast<size_t>(a)]),
-                                 rowName(rows[static_cast<size_t>(b)]), Qt::CaseInsensitive);
-            return order == Qt::AscendingOrder ? c < 0 : c > 0;
+            const QString &ka = keys[static_cast<size_t>(a)];
+            const QString &kb = keys[static_cast<size_t>(b)];
+            return order == Qt::AscendingOrder ? ka < kb : kb < ka;
         });
         break;
+    }
     case SourceSizeColumn:
     case DestinationSizeColumn: {
         const int side = column == SourceSizeColumn ? 0 : 1;

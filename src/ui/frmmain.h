@@ -86,6 +86,7 @@ public Q_SLOTS:
     void mnuPop3_Sync_Click();
     void mnuPop3_Copy_Click(int direction);
     void mnuPop3_Del_Click(int side);
+    void tmrProgress_Timer();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -106,7 +107,6 @@ private:
     void showCounts();
     void showPairMenu(const QPoint &pos);
     void showFileMenu(const QPoint &pos);
-    void tmrProgress_Timer();
     QString defaultChooseProfileFile(bool save);
     void defaultRunDirsDialog(int slot);
     void runFileCommand(const std::function<bool()> &command);
