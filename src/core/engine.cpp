@@ -1,9 +1,10 @@
 #include "core/engine.h"
 
 #include "core/interaction.h"
+#include "core/platform/posixfileops.h"
 
 namespace duomir {
 
-Engine::Engine(Interaction &ui) : m_ui(&ui) {}
+Engine::Engine(Interaction &ui) : fileOps(&PosixFileOps::instance()), m_ui(&ui) {}
 
 } // namespace duomir

@@ -1,16 +1,21 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 #include <array>
 #include <cstdint>
+#include <functional>
 
 #include "core/dirpair.h"
 #include "core/fileentry.h"
+#include "core/progressmodel.h"
+#include "core/syncstats.h"
 #include "localization/language.h"
 #include "settings/settings.h"
 
 namespace duomir {
 
+class FileOps;
 class Interaction;
 
 // The file-list filter selection (the three filter toolbars).
@@ -50,8 +55,9 @@ public:
     // Settings and folders, fixed at start-up.
     Settings settings;
     QString SettingsFile;
-    QString DataFolder; // ends in the separator
-    QString ProgramFolder;
+    QString DataFolder;    // ends in the separator
+    QString ProgramFolder; // folder of the executable
+    QString ShareFolder;   // folder of the language files and Help pages
     Language language;
 
     // Start switches.
@@ -83,6 +89,14 @@ public:
     SyncOptions sync;
     bool CancelFlag = false;
     std::int64_t ByteTotal = 0;
+    ProgressModel progress; // the GUI sets a sink; without one nothing is shown
+    SyncStats syncStats;
+    // Where synchronization changes the disk; not owned. The real file system by default.
+    FileOps *fileOps;
+
+    // The local time for log lines; tests replace the clock.
+    std::function<QDateTime()> clock;
+    QDateTime now() const { return clock ? clock() : QDateTime::currentDateTime(); }
 
     QString FormatMsg(int key, const QStringList &params = {}) const
     {

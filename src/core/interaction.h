@@ -26,6 +26,16 @@ public:
     // The three status labels of the main window (lblFilesAndDirs 0..2).
     virtual void setStatusLabel(int /*index*/, const QString & /*text*/) {}
 
+    // The main window takes no input while a synchronization runs (the progress dialog's Cancel
+    // stays usable).
+    virtual void setInputEnabled(bool /*enabled*/) {}
+
+    // Every failed file operation, also under DontAsk (where no message box is shown): the
+    // system's error text and the source and destination texts, either possibly empty.
+    virtual void failureReported(const QString & /*error*/, const QString & /*source*/,
+                                 const QString & /*destination*/)
+    {}
+
     // The progress animation runs while a Compare is under way.
     virtual void setProgressAnimation(bool /*running*/) {}
 };

@@ -27,6 +27,27 @@ set(DUOMIR_CORE_SOURCES
     core/filters.cpp
 
     # synchronization, deletion, error log
+    core/platform/fileops.h
+    core/platform/errortext.cpp
+    core/platform/nativepath.h
+    core/platform/posixfileops.h
+    core/platform/posixfileops.cpp
+    core/platform/faultyfileops.h
+    core/platform/faultyfileops.cpp
+    core/errorlog.h
+    core/errorlog.cpp
+    core/progressmodel.h
+    core/progressmodel.cpp
+    core/syncstats.h
+    core/syncpaths.h
+    core/copyentries.h
+    core/copyentries.cpp
+    core/deleteentries.h
+    core/deleteentries.cpp
+    core/synchronize.h
+    core/synchronize.cpp
+    core/synccommands.h
+    core/synccommands.cpp
 
 )
 list(TRANSFORM DUOMIR_CORE_SOURCES PREPEND ${CMAKE_CURRENT_LIST_DIR}/../)

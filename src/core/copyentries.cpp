@@ -1,0 +1,160 @@
+#include "core/copyentries.h"
+
+#include "core/engine.h"
+#include "core/errorlog.h"
+#include "core/interaction.h"
+#include "core/platform/fileops.h"
+#include "core/syncpaths.h"
+
+namespace duomir {
+
+namespace {
+
+class CopyWalk
+{
+public:
+    CopyWalk(Engine &engine, int d, int mode)
+        : m_engine(engine), m_ops(*engine.fileOps), m_d(d), m_r(d ^ 1), m_mode(mode),
+          m_counting((mode & CopyMode::CountOnly) != 0)
+    {}
+
+    void singleFile(int index);
+    void tree(int start);
+
+private:
+    std::int16_t sendingState() const
+    {
+        return m_d == 0 ? ModifiedInSource : ModifiedInDestination;
+    }
+    // A directly selected file with IgnoreState is copied even when unmarked; in a subtree only
+    // the marked files are.
+    bool qualifies(const CompareEntry &x, bool selected) const
+    {
+        if (!x.Marked && !(selected && (m_mode & CopyMode::IgnoreState)))
+            return false;
+        if (x.State != sendingState() && !(m_mode & CopyMode::IgnoreState))
+            return false;
+        if (x.Name[m_r].isEmpty() && (m_mode & CopyMode::ReceivingDecides))
+            return false;
+        return !x.Name[m_d].isEmpty();
+    }
+    const CompareEntry &entry(int index) const { return m_engine.CompareResults[size_t(index)]; }
+    void makeReceivingDirectory(int index, const QString &receiving, const QString &sending);
+    void clearReadOnly(int index);
+    void countOrCopy(int index);
+    void copy(int index);
+
+    Engine &m_engine;
+    FileOps &m_ops;
+    int m_d;
+    int m_r;
+    int m_mode;
+    bool m_counting;
+};
+
+void CopyWalk::singleFile(int index)
+{
+    const CompareEntry &e = entry(index);
+    // A file under the mouse goes only the way the tree walk would send it (or either way for a
+    // selected copy): synchronizing one file both ways must not put the older side over the newer.
+    if (!qualifies(e, true))
+        return;
+    if (!m_counting && !m_ops.directoryExists(withoutTrailingSeparator(e.Path[m_r])))
+        makeReceivingDirectory(index, e.Path[m_r], e.Path[m_d]);
+    clearReadOnly(index);
+    countOrCopy(index);
+}
+
+void CopyWalk::tree(int start)
+{
+    const int first = std::max(start, 1);
+    const qsizetype depth = separatorCount(entry(first).Path[m_d]);
+    const int last = int(m_engine.CompareResults.size()) - 1;
+
+    for (int i = first; i <= last; ++i) {
+        if (m_engine.CancelFlag)
+            return;
+        const CompareEntry &x = entry(i);
+        if (x.Attributes[m_d] & Attr::Directory) {
+            if (start > 0 && i > start && separatorCount(x.Path[m_d]) <= depth)
+                return;
+            if (!(m_mode & CopyMode::ReceivingDecides) && x.State == sendingState() && x.Marked &&
+                !m_counting)
+                makeReceivingDirectory(i, x.Path[m_r], x.Path[m_d]);
+            continue;
+        }
+        if (!qualifies(x, false))
+            continue;
+        clearReadOnly(i);
+        countOrCopy(i);
+    }
+}
+
+void CopyWalk::makeReceivingDirectory(int index, const QString &receiving, const QString &sending)
+{
+    const OpResult result =
+        m_ops.makeDirectory(withoutTrailingSeparator(receiving), withoutTrailingSeparator(sending));
+    if (result.ok())
+        ++m_engine.syncStats.directoriesCreated;
+    ReportResult(m_engine, result, What::MakeDirectory, m_d, index);
+}
+
+void CopyWalk::clearReadOnly(int index)
+{
+    const CompareEntry &e = entry(index);
+    if (m_counting || e.Name[m_r].isEmpty() || !(e.Attributes[m_r] & Attr::ReadOnly))
+        return;
+    ReportResult(m_engine, m_ops.clearReadOnly(e.Path[m_r] + e.Name[m_r]),
+                 What::ClearReadOnlyForCopy, m_d, index);
+}
+
+void CopyWalk::countOrCopy(int index)
+{
+    if (m_counting)
+        m_engine.ByteTotal += entry(index).FullSize[m_d];
+    else
+        copy(index);
+}
+
+void CopyWalk::copy(int index)
+{
+    const CompareEntry &e = entry(index);
+    ProgressModel &progress = m_engine.progress;
+    Interaction &ui = m_engine.ui();
+    if (progress.isVisible()) {
+        progress.ShowFile(e.Path[m_d], e.Path[m_r], e.Name[m_d]);
+        ui.yieldEvents();
+    }
+    // The sending name is used on both sides, so a case-twin on the receiving side stays alone.
+    const OpResult result = m_ops.copyFile(
+        e.Path[m_d] + e.Name[m_d], e.Path[m_r] + e.Name[m_d],
+        [&](std::int64_t total, std::int64_t done) {
+            if (progress.isVisible())
+                progress.Update(total, done);
+            ui.yieldEvents(); // lets Cancel be pressed
+        },
+        m_engine.CancelFlag);
+    if (result.ok()) {
+        ++m_engine.syncStats.filesCopied;
+        m_engine.syncStats.bytesCopied += e.FullSize[m_d];
+    }
+    ReportResult(m_engine, result, What::Copy, m_d, index);
+    if (!m_engine.DontAsk)
+        progress.FileDone(e.FullSize[m_d]);
+}
+
+} // namespace
+
+void CopyEntries(Engine &engine, int d, int start, int mode)
+{
+    if (engine.CompareResults.size() < 2)
+        return;
+    const int first = std::max(start, 1);
+    CopyWalk walk(engine, d, mode);
+    if (!engine.CompareResults[size_t(first)].isDirectory())
+        walk.singleFile(first);
+    else
+        walk.tree(start);
+}
+
+} // namespace duomir

@@ -1,0 +1,65 @@
+#include "core/deleteentries.h"
+
+#include "core/engine.h"
+#include "core/errorlog.h"
+#include "core/platform/fileops.h"
+#include "core/syncpaths.h"
+
+namespace duomir {
+
+namespace {
+
+void deleteFile(Engine &engine, int side, int index)
+{
+    const CompareEntry &x = engine.CompareResults[size_t(index)];
+    const QString file = x.Path[side] + x.Name[side];
+    if (x.Attributes[side] & Attr::ReadOnly)
+        ReportResult(engine, engine.fileOps->clearReadOnly(file), What::ClearReadOnlyForDelete,
+                     side, index);
+    const OpResult result = engine.fileOps->removeFile(file);
+    if (result.ok())
+        ++engine.syncStats.filesDeleted;
+    ReportResult(engine, result, What::DeleteFile, side, index);
+}
+
+} // namespace
+
+void DeleteEntries(Engine &engine, int side, int start, int mode)
+{
+    const CompareArray &rows = engine.CompareResults;
+    if (rows.size() < 2)
+        return;
+    const int first = std::max(start, 1);
+    const CompareEntry &e = rows[size_t(first)];
+    if (!e.isDirectory()) {
+        if (!e.Name[side].isEmpty())
+            deleteFile(engine, side, first);
+        return;
+    }
+
+    const qsizetype depth = separatorCount(e.Path[side]);
+    // Only an already empty directory goes; "not empty" stays silent. A whole-list run (start 0)
+    // never removes the pair's root itself: an empty root is still the place the pair names.
+    if (start > 0)
+        ReportResult(engine,
+                     engine.fileOps->removeDirectory(withoutTrailingSeparator(e.Path[side])),
+                     What::RemoveDirectory, side, first);
+
+    const int last = int(rows.size()) - 1;
+    const int other = side ^ 1;
+    for (int i = std::max(start + 1, 2); i <= last; ++i) {
+        const CompareEntry &x = rows[size_t(i)];
+        if (x.Attributes[side] & Attr::Directory) {
+            if (start >= 1 && separatorCount(x.Path[side]) <= depth)
+                return;
+            continue;
+        }
+        if (x.Name[side].isEmpty() || !x.Marked)
+            continue;
+        if ((mode & DeleteMode::OnlyMissingOnOtherSide) && !x.Name[other].isEmpty())
+            continue;
+        deleteFile(engine, side, i);
+    }
+}
+
+} // namespace duomir

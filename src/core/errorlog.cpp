@@ -1,0 +1,89 @@
+#include "core/errorlog.h"
+
+#include <QFile>
+#include <cerrno>
+
+#include "core/engine.h"
+#include "core/interaction.h"
+
+namespace duomir {
+
+namespace {
+
+QString sideText(const CompareEntry &e, int side, int d, bool withName)
+{
+    QString text = e.Path[side];
+    if (withName)
+        text += e.Name[d];
+    return text;
+}
+
+} // namespace
+
+void ReportResult(Engine &engine, OpResult result, int what, int d, int entryIndex)
+{
+    if (result.ok())
+        return;
+    if (result.error == ENOTEMPTY || (result.error == EEXIST && what == What::RemoveDirectory))
+        return;
+
+    QString message = errorText(result.error);
+    if (message.endsWith(u"\r\n"))
+        message.chop(2);
+
+    QString source;
+    QString destination;
+    if (entryIndex >= 0 && size_t(entryIndex) < engine.CompareResults.size()) {
+        const CompareEntry &e = engine.CompareResults[size_t(entryIndex)];
+        if (what & 1)
+            source = sideText(e, d, d, what & 2);
+        if (what & 4)
+            destination = sideText(e, d ^ 1, d, what & 8);
+    }
+    ++engine.syncStats.failures;
+
+    if (!engine.DontAsk) {
+        // The labels depend on the bitwise AND of the two lengths, so some pairs of non-empty
+        // texts are shown without them; people are used to that form.
+        const bool labels = (source.size() & destination.size()) != 0;
+        QString text = message + u"\r\n";
+        if (labels)
+            text += QStringLiteral("Source: ");
+        if (!source.isEmpty())
+            text += source + u"\r\n";
+        if (labels)
+            text += QStringLiteral("Destination: ");
+        if (!destination.isEmpty())
+            text += destination;
+        engine.ui().message(Interaction::Icon::Critical, Interaction::Buttons::Ok, text);
+    }
+    engine.ui().failureReported(message, source, destination);
+    WriteLogLine(engine, {result.error, message, source, destination});
+}
+
+QString logFilePath(const Engine &engine, const QDateTime &now)
+{
+    return engine.DataFolder + now.toString(QStringLiteral("yyyyMMdd")) + u".log";
+}
+
+void WriteLogLine(const Engine &engine, const QVariantList &fields)
+{
+    if (!engine.settings.LogToFile)
+        return;
+    const QDateTime now = engine.now();
+    QString line = now.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + u'\t';
+    if (!fields.isEmpty()) {
+        line += u'\t';
+        for (qsizetype i = 0; i < fields.size(); ++i) {
+            if (i > 0)
+                line += u'\t';
+            line += fields[i].toString();
+        }
+    }
+    line += u"\r\n";
+    QFile file(logFilePath(engine, now));
+    if (file.open(QIODevice::WriteOnly | QIODevice::Append))
+        file.write(line.toUtf8());
+}
+
+} // namespace duomir

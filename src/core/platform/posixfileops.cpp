@@ -1,0 +1,295 @@
+#include "core/platform/posixfileops.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+#include "core/platform/nativepath.h"
+
+namespace duomir {
+
+namespace {
+
+OpResult lastError()
+{
+    return OpResult::failure(errno != 0 ? errno : EIO);
+}
+
+// Closes a descriptor when the copy leaves its scope, whichever way.
+class Fd
+{
+public:
+    explicit Fd(int fd = -1) : m_fd(fd) {}
+    ~Fd()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+    }
+    Fd(const Fd &) = delete;
+    Fd &operator=(const Fd &) = delete;
+
+    int get() const { return m_fd; }
+    int release() { return std::exchange(m_fd, -1); }
+
+private:
+    int m_fd;
+};
+
+// The hidden temporary name beside the target: ".name.duomir-XXXXXX", cut so that it stays within
+// the 255-byte limit of a name.
+QByteArray temporaryTemplate(const QByteArray &target)
+{
+    const qsizetype slash = target.lastIndexOf('/');
+    const QByteArray dir = target.left(slash + 1);
+    QByteArray name = target.mid(slash + 1);
+    static constexpr qsizetype maxName = 255 - 1 - 14;
+    if (name.size() > maxName)
+        name.truncate(maxName);
+    return dir + '.' + name + ".duomir-XXXXXX";
+}
+
+bool fallbackNeeded(int error)
+{
+    return error == EXDEV || error == ENOSYS || error == EOPNOTSUPP || error == EINVAL;
+}
+
+} // namespace
+
+PosixFileOps &PosixFileOps::instance()
+{
+    static PosixFileOps ops;
+    return ops;
+}
+
+bool PosixFileOps::directoryExists(const QString &path)
+{
+    struct stat st;
+    return ::stat(nativePath(path).constData(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+OpResult PosixFileOps::makeDirectory(const QString &path, const QString &templateDir)
+{
+    mode_t mode = 0777;
+    struct stat st;
+    const bool haveTemplate = ::stat(nativePath(templateDir).constData(), &st) == 0;
+    if (haveTemplate)
+        mode = (st.st_mode & 07777) | S_IRWXU;
+    const QByteArray name = nativePath(path);
+    if (sysMkdir(name.constData(), mode) != 0)
+        return lastError();
+    // mkdir leaves out the umask bits; the template's bits are the ones wanted.
+    if (haveTemplate && ::chmod(name.constData(), mode) != 0)
+        return lastError();
+    return OpResult::success();
+}
+
+OpResult PosixFileOps::clearReadOnly(const QString &path)
+{
+    const QByteArray name = nativePath(path);
+    struct stat st;
+    if (::lstat(name.constData(), &st) != 0)
+        return lastError();
+    if (S_ISLNK(st.st_mode))
+        return OpResult::success(); // a link has no permission bits of its own
+    if (sysChmod(name.constData(), (st.st_mode & 07777) | S_IWUSR) != 0)
+        return lastError();
+    return OpResult::success();
+}
+
+OpResult PosixFileOps::removeFile(const QString &path)
+{
+    return sysUnlink(nativePath(path).constData()) == 0 ? OpResult::success() : lastError();
+}
+
+OpResult PosixFileOps::removeDirectory(const QString &path)
+{
+    return sysRmdir(nativePath(path).constData()) == 0 ? OpResult::success() : lastError();
+}
+
+OpResult PosixFileOps::copyFile(const QString &fromText, const QString &toText,
+                                const CopyProgress &progress, const bool &cancel)
+{
+    const QByteArray from = nativePath(fromText);
+    const QByteArray to = nativePath(toText);
+
+    struct stat st;
+    if (::lstat(from.constData(), &st) != 0)
+        return lastError();
+    if (S_ISLNK(st.st_mode))
+        return copyLink(from, to);
+    if (!S_ISREG(st.st_mode))
+        return OpResult::failure(OpError::NotRegularFile);
+
+    // O_NONBLOCK: should the name have turned into a FIFO since the lstat, opening it must not
+    // hang; the fstat below then refuses it.
+    Fd in(sysOpenSource(from.constData()));
+    if (in.get() < 0)
+        return lastError();
+    if (::fstat(in.get(), &st) != 0)
+        return lastError();
+    if (!S_ISREG(st.st_mode))
+        return OpResult::failure(OpError::NotRegularFile);
+
+    QByteArray temp = temporaryTemplate(to);
+    Fd out(::mkostemp(temp.data(), O_CLOEXEC));
+    if (out.get() < 0)
+        return lastError();
+
+    OpResult result = copyData(in.get(), out.get(), st.st_size, progress, cancel);
+    if (result.ok()) {
+        const struct timespec times[2] = {st.st_atim, st.st_mtim};
+        if (::fchmod(out.get(), st.st_mode & 07777) != 0 || ::futimens(out.get(), times) != 0)
+            result = lastError();
+    }
+    // No fsync: flushing every file would make a tree of small files many times slower, and a
+    // crash can at worst leave the new file empty or old beside an intact source; the next run
+    // sees the difference and copies again. The old target is never truncated in place.
+    if (result.ok() && ::close(out.release()) != 0)
+        result = lastError();
+    if (result.ok() && sysRename(temp.constData(), to.constData()) != 0)
+        result = lastError();
+    if (!result.ok())
+        ::unlink(temp.constData());
+    return result;
+}
+
+OpResult PosixFileOps::copyData(int in, int out, std::int64_t size, const CopyProgress &progress,
+                                const bool &cancel)
+{
+    std::int64_t done = 0;
+    bool useRange = true;
+    std::vector<char> buffer;
+    for (;;) {
+        if (cancel)
+            return OpResult::failure(ECANCELED);
+        const auto want = static_cast<size_t>(m_chunkSize);
+        ssize_t n = -1;
+        if (useRange) {
+            n = sysCopyRange(in, out, want);
+            if (n < 0 && done == 0 && fallbackNeeded(errno)) {
+                useRange = false;
+                continue;
+            }
+            if (n < 0)
+                return lastError();
+        } else {
+            if (buffer.empty())
+                buffer.resize(std::min<size_t>(want, 1 << 20));
+            std::int64_t chunkDone = 0;
+            while (chunkDone < m_chunkSize) {
+                const ssize_t got = ::read(in, buffer.data(), buffer.size());
+                if (got < 0 && errno == EINTR)
+                    continue;
+                if (got < 0)
+                    return lastError();
+                if (got == 0)
+                    break;
+                for (ssize_t put = 0; put < got;) {
+                    const ssize_t w = sysWrite(out, buffer.data() + put, size_t(got - put));
+                    if (w < 0 && errno == EINTR)
+                        continue;
+                    if (w < 0)
+                        return lastError();
+                    put += w;
+                }
+                chunkDone += got;
+            }
+            n = static_cast<ssize_t>(chunkDone);
+        }
+        if (n == 0)
+            return OpResult::success();
+        done += n;
+        if (progress)
+            progress(std::max(size, done), done);
+    }
+}
+
+OpResult PosixFileOps::copyLink(const QByteArray &from, const QByteArray &to)
+{
+    std::vector<char> target(4096);
+    for (;;) {
+        const ssize_t n = ::readlink(from.constData(), target.data(), target.size());
+        if (n < 0)
+            return lastError();
+        if (size_t(n) < target.size()) {
+            target.resize(size_t(n));
+            break;
+        }
+        target.resize(target.size() * 2);
+    }
+    target.push_back('\0');
+    struct stat st;
+    if (::lstat(from.constData(), &st) != 0)
+        return lastError();
+
+    // symlink() has no mkstemp of its own: try fresh names until one is free.
+    const QByteArray pattern = temporaryTemplate(to);
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        QByteArray temp = pattern;
+        Fd probe(::mkstemp(temp.data())); // reserves a unique name, replaced at once
+        if (probe.get() < 0)
+            return lastError();
+        ::unlink(temp.constData());
+        if (::symlink(target.data(), temp.constData()) != 0) {
+            if (errno == EEXIST)
+                continue;
+            return lastError();
+        }
+        const struct timespec times[2] = {st.st_atim, st.st_mtim};
+        ::utimensat(AT_FDCWD, temp.constData(), times, AT_SYMLINK_NOFOLLOW);
+        if (sysRename(temp.constData(), to.constData()) != 0) {
+            const OpResult failed = lastError();
+            ::unlink(temp.constData());
+            return failed;
+        }
+        return OpResult::success();
+    }
+    return OpResult::failure(EEXIST);
+}
+
+int PosixFileOps::sysOpenSource(const char *path)
+{
+    return ::open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+}
+
+ssize_t PosixFileOps::sysCopyRange(int in, int out, size_t length)
+{
+    return ::copy_file_range(in, nullptr, out, nullptr, length, 0);
+}
+
+ssize_t PosixFileOps::sysWrite(int fd, const void *data, size_t length)
+{
+    return ::write(fd, data, length);
+}
+
+int PosixFileOps::sysRename(const char *from, const char *to)
+{
+    return ::renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
+
+int PosixFileOps::sysMkdir(const char *path, mode_t mode)
+{
+    return ::mkdir(path, mode);
+}
+
+int PosixFileOps::sysUnlink(const char *path)
+{
+    return ::unlink(path);
+}
+
+int PosixFileOps::sysRmdir(const char *path)
+{
+    return ::rmdir(path);
+}
+
+int PosixFileOps::sysChmod(const char *path, mode_t mode)
+{
+    return ::chmod(path, mode);
+}
+
+} // namespace duomir

@@ -1,0 +1,79 @@
+#include "core/synccommands.h"
+
+#include "core/deleteentries.h"
+#include "core/engine.h"
+#include "core/interaction.h"
+#include "core/synchronize.h"
+
+namespace duomir {
+
+namespace {
+
+bool confirmed(Engine &engine, int key, Interaction::Icon icon)
+{
+    if (engine.DontAsk)
+        return true;
+    return engine.ui().message(icon, Interaction::Buttons::YesNo, engine.FormatMsg(key)) ==
+           Interaction::Answer::Yes;
+}
+
+void showBusy(Engine &engine, int key)
+{
+    Interaction &ui = engine.ui();
+    ui.setStatusLabel(0, QString());
+    ui.setStatusLabel(2, QString());
+    ui.setStatusLabel(1, engine.FormatMsg(key));
+    ui.yieldEvents();
+}
+
+} // namespace
+
+SyncGate ConfirmSynchronize(Engine &engine, bool listIsStale)
+{
+    if (listIsStale) {
+        engine.ui().message(Interaction::Icon::Exclamation, Interaction::Buttons::Ok,
+                            engine.FormatMsg(803));
+        return SyncGate::Refused;
+    }
+    if (engine.CompareResults.size() <= 1)
+        return engine.Auto ? SyncGate::CloseProgram : SyncGate::Refused;
+    if (!confirmed(engine, 804, Interaction::Icon::Exclamation))
+        return SyncGate::Refused;
+    return SyncGate::Proceed;
+}
+
+bool RunSynchronizeCommand(Engine &engine)
+{
+    return RunSynchronizeEntry(engine, 0);
+}
+
+bool RunSynchronizeEntry(Engine &engine, int entry)
+{
+    showBusy(engine, 852);
+    return Synchronize(engine, entry);
+}
+
+bool ConfirmCopySelected(Engine &engine)
+{
+    return confirmed(engine, 811, Interaction::Icon::Question);
+}
+
+void RunCopySelected(Engine &engine, int d, int entry)
+{
+    showBusy(engine, 853);
+    CopySelected(engine, d, entry);
+}
+
+bool ConfirmDeleteSelected(Engine &engine)
+{
+    return confirmed(engine, 801, Interaction::Icon::Question);
+}
+
+void RunDeleteSelected(Engine &engine, int side, int entry)
+{
+    showBusy(engine, 854);
+    engine.syncStats = {};
+    DeleteEntries(engine, side, entry, 0);
+}
+
+} // namespace duomir

@@ -1,0 +1,86 @@
+#include "core/synchronize.h"
+
+#include "core/copyentries.h"
+#include "core/deleteentries.h"
+#include "core/engine.h"
+#include "core/errorlog.h"
+#include "core/interaction.h"
+
+namespace duomir {
+
+namespace {
+
+bool refuse(Engine &engine, int key)
+{
+    if (!engine.DontAsk)
+        engine.ui().message(Interaction::Icon::Information, Interaction::Buttons::Ok,
+                            engine.FormatMsg(key, {engine.ProfilePath}));
+    return false;
+}
+
+void writeRunLine(Engine &engine, const QString &what, int startEntry)
+{
+    const CompareArray &rows = engine.CompareResults;
+    const CompareEntry &e = rows[size_t(startEntry) < rows.size() ? size_t(startEntry) : 0];
+    WriteLogLine(engine, {what, engine.ProfilePath, e.Path[0], e.Path[1]});
+}
+
+void endRun(Engine &engine)
+{
+    engine.ui().setInputEnabled(true);
+    engine.progress.Hide();
+}
+
+} // namespace
+
+bool Synchronize(Engine &engine, int startEntry)
+{
+    const SyncOptions &o = engine.sync;
+    const auto &counter = engine.compareCounters;
+    if (!o.Src && !o.Dest)
+        return refuse(engine, 808);
+    if (counter[0] == 0 && counter[2] == 0)
+        return refuse(engine, 809);
+    if ((!o.Src && counter[2] == 0) || (!o.Dest && counter[0] == 0))
+        return refuse(engine, 810);
+
+    writeRunLine(engine, QStringLiteral("Start"), startEntry);
+    engine.CancelFlag = false;
+    engine.syncStats = {};
+    engine.ui().setInputEnabled(false);
+
+    if (o.Src != o.Dest && o.Delete)
+        DeleteEntries(engine, o.Src ? 0 : 1, startEntry, DeleteMode::OnlyMissingOnOtherSide);
+
+    const int receivingDecides = o.Delete ? CopyMode::ReceivingDecides : 0;
+    engine.ByteTotal = 0;
+    if (o.Src)
+        CopyEntries(engine, 0, startEntry, CopyMode::CountOnly | receivingDecides);
+    if (o.Dest)
+        CopyEntries(engine, 1, startEntry, CopyMode::CountOnly | receivingDecides);
+    if (!engine.DontAsk)
+        engine.progress.Init(engine.ByteTotal);
+    if (o.Src)
+        CopyEntries(engine, 0, startEntry, receivingDecides);
+    if (o.Dest)
+        CopyEntries(engine, 1, startEntry, receivingDecides);
+
+    endRun(engine);
+    writeRunLine(engine, QStringLiteral("End"), startEntry);
+    return true;
+}
+
+void CopySelected(Engine &engine, int d, int startEntry)
+{
+    engine.CancelFlag = false;
+    engine.syncStats = {};
+    engine.ByteTotal = 0;
+    CopyEntries(engine, d, startEntry, CopyMode::CountOnly | CopyMode::IgnoreState);
+    engine.ui().setInputEnabled(false);
+    if (!engine.DontAsk)
+        engine.progress.Init(engine.ByteTotal);
+    CopyEntries(engine, d, startEntry, CopyMode::IgnoreState);
+    endRun(engine);
+}
+
+} // namespace duomir

@@ -1,0 +1,293 @@
+#include "settings/inifile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <algorithm>
+#include <climits>
+
+namespace duomir {
+
+namespace {
+
+QByteArray withoutLineEnd(const QByteArray &raw)
+{
+    qsizetype n = raw.size();
+    if (n > 0 && raw[n - 1] == '\n')
+        --n;
+    if (n > 0 && raw[n - 1] == '\r')
+        --n;
+    return raw.left(n);
+}
+
+QByteArray lineEndOf(const QByteArray &raw)
+{
+    return raw.mid(withoutLineEnd(raw).size());
+}
+
+bool isQuote(QChar c)
+{
+    return c == u'"' || c == u'\'';
+}
+
+QString unquote(const QString &value)
+{
+    if (value.size() >= 2 && isQuote(value.front()) && value.back() == value.front())
+        return value.mid(1, value.size() - 2);
+    return value;
+}
+
+// The value as it must stand in the file to read back unchanged: line breaks would split the
+// entry, and blanks or quotes at its ends would be dropped by the reader, so such a value is
+// written inside a pair of quotes.
+QString fileValue(QString value)
+{
+    value.replace(u'\r', u' ').replace(u'\n', u' ');
+    if (value != value.trimmed() || unquote(value) != value)
+        return u'"' + value + u'"';
+    return value;
+}
+
+bool sameName(const QString &a, const QString &b)
+{
+    return a.compare(b, Qt::CaseInsensitive) == 0;
+}
+
+} // namespace
+
+IniFile::IniFile(const QString &path) : m_path(path)
+{
+    reload();
+}
+
+void IniFile::reload()
+{
+    m_lines.clear();
+    m_eol = "\n";
+    const QFileInfo info(m_path);
+    m_loadedSize = info.exists() ? info.size() : -1;
+    m_loadedTime = info.exists() ? info.lastModified() : QDateTime();
+    m_readable = !info.exists();
+
+    if (info.exists() && !info.isDir()) {
+        QFile file(m_path);
+        if (file.open(QIODevice::ReadOnly)) {
+            const QByteArray data = file.readAll();
+            m_readable = file.error() == QFileDevice::NoError;
+            qsizetype start = 0;
+            while (start < data.size()) {
+                const qsizetype nl = data.indexOf('\n', start);
+                const qsizetype end = nl < 0 ? data.size() : nl + 1;
+                m_lines.append(data.mid(start, end - start));
+                start = end;
+            }
+        }
+    }
+    for (const QByteArray &raw : std::as_const(m_lines)) {
+        if (raw.endsWith('\n')) {
+            m_eol = raw.endsWith("\r\n") ? QByteArray("\r\n") : QByteArray("\n");
+            break;
+        }
+    }
+    parse();
+}
+
+void IniFile::parse()
+{
+    m_sections.clear();
+    // The keys before the first header form the section with the empty name; it only counts when
+    // it holds a key, so that a comment at the top does not hide a later "[]" section.
+    Section implicit{QString(), -1, -1, {}};
+    bool beforeFirstHeader = true;
+    const auto current = [&]() -> Section & {
+        return beforeFirstHeader ? implicit : m_sections.last();
+    };
+    for (int i = 0; i < m_lines.size(); ++i) {
+        const QString text = QString::fromUtf8(withoutLineEnd(m_lines[i])).trimmed();
+        if (text.isEmpty())
+            continue;
+        if (text.startsWith(u'[')) {
+            if (beforeFirstHeader && !implicit.entries.isEmpty())
+                m_sections.append(implicit);
+            beforeFirstHeader = false;
+            const qsizetype close = text.indexOf(u']');
+            const QString name = text.mid(1, close < 0 ? -1 : close - 1).trimmed();
+            m_sections.append(Section{name, i, i, {}});
+            continue;
+        }
+        current().lastContent = i;
+        if (text.startsWith(u';') || text.startsWith(u'#'))
+            continue;
+        const qsizetype eq = text.indexOf(u'=');
+        if (eq <= 0)
+            continue;
+        const QString key = text.left(eq).trimmed();
+        if (key.isEmpty())
+            continue;
+        current().entries.append(Entry{key, unquote(text.mid(eq + 1).trimmed()), i});
+    }
+    if (beforeFirstHeader && !implicit.entries.isEmpty())
+        m_sections.append(implicit);
+}
+
+bool IniFile::exists() const
+{
+    return QFileInfo::exists(m_path);
+}
+
+const IniFile::Section *IniFile::findSection(const QString &name) const
+{
+    for (const Section &s : m_sections) {
+        if (sameName(s.name, name))
+            return &s;
+    }
+    return nullptr;
+}
+
+const IniFile::Entry *IniFile::findEntry(const QString &section, const QString &key) const
+{
+    const Section *s = findSection(section);
+    if (!s)
+        return nullptr;
+    for (const Entry &e : s->entries) {
+        if (sameName(e.key, key))
+            return &e;
+    }
+    return nullptr;
+}
+
+QStringList IniFile::sectionNames() const
+{
+    QStringList names;
+    for (const Section &s : m_sections) {
+        if (!names.contains(s.name, Qt::CaseInsensitive))
+            names.append(s.name);
+    }
+    return names;
+}
+
+QStringList IniFile::keyLines(const QString &section) const
+{
+    QStringList result;
+    if (const Section *s = findSection(section)) {
+        for (const Entry &e : s->entries)
+            result.append(e.key);
+    }
+    return result;
+}
+
+QStringList IniFile::keys(const QString &section) const
+{
+    QStringList result;
+    for (const QString &key : keyLines(section)) {
+        if (!result.contains(key, Qt::CaseInsensitive))
+            result.append(key);
+    }
+    return result;
+}
+
+bool IniFile::contains(const QString &section, const QString &key) const
+{
+    return findEntry(section, key) != nullptr;
+}
+
+QString IniFile::readString(const QString &section, const QString &key, const QString &def,
+                            int maxChars) const
+{
+    const Entry *e = findEntry(section, key);
+    const QString &value = e ? e->value : def;
+    return value.left(std::max(0, maxChars));
+}
+
+int IniFile::readInt(const QString &section, const QString &key, int def) const
+{
+    const Entry *e = findEntry(section, key);
+    if (!e || e->value.isEmpty())
+        return def;
+    const QString &v = e->value;
+    qsizetype i = 0;
+    bool negative = false;
+    if (i < v.size() && (v[i] == u'-' || v[i] == u'+'))
+        negative = v[i++] == u'-';
+    qint64 n = 0;
+    for (; i < v.size() && v[i] >= u'0' && v[i] <= u'9'; ++i) {
+        n = n * 10 + (v[i].unicode() - u'0');
+        if (n > qint64(INT_MAX) + 1)
+            break;
+    }
+    if (negative)
+        n = -n;
+    return int(std::clamp<qint64>(n, INT_MIN, INT_MAX));
+}
+
+void IniFile::reloadIfChanged()
+{
+    const QFileInfo info(m_path);
+    const qint64 size = info.exists() ? info.size() : -1;
+    const QDateTime time = info.exists() ? info.lastModified() : QDateTime();
+    if (size != m_loadedSize || time != m_loadedTime)
+        reload();
+}
+
+bool IniFile::writeString(const QString &section, const QString &key, const QString &value)
+{
+    reloadIfChanged();
+    if (!m_readable)
+        return false;
+
+    QList<QByteArray> lines = m_lines;
+    const auto terminate = [&](qsizetype line) {
+        if (line >= 0 && line < lines.size() && !lines[line].endsWith('\n'))
+            lines[line] += m_eol;
+    };
+    const Section *s = findSection(section);
+    const Entry *e = findEntry(section, key);
+
+    if (value.isNull()) {
+        if (!e)
+            return true;
+        // Every repeat of the key goes, so that a later duplicate does not reappear.
+        for (qsizetype i = s->entries.size() - 1; i >= 0; --i) {
+            if (sameName(s->entries[i].key, key))
+                lines.removeAt(s->entries[i].line);
+        }
+    } else if (e) {
+        lines[e->line] = (e->key + u'=' + fileValue(value)).toUtf8() + lineEndOf(lines[e->line]);
+    } else {
+        const QByteArray entry = (key + u'=' + fileValue(value)).toUtf8() + m_eol;
+        if (s) {
+            terminate(s->lastContent);
+            lines.insert(s->lastContent + 1, entry);
+        } else if (section.isEmpty()) {
+            lines.prepend(entry);
+        } else {
+            terminate(lines.size() - 1);
+            lines.append((u'[' + section + u']').toUtf8() + m_eol);
+            lines.append(entry);
+        }
+    }
+    return save(lines);
+}
+
+bool IniFile::save(const QList<QByteArray> &lines)
+{
+    QSaveFile file(m_path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    for (const QByteArray &line : lines) {
+        if (file.write(line) != line.size()) {
+            file.cancelWriting();
+            return false;
+        }
+    }
+    if (!file.commit())
+        return false;
+    m_lines = lines;
+    parse();
+    const QFileInfo info(m_path);
+    m_loadedSize = info.size();
+    m_loadedTime = info.lastModified();
+    return true;
+}
+
+} // namespace duomir

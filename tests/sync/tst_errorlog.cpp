@@ -1,0 +1,156 @@
+#include <QDir>
+#include <QTest>
+#include <cerrno>
+#include <cstring>
+
+#include "common/fakeinteraction.h"
+#include "common/temptree.h"
+#include "core/engine.h"
+#include "core/errorlog.h"
+
+using namespace duomir;
+using duomir::test::FakeInteraction;
+using duomir::test::TempTree;
+
+class TestErrorLog : public QObject
+{
+    Q_OBJECT
+
+private:
+    struct Setup
+    {
+        TempTree tree;
+        FakeInteraction ui;
+        Engine engine{ui};
+        QDateTime at{QDate(2026, 3, 14), QTime(9, 26, 53)};
+
+        Setup()
+        {
+            engine.DataFolder = tree.root() + u'/';
+            engine.settings.LogToFile = true;
+            engine.clock = [this] { return at; };
+        }
+        // One row whose source is `src` + `name` and destination `dst` + `name`.
+        void row(const QString &src, const QString &dst, const QString &name)
+        {
+            CompareEntry e;
+            e.Path = {src, dst};
+            e.Name = {name, name};
+            engine.CompareResults.push_back(e);
+        }
+        QByteArray log(const QString &day = QStringLiteral("20260314")) const
+        {
+            return tree.read(day + u".log");
+        }
+    };
+
+private Q_SLOTS:
+    // The labels appear when the bitwise AND of the two lengths is non-zero.
+    void messageLabels_data()
+    {
+        QTest::addColumn<QString>("src");
+        QTest::addColumn<QString>("dst");
+        QTest::addColumn<int>("what");
+        QTest::addColumn<QString>("expected");
+        const QString err = QString::fromLocal8Bit(std::strerror(ENOSPC));
+        QTest::newRow("10 AND 10")
+            << QStringLiteral("/abcdefgh/") << QStringLiteral("/ijklmnop/") << 5
+            << err + u"\r\nSource: /abcdefgh/\r\nDestination: /ijklmnop/";
+        QTest::newRow("4 AND 8") << QStringLiteral("/ab/") << QStringLiteral("/cdefgh/") << 5
+                                 << err + u"\r\n/ab/\r\n/cdefgh/";
+        QTest::newRow("copy adds the name on both sides")
+            << QStringLiteral("/abcdefg/") << QStringLiteral("/hijklmn/") << 143
+            << err + u"\r\nSource: /abcdefg/x\r\nDestination: /hijklmn/x";
+        QTest::newRow("source only") << QStringLiteral("/abcdefgh/") << QStringLiteral("/z/") << 3
+                                     << err + u"\r\n/abcdefgh/x\r\n";
+    }
+    void messageLabels()
+    {
+        QFETCH(QString, src);
+        QFETCH(QString, dst);
+        QFETCH(int, what);
+        QFETCH(QString, expected);
+        Setup s;
+        s.row(src, dst, QStringLiteral("x"));
+        ReportResult(s.engine, OpResult::failure(ENOSPC), what, 0, 1);
+        QCOMPARE(s.ui.shown.size(), 1);
+        QCOMPARE(s.ui.shown[0].icon, Interaction::Icon::Critical);
+        QCOMPARE(s.ui.shown[0].buttons, Interaction::Buttons::Ok);
+        QCOMPARE(s.ui.shown[0].text, expected);
+    }
+
+    // The receiving side's texts come from side d xor 1; the file name from the sending side.
+    void errorLineColumns()
+    {
+        Setup s;
+        s.row(QStringLiteral("/src/"), QStringLiteral("/dst/"), QStringLiteral("f.txt"));
+        s.engine.CompareResults[1].Name[0].clear();
+        s.engine.DontAsk = true;
+        ReportResult(s.engine, OpResult::failure(EACCES), 143, 1, 1);
+        ReportResult(s.engine, OpResult::success(), 143, 1, 1);
+        QVERIFY(s.ui.shown.isEmpty());
+        const QByteArray expected = "2026-03-14 09:26:53\t\t" + QByteArray::number(EACCES) + '\t' +
+                                    QByteArray(std::strerror(EACCES)) +
+                                    "\t/dst/f.txt\t/src/f.txt\r\n";
+        QCOMPARE(s.log(), expected);
+        QCOMPARE(s.engine.syncStats.failures, 1);
+    }
+
+    void silentFailures_data()
+    {
+        QTest::addColumn<int>("error");
+        QTest::addColumn<int>("what");
+        QTest::addColumn<bool>("reported");
+        QTest::newRow("rmdir not empty") << ENOTEMPTY << 1 << false;
+        QTest::newRow("rmdir EEXIST") << EEXIST << 1 << false;
+        QTest::newRow("mkdir EEXIST is real") << EEXIST << 68 << true;
+        QTest::newRow("rmdir refused") << EACCES << 1 << true;
+    }
+    void silentFailures()
+    {
+        QFETCH(int, error);
+        QFETCH(int, what);
+        QFETCH(bool, reported);
+        Setup s;
+        s.row(QStringLiteral("/a"), QStringLiteral("/b"), {});
+        ReportResult(s.engine, OpResult::failure(error), what, 0, 1);
+        QCOMPARE(s.ui.shown.size(), reported ? 1 : 0);
+        QCOMPARE(s.log().isEmpty(), !reported);
+    }
+
+    void runLinesAndDays()
+    {
+        Setup s;
+        s.at = QDateTime(QDate(2026, 12, 31), QTime(23, 59, 59));
+        WriteLogLine(s.engine, {QStringLiteral("Start"), QStringLiteral("p.dyp"), 1});
+        s.at = s.at.addSecs(1);
+        WriteLogLine(s.engine, {QStringLiteral("End")});
+        WriteLogLine(s.engine);
+        QCOMPARE(s.log(QStringLiteral("20261231")),
+                 QByteArray("2026-12-31 23:59:59\t\tStart\tp.dyp\t1\r\n"));
+        QCOMPARE(s.log(QStringLiteral("20270101")),
+                 QByteArray("2027-01-01 00:00:00\t\tEnd\r\n2027-01-01 00:00:00\t\r\n"));
+    }
+
+    void nothingWhenLoggingIsOff()
+    {
+        Setup s;
+        s.engine.settings.LogToFile = false;
+        s.row(QStringLiteral("/a/"), QStringLiteral("/b/"), QStringLiteral("x"));
+        WriteLogLine(s.engine, {QStringLiteral("Start")});
+        ReportResult(s.engine, OpResult::failure(EIO), 143, 0, 1);
+        QCOMPARE(s.ui.shown.size(), 1);
+        QCOMPARE(QDir(s.tree.root()).entryList(QDir::Files), QStringList());
+    }
+
+    void unwritableLogIsIgnored()
+    {
+        Setup s;
+        s.engine.DataFolder = s.tree.path(QStringLiteral("missing/folder/"));
+        WriteLogLine(s.engine, {QStringLiteral("Start")});
+        QVERIFY(!s.tree.exists(QStringLiteral("missing")));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestErrorLog)
+#include "tst_errorlog.moc"

@@ -1,0 +1,123 @@
+#include <QTest>
+
+#include "core/progressmodel.h"
+
+using namespace duomir;
+
+namespace {
+
+// Records what a display was told, in order.
+class RecordingSink : public ProgressSink
+{
+public:
+    QStringList calls;
+    bool visible = false;
+    QString percent;
+    int width = -1;
+
+    void setVisible(bool v) override
+    {
+        visible = v;
+        calls << QStringLiteral("visible %1").arg(v);
+    }
+    void setPercentText(const QString &text) override
+    {
+        percent = text;
+        calls << text;
+    }
+    void setBarWidth(int w) override
+    {
+        width = w;
+        calls << QStringLiteral("width %1").arg(w);
+    }
+    void setFrom(const QString &d) override { calls << u"from " + d; }
+    void setTo(const QString &d) override { calls << u"to " + d; }
+    void setFileName(const QString &n) override { calls << u"file " + n; }
+    int fullBarWidth() const override { return 400; }
+};
+
+constexpr std::int64_t GiB = std::int64_t(1) << 30;
+
+} // namespace
+
+class TestProgressModel : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // Percent and width follow the whole run and never go back, whatever the updates say.
+    void growsOnly_data()
+    {
+        QTest::addColumn<std::int64_t>("total");
+        QTest::addColumn<QList<std::int64_t>>("steps"); // >= 0 Update, < 0 FileDone(-x)
+        QTest::addColumn<QString>("percent");
+        QTest::addColumn<int>("width");
+        QTest::newRow("half") << std::int64_t(1000) << QList<std::int64_t>{500} << "50 %" << 200;
+        QTest::newRow("rounds to nearest")
+            << std::int64_t(1000) << QList<std::int64_t>{-5, 0} << "1 %" << 2;
+        QTest::newRow("a cancelled file does not pull back")
+            << std::int64_t(1000) << QList<std::int64_t>{800, 100} << "80 %" << 320;
+        QTest::newRow("files done add up")
+            << std::int64_t(1000) << QList<std::int64_t>{-250, -250, 100} << "60 %" << 240;
+        QTest::newRow("beyond 4 GiB")
+            << 10 * GiB << QList<std::int64_t>{-6 * GiB, GiB} << "70 %" << 280;
+        QTest::newRow("grown file stops at 100")
+            << std::int64_t(10) << QList<std::int64_t>{30} << "100 %" << 400;
+        QTest::newRow("total 0 stays at 0")
+            << std::int64_t(0) << QList<std::int64_t>{-0, 0} << "0 %" << 0;
+    }
+    void growsOnly()
+    {
+        QFETCH(std::int64_t, total);
+        QFETCH(QList<std::int64_t>, steps);
+        QFETCH(QString, percent);
+        QFETCH(int, width);
+        RecordingSink sink;
+        ProgressModel model;
+        model.setSink(&sink);
+        model.Init(total);
+        QVERIFY(model.isVisible());
+        for (std::int64_t step : steps) {
+            if (step < 0)
+                model.FileDone(-step);
+            else
+                model.Update(total, step);
+        }
+        QCOMPARE(sink.percent, percent);
+        QCOMPARE(sink.width, width);
+    }
+
+    // A new run starts again from zero; the directory labels lose the trailing separator and are
+    // only rewritten when they change.
+    void labelsAndRestart()
+    {
+        RecordingSink sink;
+        ProgressModel model;
+        model.setSink(&sink);
+        model.Init(100);
+        model.Update(100, 100);
+        model.Hide();
+        QVERIFY(!sink.visible);
+        sink.calls.clear();
+        model.Init(100);
+        model.ShowFile(QStringLiteral("/s/"), QStringLiteral("/d/"), QStringLiteral("a"));
+        model.ShowFile(QStringLiteral("/s/"), QStringLiteral("/d/x/"), QStringLiteral("b"));
+        model.Update(100, 10);
+        QCOMPARE(sink.calls, QStringList({QStringLiteral("width 0"), QStringLiteral("0 %"),
+                                          QStringLiteral("visible 1"), QStringLiteral("file a"),
+                                          QStringLiteral("from /s"), QStringLiteral("to /d"),
+                                          QStringLiteral("file b"), QStringLiteral("to /d/x"),
+                                          QStringLiteral("10 %"), QStringLiteral("width 40")}));
+    }
+
+    void withoutSinkNothingIsVisible()
+    {
+        ProgressModel model;
+        model.Init(100);
+        model.Update(100, 50);
+        QVERIFY(!model.isVisible());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestProgressModel)
+#include "tst_progressmodel.moc"
