@@ -35,8 +35,9 @@ void resetScan(FileArray &entries)
 
 } // namespace
 
-bool Compare(Engine &engine)
+bool Compare(Engine &engine, int *unlistedRoots)
 {
+    int unlisted = 0;
     if (engine.pairs.upperBound() < 1) {
         warn(engine, 802);
         return false;
@@ -60,12 +61,15 @@ bool Compare(Engine &engine)
 
         resetScan(engine.SourceFiles);
         if (ScanDirectory(engine.CompareRoots[0], directoryMasks, fileMasks, pair,
-                          engine.SourceFiles, &ui))
+                          engine.SourceFiles, &ui)) {
+            ++unlisted;
             warn(engine, 806, {engine.CompareRoots[0]});
+        }
 
         resetScan(engine.DestinationFiles);
         if (ScanDirectory(engine.CompareRoots[1], directoryMasks, fileMasks, pair,
                           engine.DestinationFiles, &ui)) {
+            ++unlisted;
             warn(engine, 807, {engine.CompareRoots[1]});
             resetScan(engine.SourceFiles);
             CompareArray().swap(engine.CompareResults);
@@ -99,6 +103,8 @@ bool Compare(Engine &engine)
         BuildVisibleRows(engine, engine.filter.FileFilter);
     }
     ui.setProgressAnimation(false);
+    if (unlistedRoots)
+        *unlistedRoots = unlisted;
     return ok;
 }
 

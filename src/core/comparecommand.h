@@ -18,6 +18,7 @@ QString compareRoot(const QString &pairText);
 // (all results are dropped and no later pair is scanned). Status label 1 shows 850 while a pair is
 // scanned and 851 while it is sorted and merged.
 // Returns true when every pair was compared (806 included), false after 802 or 807.
-bool Compare(Engine &engine);
+// `unlistedRoots`, when given, receives the number of roots that could not be listed (806, 807).
+bool Compare(Engine &engine, int *unlistedRoots = nullptr);
 
 } // namespace duomir

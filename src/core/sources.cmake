@@ -25,6 +25,8 @@ set(DUOMIR_CORE_SOURCES
     core/comparecommand.cpp
     core/filters.h
     core/filters.cpp
+    core/profilefile.h
+    core/profilefile.cpp
 
     # synchronization, deletion, error log
     core/platform/fileops.h
