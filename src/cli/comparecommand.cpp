@@ -119,7 +119,7 @@ int runCompare(const QStringList &args)
     {
         RowWriter writer(stdout, view.format);
         for (std::size_t r = 1; r < engine.VisibleRows.size(); ++r)
-            writer.row(engine.VisibleRows[r]);
+            writer.row(engine.CompareResults[engine.VisibleRows[r]]);
         writer.finish();
     }
     const auto &c = engine.compareCounters;

@@ -63,5 +63,7 @@ struct CompareEntry
 // Element 0 of every array has a fixed role (the scanned root; no row); real entries start at 1.
 using FileArray = std::vector<FileEntry>;
 using CompareArray = std::vector<CompareEntry>;
+// Indices into a CompareArray; element 0 has no meaning.
+using RowIndexArray = std::vector<std::int32_t>;
 
 } // namespace duomir

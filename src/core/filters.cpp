@@ -40,17 +40,17 @@ bool passesSideFilter(const CompareEntry &row, int sideFilter)
 
 } // namespace
 
-CompareArray filterRows(const CompareArray &results, const FilterState &filter)
+RowIndexArray filterRows(const CompareArray &results, const FilterState &filter)
 {
-    CompareArray kept;
+    RowIndexArray kept;
     kept.reserve(results.size());
-    kept.emplace_back();
+    kept.push_back(0);
     const bool sideFilter = filter.FileFilter != 4 && filter.SideFilter != 0;
     for (std::size_t r = 1; r < results.size(); ++r) {
         const CompareEntry &row = results[r];
         if (passesFileFilter(row, filter.FileFilter, r) &&
             (!sideFilter || passesSideFilter(row, filter.SideFilter)))
-            kept.push_back(row);
+            kept.push_back(static_cast<std::int32_t>(r));
     }
     if (filter.ShowEmptyDirs)
         return kept;
@@ -59,24 +59,22 @@ CompareArray filterRows(const CompareArray &results, const FilterState &filter)
     // rows as they were before this step.
     std::size_t out = 1;
     for (std::size_t r = 1; r < kept.size(); ++r) {
-        const CompareEntry &row = kept[r];
+        const CompareEntry &row = results[kept[r]];
         const bool emptyDirectory = row.isDirectory() && row.State == Identical &&
-                                    (r + 1 == kept.size() || kept[r + 1].isDirectory());
+                                    (r + 1 == kept.size() || results[kept[r + 1]].isDirectory());
         if (emptyDirectory)
             continue;
-        if (out != r)
-            kept[out] = std::move(kept[r]);
-        ++out;
+        kept[out++] = kept[r];
     }
     kept.resize(out);
     return kept;
 }
 
-RowCounts countRows(const CompareArray &rows)
+RowCounts countRows(const CompareArray &results, const RowIndexArray &rows)
 {
     RowCounts counts;
     for (std::size_t r = 1; r < rows.size(); ++r) {
-        const CompareEntry &row = rows[r];
+        const CompareEntry &row = results[rows[r]];
         if (!row.isDirectory())
             ++counts.files;
         else if (!row.Name[0].isEmpty() || !row.Name[1].isEmpty())
@@ -94,7 +92,7 @@ void BuildVisibleRows(Engine &engine, int fileFilter)
 {
     engine.filter.FileFilter = fileFilter;
     engine.VisibleRows = filterRows(engine.CompareResults, engine.filter);
-    engine.visibleCounts = countRows(engine.VisibleRows);
+    engine.visibleCounts = countRows(engine.CompareResults, engine.VisibleRows);
     Interaction &ui = engine.ui();
     ui.setStatusLabel(0, countText(engine, engine.visibleCounts.files, 702, 703));
     ui.setStatusLabel(1, QString());

@@ -10,8 +10,8 @@ class Engine;
 struct FilterState;
 struct RowCounts;
 
-// Which rows of `results` the selection admits, in order, packed from index 1 (element 0 of the
-// returned array has no meaning):
+// The indices of the rows of `results` that the selection admits, in order, packed from index 1
+// (element 0 of the returned array has no meaning):
 //   FileFilter 0 all rows; 1 modified rows and every directory row; 2 rows modified in the source
 //   and directory rows that are identical or modified in the source; 3 the same towards the
 //   destination; 4 row 1 and every identical row.
@@ -19,10 +19,11 @@ struct RowCounts;
 //   differ (exactly, case included), plus directory rows either way; 0 all.
 //   Without ShowEmptyDirs an identical directory row directly followed by another directory row,
 //   or closing the list, is dropped: nothing of it is shown beneath it.
-CompareArray filterRows(const CompareArray &results, const FilterState &filter);
+RowIndexArray filterRows(const CompareArray &results, const FilterState &filter);
 
-// Files and directories among `rows` (from index 1; root rows, which name nothing, not counted).
-RowCounts countRows(const CompareArray &rows);
+// Files and directories among the rows of `results` that `rows` names (from index 1; root rows,
+// which name nothing, not counted).
+RowCounts countRows(const CompareArray &results, const RowIndexArray &rows);
 
 // The text of a count label: `singularKey` when the count is exactly 1, otherwise `pluralKey`
 // (0 included, as "0 files" reads), with the count as %1.
