@@ -69,7 +69,8 @@ public:
     QString ProfilePath;
     bool ProfileModified = false;
 
-    // File arrays.
+    // File arrays. The two scans hold one pair's entries only while that pair is sorted and
+    // merged; Compare drops them again (element 0 alone) once its rows exist.
     FileArray SourceFiles{1};
     FileArray DestinationFiles{1};
     CompareArray CompareResults{1};
@@ -79,10 +80,20 @@ public:
     // [2] destination to source.
     std::array<int, 3> compareCounters{};
 
-    // View selection and the rows it admits (element 0 has no meaning).
+    // View selection and the rows it admits: indices into CompareResults, so that a check mark
+    // set in the list is the one synchronization reads (element 0 has no meaning).
     FilterState filter;
-    CompareArray VisibleRows{1};
+    RowIndexArray VisibleRows = RowIndexArray(1, 0);
     RowCounts visibleCounts;
+    int visibleCount() const { return static_cast<int>(VisibleRows.size()) - 1; }
+    CompareEntry &visibleRow(int r)
+    {
+        return CompareResults[static_cast<size_t>(VisibleRows[static_cast<size_t>(r)])];
+    }
+    const CompareEntry &visibleRow(int r) const
+    {
+        return CompareResults[static_cast<size_t>(VisibleRows[static_cast<size_t>(r)])];
+    }
 
     // Synchronization run state.
     SyncOptions sync;
