@@ -10,11 +10,11 @@
 namespace duomir {
 
 class Engine;
+struct CompareEntry;
 
-// The file list flexFiles: reads Engine::VisibleRows directly (row r is visible row r + 1) and
-// writes a check mark through to the same entry of CompareResults, which synchronization reads.
-// Nothing is stored per row except the sort order and that index mapping, so a million rows cost
-// two int vectors.
+// The file list flexFiles: row r shows the CompareResults entry that Engine::VisibleRows names at
+// r + 1, so a check mark lands where synchronization reads it. Nothing is stored per row but the
+// sort order, so a million rows cost one int vector.
 class FileListModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -39,9 +39,10 @@ public:
     void setHeadings(const QString &headings);
 
     // The VisibleRows index shown in a model row, and the CompareResults index of that entry
-    // (0 when it cannot be told).
+    // (0 when there is none).
     int visibleIndex(int row) const;
     int resultIndex(int row) const;
+    const CompareEntry *entry(int row) const;
 
     // Sets every shown row's check mark to `marked` (the header check box).
     void markAll(bool marked);
@@ -58,12 +59,10 @@ public:
     static QString formatDate(double days, const QLocale &locale);
 
 private:
-    void mapToResults();
     void setMarked(int row, bool marked);
 
     Engine *m_engine;
-    std::vector<int> m_order;       // model row -> visible index; empty = natural order
-    std::vector<int> m_resultIndex; // visible index -> CompareResults index (0 = unknown)
+    std::vector<int> m_order; // model row -> visible index; empty = natural order
     QStringList m_headings;
     QLocale m_locale;
     QFont m_directoryFont;

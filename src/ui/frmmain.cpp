@@ -19,6 +19,7 @@
 
 #include "core/engine.h"
 #include "core/interaction.h"
+#include "core/profilefile.h"
 #include "ui/checkdelegate.h"
 #include "ui/checkheader.h"
 #include "ui/dirpairmodel.h"
@@ -463,14 +464,7 @@ void frmMain::setBaseCaption(const QString &caption)
 void frmMain::updateCaption()
 {
     const QString &path = m_engine->ProfilePath;
-    if (path.isEmpty()) {
-        setWindowTitle(m_baseCaption);
-        return;
-    }
-    QString name = path.mid(path.lastIndexOf(QDir::separator()) + 1);
-    if (const int dot = name.lastIndexOf(u'.'); dot >= 0)
-        name.truncate(dot);
-    setWindowTitle(name + QStringLiteral(" · ") + m_baseCaption);
+    setWindowTitle(path.isEmpty() ? m_baseCaption : profileCaption(path, m_baseCaption));
 }
 
 void frmMain::setStatusLabel(int index, const QString &text)

@@ -104,7 +104,7 @@ private:
     void applyToolbarsFromEngine();
     void applySyncButtons();
     void refreshFileList();
-    void showCounts();
+    void showCompareResult(bool compared);
     void showPairMenu(const QPoint &pos);
     void showFileMenu(const QPoint &pos);
     QString defaultChooseProfileFile(bool save);

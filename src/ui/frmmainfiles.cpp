@@ -8,11 +8,12 @@
 #include <QTableView>
 #include <QToolBar>
 
+#include "core/comparecommand.h"
 #include "core/engine.h"
+#include "core/filters.h"
 #include "core/interaction.h"
 #include "core/synccommands.h"
 #include "ui/checkheader.h"
-#include "ui/enginebridge.h"
 #include "ui/filelistmodel.h"
 #include "ui/frmmain.h"
 #include "ui/mousepointer.h"
@@ -28,44 +29,39 @@ QAction *frmMain::toolbarButton(int bar, int key) const
 
 bool frmMain::runCompare()
 {
-    const MousePointer busy;
-    m_cmdCompare->setEnabled(false);
-    setProgressAnimation(true);
-    const bool compared = bridge::compareAll(*m_engine);
-    setProgressAnimation(false);
-    m_cmdCompare->setEnabled(true);
-    // A failed run may have emptied CompareResults: the rows on screen must not point into it.
-    m_fileModel->reload();
-    if (!compared)
-        return false;
+    bool compared = false;
+    {
+        const MousePointer busy;
+        m_cmdCompare->setEnabled(false);
+        compared = Compare(*m_engine);
+        m_cmdCompare->setEnabled(true);
+    }
+    showCompareResult(compared);
+    return compared;
+}
+
+void frmMain::showCompareResult(bool compared)
+{
     refreshFileList();
+    if (!compared)
+        return;
     m_stale = false;
     QPalette palette = m_flexFiles->palette();
     palette.setColor(QPalette::Base, QColor(0xFFFFFF));
     palette.setColor(QPalette::AlternateBase, QColor(0xF3F6F9));
     m_flexFiles->setPalette(palette);
-    return true;
 }
 
 void frmMain::refreshFileList()
 {
+    // A failed Compare or Load drops the results; rows that named them must not stay listed.
+    if (m_engine->CompareResults.size() <= 1 && m_engine->VisibleRows.size() > 1) {
+        m_engine->VisibleRows.assign(1, 0);
+        m_engine->visibleCounts = {};
+    }
     m_fileHeader->setSortIndicatorShown(false);
     m_fileModel->reload();
     m_tbar[2]->setEnabled(m_engine->filter.FileFilter != 4);
-    showCounts();
-}
-
-void frmMain::showCounts()
-{
-    const RowCounts &counts = m_engine->visibleCounts;
-    const auto countText = [this](int count, int one, int many, const QString &fallback) {
-        const QString text =
-            m_engine->FormatMsg(count == 1 ? one : many, {QLocale().toString(count)});
-        return text.isEmpty() ? QLocale().toString(count) + u' ' + fallback : text;
-    };
-    setStatusLabel(0, countText(counts.files, 702, 703, QStringLiteral("files")));
-    setStatusLabel(1, QStringLiteral("·"));
-    setStatusLabel(2, countText(counts.directories, 712, 713, QStringLiteral("directories")));
 }
 
 void frmMain::tbar_ButtonClick(int bar, int key)
@@ -93,7 +89,7 @@ void frmMain::tbar_ButtonClick(int bar, int key)
         return;
     {
         const MousePointer busy;
-        bridge::buildVisibleRows(*m_engine, filter.FileFilter);
+        BuildVisibleRows(*m_engine, filter.FileFilter);
     }
     refreshFileList();
 }

@@ -12,10 +12,10 @@
 
 #include "core/engine.h"
 #include "core/interaction.h"
+#include "core/profilefile.h"
 #include "ui/checkheader.h"
 #include "ui/dirpairmodel.h"
 #include "ui/dlgdirs.h"
-#include "ui/enginebridge.h"
 #include "ui/filelistmodel.h"
 #include "ui/frmmain.h"
 #include "ui/mousepointer.h"
@@ -231,11 +231,11 @@ bool frmMain::mnuPop1_Save_Click()
     const QString path = chooseProfileFile(true);
     if (path.isEmpty())
         return false;
-    m_engine->ProfilePath = path;
     {
         const MousePointer busy;
-        bridge::saveProfile(*m_engine);
+        SaveProfile(*m_engine, path);
     }
+    m_engine->ProfilePath = path;
     m_engine->ProfileModified = false;
     updateCaption();
     return true;
@@ -260,20 +260,23 @@ void frmMain::LoadProfile()
     bool loaded = false;
     {
         const MousePointer busy;
-        loaded = bridge::loadProfile(*m_engine);
-        m_engine->MarkAll = true;
+        m_cmdCompare->setEnabled(false);
+        // Loading ends with a Compare of the new list.
+        loaded = duomir::LoadProfile(*m_engine);
+        m_cmdCompare->setEnabled(true);
     }
-    m_fileHeader->setChecked(true);
+    m_fileHeader->setChecked(m_engine->MarkAll);
     m_pairModel->reload();
-    m_fileModel->reload();
     resizePairRows();
     applyToolbarsFromEngine();
+    setCurrentSlot(m_engine->pairs.count());
+    updatePairButtons();
     if (!loaded) {
-        updatePairButtons();
+        greyFileList();
+        refreshFileList();
         return;
     }
-    setCurrentSlot(m_engine->pairs.count());
-    runCompare();
+    showCompareResult(m_engine->CompareResults.size() > 1);
     updateCaption();
     m_engine->ProfileModified = false;
 }
