@@ -76,10 +76,12 @@ void dlgDirs::buildLayout()
     m_chkHidden[1] = named(new QCheckBox(QStringLiteral("Hidd&en files"), include),
                            QStringLiteral("chkHidden1"), 20015);
     includeLayout->addWidget(m_chkSubDirs);
-    for (QCheckBox *box : {m_chkSystem[0], m_chkHidden[0]}) {
-        includeLayout->addWidget(box);
-        box->setContentsMargins(18, 0, 0, 0);
-    }
+    // The directory switches belong to Subdirectories and stand indented under it.
+    auto *dirSwitches = new QVBoxLayout;
+    dirSwitches->setContentsMargins(20, 0, 0, 0);
+    dirSwitches->addWidget(m_chkSystem[0]);
+    dirSwitches->addWidget(m_chkHidden[0]);
+    includeLayout->addLayout(dirSwitches);
     includeLayout->addSpacing(6);
     includeLayout->addWidget(m_chkSystem[1]);
     includeLayout->addWidget(m_chkHidden[1]);

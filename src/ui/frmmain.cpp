@@ -15,6 +15,7 @@
 #include <QTableView>
 #include <QTimer>
 #include <QToolBar>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 #include "core/engine.h"
@@ -129,6 +130,7 @@ void frmMain::buildLayout()
     m_splitter->addWidget(buildFilePane());
     m_splitter->setStretchFactor(0, 1);
     m_splitter->setStretchFactor(1, 3);
+    m_splitter->setSizes({170, 500});
     root->addWidget(m_splitter);
     setCentralWidget(central);
 }
@@ -264,8 +266,11 @@ QWidget *frmMain::buildFilePane()
     m_fileHeader->resizeSection(FileListModel::StateColumn, 34);
     for (int c : {FileListModel::SourceSizeColumn, FileListModel::DestinationSizeColumn})
         m_fileHeader->resizeSection(c, 100);
+    const int dateWidth = m_flexFiles->fontMetrics().horizontalAdvance(
+                              FileListModel::formatDate(45000.99, QLocale())) +
+                          24;
     for (int c : {FileListModel::SourceDateColumn, FileListModel::DestinationDateColumn})
-        m_fileHeader->resizeSection(c, 140);
+        m_fileHeader->resizeSection(c, dateWidth);
     m_fileHeader->setChecked(m_engine->MarkAll);
     connect(m_fileHeader, &CheckHeader::toggled, this, [this](bool on) {
         m_engine->MarkAll = on;
@@ -334,6 +339,12 @@ void frmMain::buildToolbars(QWidget *parent)
             if (group)
                 group->addAction(action);
             tb->addAction(action);
+            // Buttons without a caption of their own show the icon alone, whatever text the
+            // language file gives them (a tool tip without a text becomes the text too).
+            if (def.caption[0] == u'\0') {
+                if (auto *button = qobject_cast<QToolButton *>(tb->widgetForAction(action)))
+                    button->setToolButtonStyle(Qt::ToolButtonIconOnly);
+            }
             m_buttons[static_cast<size_t>(bar)][key] = action;
             const int k = static_cast<int>(key);
             connect(action, &QAction::triggered, this,

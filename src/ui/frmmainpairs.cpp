@@ -33,7 +33,10 @@ QString qtFilter(const QString &pipes)
         QString patterns = parts.at(i + 1);
         patterns.replace(u';', u' ');
         patterns.replace(QStringLiteral("*.*"), QStringLiteral("*"));
-        filters.append(parts.at(i) + QStringLiteral(" (") + patterns + u')');
+        const QString &description = parts.at(i);
+        filters.append(description.contains(u'(')
+                           ? description
+                           : description + QStringLiteral(" (") + patterns + u')');
     }
     if (filters.isEmpty())
         filters = {QStringLiteral("Duomir profiles (*.dyp)"), QStringLiteral("All files (*)")};

@@ -31,6 +31,8 @@ void buildTree(test::TempTree &tree)
     tree.file(QStringLiteral("dst/notes.txt"), QByteArray(4096, 'c'), newer);
     tree.file(QStringLiteral("dst/Archive/2019.zip"), QByteArray(50000, 'z'), older);
     tree.file(QStringLiteral("other/a.txt"), QByteArray(10, 'x'), older);
+    tree.dir(QStringLiteral("backup/a rather long destination path/that wraps inside its "
+                            "column/other"));
 }
 
 } // namespace
@@ -57,8 +59,8 @@ int main(int argc, char *argv[])
     pair.SubDirs = true;
     engine.pairs.append(pair);
     pair.Source = tree.path(QStringLiteral("other"));
-    pair.Destination = QStringLiteral("/media/backup/a rather long destination path/that wraps "
-                                      "inside its column/other");
+    pair.Destination = tree.path(QStringLiteral("backup/a rather long destination path/that wraps "
+                                                "inside its column/other"));
     engine.pairs.append(pair);
 
     frmMain window(engine);
