@@ -129,7 +129,7 @@ void dlgMakeLink::create()
     launcher.arguments =
         launcherArguments(m_engine.ProfilePath, m_chkAuto->isEnabled() && m_chkAuto->isChecked(),
                           m_chkDontAsk->isChecked(), m_chkHide->isChecked());
-    launcher.icon = launcherIcon(m_engine.ProgramFolder);
+    launcher.icon = launcherIcon(m_engine.ShareFolder);
     launcher.name = m_txtName->text();
     launcher.description = m_txtDescription->text();
     // A failed write is not reported: the dialog closes either way.
