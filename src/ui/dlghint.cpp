@@ -32,7 +32,7 @@ dlgHint::dlgHint(Engine &engine, QWidget *parent) : QDialog(parent), m_engine(en
     auto *txtInfo = new QPlainTextEdit;
     txtInfo->setObjectName(QStringLiteral("txtInfo"));
     txtInfo->setReadOnly(true);
-    txtInfo->setMinimumSize(480, 300);
+    txtInfo->setMinimumSize(520, 380);
     auto *chkAgain = new QCheckBox(QStringLiteral("&Don't show this hint again"));
     chkAgain->setObjectName(QStringLiteral("chkAgain"));
     setHelpId(chkAgain, 60001);

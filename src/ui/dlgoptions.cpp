@@ -132,7 +132,7 @@ void dlgOptions::buildControls()
     auto *cmdLanguage =
         named(new QPushButton(QStringLiteral("&Language...")), "cmdLanguage", 10019);
     m_cmdMakeLink =
-        named(new QPushButton(QStringLiteral("Create &shortcut...")), "cmdMakeLink", 10020);
+        named(new QPushButton(QStringLiteral("&Create shortcut...")), "cmdMakeLink", 10020);
     auto *cmdHint = named(new QPushButton(QStringLiteral("&Hint...")), "cmdHint", 10021);
     auto *cmdAbout = named(new QPushButton(QStringLiteral("A&bout...")), "cmdAbout", 10022);
     for (QPushButton *b : {m_cmdApply, m_cmdExit, cmdLanguage, m_cmdMakeLink, cmdHint, cmdAbout})

@@ -32,7 +32,6 @@ OptionsMenu::OptionsMenu(Engine &engine, QMainWindow *window, ShellHooks &hooks)
     : QObject(window), m_engine(engine), m_window(window), m_hooks(hooks), m_menu(new QMenu(window))
 {
     m_menu->setObjectName(QStringLiteral("mnuPop4"));
-    setHelpId(m_menu, 1900);
     connect(addEntry(m_menu, "mnuPop4_Options", QStringLiteral("&Options"), 1901),
             &QAction::triggered, this, &OptionsMenu::showOptions);
     connect(addEntry(m_menu, "mnuPop4_MakeShortcut", QStringLiteral("Create &shortcut"), 1902),
