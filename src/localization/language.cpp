@@ -101,14 +101,15 @@ QString Language::toolTip(const QString &key) const
     return lookup(m_toolTips, key);
 }
 
+// Messages take their stored text as it stands: a ":" reference is a control's affair only.
 QString Language::FormatMsg(const QString &key, const QStringList &params) const
 {
-    return format(text(key), params);
+    return format(m_texts.value(fold(key)), params);
 }
 
 QString Language::FormatToolTip(const QString &key, const QStringList &params) const
 {
-    return format(toolTip(key), params);
+    return format(m_toolTips.value(fold(key)), params);
 }
 
 } // namespace duomir
