@@ -17,10 +17,6 @@ struct ShellHooks
     std::function<bool(const QString &path)> loadProfile;
     // The Synchronize command; with Engine::Auto set it closes the program when done.
     std::function<void()> synchronize;
-    // The profile Save command; a cancelled save leaves Engine::ProfilePath empty.
-    std::function<void()> saveProfile;
-    // Drop the progress dialog at shut-down.
-    std::function<void()> unloadProgress;
 };
 
 } // namespace duomir

@@ -1,6 +1,7 @@
 #include "ui/startup.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -9,7 +10,6 @@
 #include <cmath>
 
 #include "core/engine.h"
-#include "core/interaction.h"
 #include "settings/commandline.h"
 #include "settings/inifile.h"
 #include "ui/dlghint.h"
@@ -150,42 +150,28 @@ void Startup::startInfoScript()
 
 bool Startup::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_window && event->type() == QEvent::Close) {
-        if (!shutDown()) {
-            event->ignore();
-            return true;
-        }
-        m_closed = true;
-    }
-    return QObject::eventFilter(watched, event);
+    if (watched != m_window || event->type() != QEvent::Close || m_inClose)
+        return QObject::eventFilter(watched, event);
+    // The window asks about a changed profile first and may refuse; only a close that goes
+    // through stores the placement, while the window still has it.
+    m_inClose = true;
+    event->accept();
+    QCoreApplication::sendEvent(m_window, event);
+    m_inClose = false;
+    if (event->isAccepted())
+        shutDown();
+    return true;
 }
 
-bool Startup::shutDown()
+void Startup::shutDown()
 {
-    if (m_engine.ProfileModified) {
-        const auto answer =
-            m_engine.ui().message(Interaction::Icon::Question, Interaction::Buttons::YesNoCancel,
-                                  m_engine.FormatMsg(800));
-        if (answer == Interaction::Answer::Cancel)
-            return false;
-        if (answer == Interaction::Answer::Yes) {
-            if (m_hooks.saveProfile)
-                m_hooks.saveProfile();
-            if (m_engine.ProfilePath.isEmpty())
-                return false;
-        }
-    }
-
+    m_closed = true;
     const Qt::WindowStates states = m_window->windowState();
     const WindowState state = states & Qt::WindowMinimized   ? WindowState::Minimized
                               : states & Qt::WindowMaximized ? WindowState::Maximized
                                                              : WindowState::Normal;
     IniFile file(m_engine.SettingsFile);
     WritePlacementOnClose(file, m_engine.settings, state, placementOf(m_window));
-
-    if (m_hooks.unloadProgress)
-        m_hooks.unloadProgress();
-    return true;
 }
 
 } // namespace duomir

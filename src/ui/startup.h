@@ -13,8 +13,8 @@ namespace duomir {
 class Engine;
 
 // Start-up and shut-down of the main window: settings, first-start language choice, localization,
-// placement, command line, automatic run, DMInfo.sh and the hint; and at the close the question
-// about a changed profile and the placement writes.
+// placement, command line, automatic run, DMInfo.sh and the hint; and, once the window has agreed
+// to close, the placement writes.
 class Startup : public QObject
 {
     Q_OBJECT
@@ -35,12 +35,13 @@ protected:
 
 private:
     void startInfoScript();
-    bool shutDown();
+    void shutDown();
 
     Engine &m_engine;
     QMainWindow *m_window;
     ShellHooks &m_hooks;
     bool m_closed = false;
+    bool m_inClose = false;
 };
 
 } // namespace duomir
