@@ -14,6 +14,19 @@ Commands:
   compare PROFILE | --source DIR --destination DIR   compare and list the rows
   sync PROFILE | --source DIR --destination DIR      synchronize the marked rows
 
+Pair options (with --source/--destination; a new pair's defaults otherwise):
+  --no-subdirs --system-dirs --hidden-dirs --system-files --hidden-files
+  --include-dirs M --exclude-dirs M --include-files M --exclude-files M
+  --time-lag HH:MM:SS   largest time difference that still counts as equal
+
+Compare options:
+  --filter all|modified|source|destination|identical   rows to list (default all)
+  --side all|both|one   rows on both sides or on one side only (default all)
+  --empty-dirs          keep identical directories with nothing listed beneath them
+  --format tsv|json     TSV (raw name bytes; \ tab CR LF escaped) or JSON (default tsv)
+  Rows go to standard output, messages and a summary to standard error.
+  Exit status: 0 compared, 2 usage error or unreadable profile, 3 a root could not be listed.
+
 Options:
   -h, --help       show this help and exit
   -V, --version    show the version and exit

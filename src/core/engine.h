@@ -69,7 +69,8 @@ public:
     QString ProfilePath;
     bool ProfileModified = false;
 
-    // File arrays.
+    // File arrays. The two scans hold one pair's entries only while that pair is sorted and
+    // merged; Compare drops them again (element 0 alone) once its rows exist.
     FileArray SourceFiles{1};
     FileArray DestinationFiles{1};
     CompareArray CompareResults{1};

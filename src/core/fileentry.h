@@ -32,14 +32,15 @@ enum CompareState : std::int16_t {
 // unchanged.
 struct FileEntry
 {
-    QString SortKey;
-    QString
-        Path; // a file: its directory with a trailing separator; a directory: itself, no separator
+    // A file: its directory with a trailing separator, one string shared by every file of that
+    // directory; a directory: itself, no separator; element 0: the root without its separator.
+    QString Path;
     QString Name; // empty for element 0 (the root)
-    std::uint32_t Attributes = 0;
     Date Modified = 0;
-    std::int32_t Size = 0;     // low 32 bits of the size: what the comparison looks at
     std::int64_t FullSize = 0; // the real size, for copying and progress
+    std::uint32_t Attributes = 0;
+    std::int32_t Size = 0; // low 32 bits of the size: what the comparison looks at
+    // The sort key is not stored: core/sortkeys.h reads it from Path and Name when it compares.
 
     bool isDirectory() const { return (Attributes & Attr::Directory) != 0; }
 };

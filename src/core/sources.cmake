@@ -8,6 +8,25 @@ set(DUOMIR_CORE_SOURCES
     core/engine.cpp
 
     # scanning, comparison, filters, profiles
+    core/platform/nativename.h
+    core/platform/nativename.cpp
+    core/platform/dirlister.h
+    core/platform/dirlister.cpp
+    core/casefold.h
+    core/masks.h
+    core/masks.cpp
+    core/scanner.h
+    core/scanner.cpp
+    core/sortkeys.h
+    core/sortkeys.cpp
+    core/merge.h
+    core/merge.cpp
+    core/comparecommand.h
+    core/comparecommand.cpp
+    core/filters.h
+    core/filters.cpp
+    core/profilefile.h
+    core/profilefile.cpp
 
     # synchronization, deletion, error log
     core/platform/fileops.h

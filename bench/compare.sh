@@ -1,0 +1,58 @@
+#!/bin/sh
+# Times `duomir-cli compare` (release build) on two generated trees against `find` over both
+# trees and rsync's dry run, and reports the peak memory per scanned entry.
+#
+#   bench/compare.sh [FILES] [WORKDIR]      (defaults: 300000, /tmp/duomir-bench)
+#
+# Targets (warm cache): compare <= 1.5 x find, >= 2 x faster than rsync -n, < 200 bytes/entry.
+set -eu
+
+FILES=${1:-300000}
+WORK=${2:-/tmp/duomir-bench}
+HERE=$(cd "$(dirname "$0")" && pwd)
+ROOT=$(dirname "$HERE")
+CLI=$ROOT/build/release/bin/duomir-cli
+
+need() {
+    command -v "$1" >/dev/null 2>&1 && return
+    echo "installing $2"
+    if [ "$(id -u)" -eq 0 ]; then apt-get install -y "$2"; else sudo apt-get install -y "$2"; fi
+}
+need hyperfine hyperfine
+need rsync rsync
+[ -x /usr/bin/time ] || need /usr/bin/time time
+
+if [ ! -x "$CLI" ]; then
+    (cd "$ROOT" && cmake --preset release >/dev/null && cmake --build --preset release --target duomir-cli)
+fi
+
+TREE=$WORK/$FILES
+if [ ! -d "$TREE/dst" ]; then
+    mkdir -p "$TREE"
+    python3 "$HERE/gentree.py" "$TREE" --files "$FILES"
+fi
+SRC=$TREE/src
+DST=$TREE/dst
+ENTRIES=$(find "$SRC" "$DST" -mindepth 1 | wc -l)
+echo "entries scanned (both sides): $ENTRIES"
+
+# Keep the benchmark's settings away from the user's.
+export XDG_CONFIG_HOME=$WORK/config XDG_DATA_HOME=$WORK/data
+
+hyperfine --warmup 2 --runs 5 --export-json "$WORK/compare.json" \
+    -n find "find $SRC $DST -printf '%s %T@ %p\n' >/dev/null" \
+    -n duomir "$CLI compare --source $SRC --destination $DST >/dev/null 2>&1" \
+    -n rsync "rsync -a -n --delete -i $SRC/ $DST/ >/dev/null"
+
+/usr/bin/time -v "$CLI" compare --source "$SRC" --destination "$DST" >/dev/null 2>"$WORK/time.txt" || true
+RSS_KB=$(sed -n 's/.*Maximum resident set size (kbytes): //p' "$WORK/time.txt")
+
+python3 - "$WORK/compare.json" "$RSS_KB" "$ENTRIES" <<'PY'
+import json, sys
+runs = {r["command"]: r["mean"] for r in json.load(open(sys.argv[1]))["results"]}
+rss_kb, entries = int(sys.argv[2]), int(sys.argv[3])
+f, d, r = runs["find"], runs["duomir"], runs["rsync"]
+print(f"find   {f:.3f} s\nduomir {d:.3f} s  ({d / f:.2f} x find, target <= 1.5)")
+print(f"rsync  {r:.3f} s  (duomir is {r / d:.2f} x faster, target >= 2)")
+print(f"peak   {rss_kb / 1024:.1f} MiB = {rss_kb * 1024 / entries:.0f} bytes per entry (target < 200)")
+PY

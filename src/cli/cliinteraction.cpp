@@ -1,0 +1,27 @@
+#include "cli/cliinteraction.h"
+
+#include <cstdio>
+
+#include "core/platform/nativename.h"
+
+namespace duomir::cli {
+
+Interaction::Answer CliInteraction::message(Icon icon, Buttons buttons, const QString &text,
+                                            const QString &title)
+{
+    ++m_shown;
+    const char *kind = icon == Icon::Critical      ? "error"
+                       : icon == Icon::Exclamation ? "warning"
+                       : icon == Icon::Question    ? "question"
+                                                   : "note";
+    QString line = text;
+    line.replace(u"\r\n"_qs, u" "_qs).replace(u'\n', u' ');
+    if (!title.isEmpty())
+        line = title + u": " + line;
+    const QByteArray bytes = toNative(line);
+    std::fprintf(stderr, "duomir-cli: %s: %s%s\n", kind, bytes.constData(),
+                 buttons == Buttons::Ok ? "" : " [answered No]");
+    return buttons == Buttons::Ok ? Answer::Ok : Answer::No;
+}
+
+} // namespace duomir::cli

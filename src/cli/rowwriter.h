@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QByteArray>
+#include <cstdio>
+
+#include "core/fileentry.h"
+
+namespace duomir::cli {
+
+// Writes compared rows to a stream as TSV or JSON, through one buffer and without building a
+// QString per field. Names leave as the bytes the file system holds: TSV writes them raw except
+// that "\" , tab, CR and LF are escaped as \\, \t, \r and \n (so every row stays one line and the
+// bytes can be recovered); JSON writes valid UTF-8 and a byte that is not UTF-8 as \udcXX (the
+// escape Python's surrogateescape reads back).
+class RowWriter
+{
+public:
+    enum class Format { Tsv, Json };
+
+    RowWriter(std::FILE *out, Format format);
+    ~RowWriter();
+    RowWriter(const RowWriter &) = delete;
+    RowWriter &operator=(const RowWriter &) = delete;
+
+    void row(const CompareEntry &entry);
+    // Closes the JSON array and flushes.
+    void finish();
+
+private:
+    void field(const QString &head, const QString &tail);
+    void path(const CompareEntry &entry, int side);
+    void date(Date value);
+    void flushIfFull();
+
+    std::FILE *m_out;
+    Format m_format;
+    QByteArray m_buffer;
+    bool m_first = true;
+    bool m_finished = false;
+};
+
+// A Date as "YYYY-MM-DD HH:MM:SS" (it is local time already).
+void appendDate(QByteArray &out, Date value);
+
+} // namespace duomir::cli

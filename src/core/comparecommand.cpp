@@ -1,0 +1,111 @@
+#include "core/comparecommand.h"
+
+#include "core/engine.h"
+#include "core/filters.h"
+#include "core/interaction.h"
+#include "core/masks.h"
+#include "core/merge.h"
+#include "core/scanner.h"
+#include "core/sortkeys.h"
+
+namespace duomir {
+
+QString compareRoot(const QString &pairText)
+{
+    if (pairText.isEmpty() || pairText.endsWith(u'/'))
+        return pairText;
+    return pairText + u'/';
+}
+
+namespace {
+
+void warn(Engine &engine, int key, const QStringList &params = {})
+{
+    engine.ui().message(Interaction::Icon::Exclamation, Interaction::Buttons::Ok,
+                        engine.FormatMsg(key, params));
+}
+
+// The scans are needed only until their rows exist; dropping them keeps the peak memory of a
+// large comparison to one pair's scans plus the rows.
+void resetScan(FileArray &entries)
+{
+    FileArray().swap(entries);
+    entries.emplace_back();
+}
+
+} // namespace
+
+bool Compare(Engine &engine, int *unlistedRoots)
+{
+    int unlisted = 0;
+    if (engine.pairs.upperBound() < 1) {
+        warn(engine, 802);
+        return false;
+    }
+    Interaction &ui = engine.ui();
+    CompareArray().swap(engine.CompareResults);
+    engine.CompareResults.emplace_back();
+    engine.compareCounters = {};
+
+    bool ok = true;
+    for (int p = 1; p <= engine.pairs.count(); ++p) {
+        const DirPair pair = engine.pairs[p];
+        ui.setProgressAnimation(true);
+        ui.setStatusLabel(0, QString());
+        ui.setStatusLabel(2, QString());
+        ui.setStatusLabel(1, engine.FormatMsg(850));
+
+        engine.CompareRoots = {compareRoot(pair.Source), compareRoot(pair.Destination)};
+        const MaskSet directoryMasks = MaskSet::fromTexts(pair.IncludeDirs, pair.ExcludeDirs);
+        const MaskSet fileMasks = MaskSet::fromTexts(pair.IncludeFiles, pair.ExcludeFiles);
+
+        resetScan(engine.SourceFiles);
+        if (ScanDirectory(engine.CompareRoots[0], directoryMasks, fileMasks, pair,
+                          engine.SourceFiles, &ui)) {
+            ++unlisted;
+            warn(engine, 806, {engine.CompareRoots[0]});
+        }
+
+        resetScan(engine.DestinationFiles);
+        if (ScanDirectory(engine.CompareRoots[1], directoryMasks, fileMasks, pair,
+                          engine.DestinationFiles, &ui)) {
+            ++unlisted;
+            warn(engine, 807, {engine.CompareRoots[1]});
+            resetScan(engine.SourceFiles);
+            CompareArray().swap(engine.CompareResults);
+            engine.CompareResults.emplace_back();
+            ok = false;
+            break;
+        }
+
+        ui.setStatusLabel(1, engine.FormatMsg(851));
+        ui.yieldEvents();
+        const SortKeys sourceKeys = MakeSortKeys(pair.Source.size() + 1);
+        const SortKeys destinationKeys = MakeSortKeys(pair.Destination.size() + 1);
+        ui.yieldEvents();
+        SortEntries(engine.SourceFiles, 0, static_cast<qsizetype>(engine.SourceFiles.size()) - 1,
+                    sourceKeys);
+        ui.yieldEvents();
+        SortEntries(engine.DestinationFiles, 0,
+                    static_cast<qsizetype>(engine.DestinationFiles.size()) - 1, destinationKeys);
+        ui.yieldEvents();
+
+        MergeAndClassify({engine.SourceFiles, engine.DestinationFiles, sourceKeys, destinationKeys,
+                          engine.CompareRoots, engine.MarkAll, engine.settings.TimeLag},
+                         engine.CompareResults);
+        resetScan(engine.SourceFiles);
+        resetScan(engine.DestinationFiles);
+    }
+
+    // After 807 the list on screen is left as it was.
+    if (ok) {
+        engine.compareCounters = countStates(engine.CompareResults);
+        BuildVisibleRows(engine, engine.filter.FileFilter);
+    }
+    ui.setProgressAnimation(false);
+    if (unlistedRoots)
+        *unlistedRoots = unlisted;
+    return ok;
+}
+
+} // namespace duomir

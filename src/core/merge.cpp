@@ -1,0 +1,177 @@
+#include "core/merge.h"
+
+#include <algorithm>
+
+namespace duomir {
+
+namespace {
+
+class Merger
+{
+public:
+    Merger(const MergeInput &in, CompareArray &results) : m_in(in), m_out(results) {}
+
+    void run();
+
+private:
+    // How many entries from `i` on share the key of element i.
+    qsizetype twinCount(const FileArray &a, const SortKeys &keys, qsizetype i) const
+    {
+        qsizetype n = 1;
+        while (i + n < static_cast<qsizetype>(a.size()) && keys.compare(a[i], keys, a[i + n]) == 0)
+            ++n;
+        return n;
+    }
+
+    void matched(const FileEntry &s, const FileEntry &d);
+    void sourceOnly(const FileEntry &s);
+    void destinationOnly(const FileEntry &d);
+    // The path of `present` under the other side's root (the side's own root cut off).
+    QString derivedPath(const FileEntry &present, int presentSide);
+
+    const MergeInput &m_in;
+    CompareArray &m_out;
+    // Files of one directory share their derived path as they share their own.
+    const QChar *m_lastPresent = nullptr;
+    qsizetype m_lastPresentSize = -1;
+    int m_lastSide = -1;
+    QString m_lastDerived;
+};
+
+QString Merger::derivedPath(const FileEntry &present, int presentSide)
+{
+    if (present.Path.constData() == m_lastPresent && present.Path.size() == m_lastPresentSize &&
+        presentSide == m_lastSide)
+        return m_lastDerived;
+    const QString &ownRoot = m_in.roots[static_cast<size_t>(presentSide)];
+    const QString &otherRoot = m_in.roots[static_cast<size_t>(1 - presentSide)];
+    m_lastDerived =
+        otherRoot + QStringView(present.Path).mid(std::min(ownRoot.size(), present.Path.size()));
+    m_lastPresent = present.Path.constData();
+    m_lastPresentSize = present.Path.size();
+    m_lastSide = presentSide;
+    return m_lastDerived;
+}
+
+void Merger::matched(const FileEntry &s, const FileEntry &d)
+{
+    CompareEntry &row = m_out.emplace_back();
+    row.Path = {s.Path, d.Path};
+    row.Name = {s.Name, d.Name};
+    row.Attributes = {s.Attributes, d.Attributes};
+    row.Modified = {s.Modified, d.Modified};
+    row.Size = {s.Size, d.Size};
+    row.FullSize = {s.FullSize, d.FullSize};
+
+    // Dates are whole seconds; a microsecond of slack keeps the floating-point day fractions from
+    // turning a difference exactly equal to the lag into "newer".
+    constexpr double slack = 1e-6 / 86400.0;
+    if (s.Modified == d.Modified) {
+        if (s.Size != d.Size)
+            row.State = ModifiedInSource; // equal times, different sizes: always source's way
+    } else if (s.Modified - d.Modified > m_in.timeLag + slack) {
+        row.State = ModifiedInSource;
+    } else if (d.Modified - s.Modified > m_in.timeLag + slack) {
+        row.State = ModifiedInDestination;
+    }
+    if (row.State != Identical || row.isDirectory())
+        row.Marked = m_in.markAll;
+}
+
+void Merger::sourceOnly(const FileEntry &s)
+{
+    CompareEntry &row = m_out.emplace_back();
+    row.Path = {s.Path, derivedPath(s, 0)};
+    row.Name[0] = s.Name;
+    row.Attributes = {s.Attributes, s.Attributes};
+    row.Modified[0] = s.Modified;
+    row.Size[0] = s.Size;
+    row.FullSize[0] = s.FullSize;
+    row.State = ModifiedInSource;
+    row.Marked = m_in.markAll;
+}
+
+void Merger::destinationOnly(const FileEntry &d)
+{
+    CompareEntry &row = m_out.emplace_back();
+    row.Path = {derivedPath(d, 1), d.Path};
+    row.Name[1] = d.Name;
+    row.Attributes = {d.Attributes, d.Attributes};
+    row.Modified[1] = d.Modified;
+    row.Size[1] = d.Size;
+    row.FullSize[1] = d.FullSize;
+    row.State = ModifiedInDestination;
+    row.Marked = m_in.markAll;
+}
+
+void Merger::run()
+{
+    const FileArray &src = m_in.source;
+    const FileArray &dst = m_in.destination;
+    const qsizetype ns = static_cast<qsizetype>(src.size());
+    const qsizetype nd = static_cast<qsizetype>(dst.size());
+    // Address space only: untouched capacity costs no memory, and the rows never move again.
+    const std::size_t needed = m_out.size() + static_cast<std::size_t>(ns + nd);
+    if (needed > m_out.capacity())
+        m_out.reserve(std::max(needed, m_out.capacity() * 2));
+
+    qsizetype i = 0;
+    qsizetype j = 0;
+    while (i < ns || j < nd) {
+        int c;
+        if (i >= ns)
+            c = 1;
+        else if (j >= nd)
+            c = -1;
+        else
+            c = m_in.sourceKeys.compare(src[i], m_in.destinationKeys, dst[j]);
+
+        if (c < 0) {
+            sourceOnly(src[i++]);
+        } else if (c > 0) {
+            destinationOnly(dst[j++]);
+        } else {
+            const qsizetype ti = twinCount(src, m_in.sourceKeys, i);
+            const qsizetype tj = twinCount(dst, m_in.destinationKeys, j);
+            if (ti == 1 && tj == 1) {
+                matched(src[i++], dst[j++]);
+                continue;
+            }
+            // Case twins: pair by exact name, in exact order; leftovers are one-sided.
+            const qsizetype ei = i + ti;
+            const qsizetype ej = j + tj;
+            while (i < ei || j < ej) {
+                int e;
+                if (i >= ei)
+                    e = 1;
+                else if (j >= ej)
+                    e = -1;
+                else
+                    e = m_in.sourceKeys.compareExact(src[i], m_in.destinationKeys, dst[j]);
+                if (e < 0)
+                    sourceOnly(src[i++]);
+                else if (e > 0)
+                    destinationOnly(dst[j++]);
+                else
+                    matched(src[i++], dst[j++]);
+            }
+        }
+    }
+}
+
+} // namespace
+
+void MergeAndClassify(const MergeInput &in, CompareArray &results)
+{
+    Merger(in, results).run();
+}
+
+std::array<int, 3> countStates(const CompareArray &results)
+{
+    std::array<int, 3> counts{};
+    for (std::size_t r = 1; r < results.size(); ++r)
+        ++counts[static_cast<std::size_t>(results[r].State + 1)];
+    return counts;
+}
+
+} // namespace duomir

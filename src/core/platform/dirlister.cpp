@@ -1,0 +1,77 @@
+#include "core/platform/dirlister.h"
+
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "core/fileentry.h"
+#include "core/platform/nativename.h"
+
+namespace duomir {
+
+std::uint32_t attributesFromStat(const struct stat &st, bool dotName)
+{
+    std::uint32_t attributes = 0;
+    if (S_ISDIR(st.st_mode))
+        attributes |= Attr::Directory;
+    else if (S_ISLNK(st.st_mode))
+        attributes |= Attr::Reparse;
+    else if (!S_ISREG(st.st_mode))
+        attributes |= Attr::System;
+    if (dotName)
+        attributes |= Attr::Hidden;
+    if (!S_ISLNK(st.st_mode) && (st.st_mode & S_IWUSR) == 0)
+        attributes |= Attr::ReadOnly;
+    return attributes;
+}
+
+std::uint32_t pathAttributes(const QByteArray &nativePath)
+{
+    struct stat st;
+    if (nativePath.isEmpty() || ::stat(nativePath.constData(), &st) != 0)
+        return Attr::Invalid;
+    const qsizetype slash = nativePath.lastIndexOf('/', nativePath.size() - 2);
+    const bool dot = nativePath.size() > slash + 1 && nativePath.at(slash + 1) == '.';
+    return attributesFromStat(st, dot);
+}
+
+bool listDirectory(const QByteArray &nativePath, bool followLink, std::vector<ListedItem> &items)
+{
+    items.clear();
+    if (nativePath.isEmpty())
+        return false;
+    int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    if (!followLink)
+        flags |= O_NOFOLLOW;
+    const int fd = ::open(nativePath.constData(), flags);
+    if (fd < 0)
+        return false;
+    DIR *dir = ::fdopendir(fd);
+    if (!dir) {
+        ::close(fd);
+        return false;
+    }
+    while (const dirent *d = ::readdir(dir)) {
+        const char *name = d->d_name;
+        if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0)))
+            continue;
+        struct stat st;
+        if (::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0)
+            continue; // gone since the listing
+        const std::size_t length = std::strlen(name);
+        ListedItem item;
+        item.name = fromNative(name, length);
+        item.attributes = attributesFromStat(st, name[0] == '.');
+        item.mtime = st.st_mtim.tv_sec;
+        item.size = st.st_size;
+        if (S_ISDIR(st.st_mode))
+            item.native = QByteArray(name, static_cast<qsizetype>(length));
+        items.push_back(std::move(item));
+    }
+    ::closedir(dir); // closes fd too
+    return true;
+}
+
+} // namespace duomir

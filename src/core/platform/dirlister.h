@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <cstdint>
+#include <vector>
+
+struct stat;
+
+namespace duomir {
+
+// One item of a directory listing, already mapped to the engine's attribute bits.
+struct ListedItem
+{
+    QString name;      // decoded losslessly (nativename.h)
+    QByteArray native; // the raw name; kept for directories only (the scanner descends by it)
+    std::uint32_t attributes = 0;
+    std::int64_t mtime = 0; // seconds since the epoch, UTC
+    std::int64_t size = 0;  // bytes; for a symbolic link the length of its target text
+};
+
+// The attribute bits for a file-system object as lstat() describes it: directory only for a
+// real directory, hidden for a dot name, system for sockets, FIFOs and devices, 0x400 for a
+// symbolic link, read-only when the owner may not write.
+std::uint32_t attributesFromStat(const struct stat &st, bool dotName);
+
+// The attributes of `nativePath` itself, following a link (a root given as a link to a directory
+// is that directory); Attr::Invalid when it does not exist or cannot be examined.
+std::uint32_t pathAttributes(const QByteArray &nativePath);
+
+// Lists the directory `nativePath` without "." and "..": every name as the directory gives it,
+// examined with fstatat(AT_SYMLINK_NOFOLLOW), so no link is ever followed. An item that vanishes
+// between the listing and the examination is left out. `followLink` lets the top-level directory
+// be a link; subdirectories are opened with O_NOFOLLOW. Returns false when the directory cannot
+// be opened; `items` is then empty. The directory is read completely and closed before this
+// returns, so a deep tree never holds more than one descriptor.
+bool listDirectory(const QByteArray &nativePath, bool followLink, std::vector<ListedItem> &items);
+
+} // namespace duomir

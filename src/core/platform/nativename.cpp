@@ -1,0 +1,134 @@
+#include "core/platform/nativename.h"
+
+#include <cstdint>
+
+namespace duomir {
+
+namespace {
+
+constexpr char16_t EscapeBase = 0xDC00;
+
+bool isContinuation(unsigned char c)
+{
+    return (c & 0xC0) == 0x80;
+}
+
+// Length of the valid UTF-8 sequence at `p` (1..4), or 0 when the lead byte does not start one.
+// Overlong forms, encoded surrogates and code points past U+10FFFF count as invalid, as the
+// standard demands; they are escaped byte by byte instead.
+int validSequence(const unsigned char *p, const unsigned char *end, char32_t &cp)
+{
+    const unsigned char c = p[0];
+    const std::ptrdiff_t left = end - p;
+    if (c < 0x80) {
+        cp = c;
+        return 1;
+    }
+    if (c >= 0xC2 && c <= 0xDF) {
+        if (left < 2 || !isContinuation(p[1]))
+            return 0;
+        cp = (char32_t(c & 0x1F) << 6) | (p[1] & 0x3F);
+        return 2;
+    }
+    if (c >= 0xE0 && c <= 0xEF) {
+        if (left < 3 || !isContinuation(p[1]) || !isContinuation(p[2]))
+            return 0;
+        cp = (char32_t(c & 0x0F) << 12) | (char32_t(p[1] & 0x3F) << 6) | (p[2] & 0x3F);
+        if (cp < 0x800 || (cp >= 0xD800 && cp <= 0xDFFF))
+            return 0;
+        return 3;
+    }
+    if (c >= 0xF0 && c <= 0xF4) {
+        if (left < 4 || !isContinuation(p[1]) || !isContinuation(p[2]) || !isContinuation(p[3]))
+            return 0;
+        cp = (char32_t(c & 0x07) << 18) | (char32_t(p[1] & 0x3F) << 12) |
+             (char32_t(p[2] & 0x3F) << 6) | (p[3] & 0x3F);
+        if (cp < 0x10000 || cp > 0x10FFFF)
+            return 0;
+        return 4;
+    }
+    return 0;
+}
+
+} // namespace
+
+QString fromNative(const char *bytes, std::size_t size)
+{
+    const auto *p = reinterpret_cast<const unsigned char *>(bytes);
+    const unsigned char *const end = p + size;
+
+    // Most names are ASCII: one pass, no decoding.
+    const unsigned char *q = p;
+    while (q != end && *q < 0x80)
+        ++q;
+    if (q == end)
+        return QString::fromLatin1(bytes, static_cast<qsizetype>(size));
+
+    // UTF-8 never yields more UTF-16 units than it has bytes.
+    QString out(static_cast<qsizetype>(size), Qt::Uninitialized);
+    auto *dst = reinterpret_cast<char16_t *>(out.data());
+    char16_t *const begin = dst;
+    while (p != end) {
+        char32_t cp = 0;
+        const int n = validSequence(p, end, cp);
+        if (n == 0) {
+            *dst++ = static_cast<char16_t>(EscapeBase + *p);
+            ++p;
+            continue;
+        }
+        p += n;
+        if (cp >= 0x10000) {
+            *dst++ = QChar::highSurrogate(cp);
+            *dst++ = QChar::lowSurrogate(cp);
+        } else {
+            *dst++ = static_cast<char16_t>(cp);
+        }
+    }
+    out.truncate(dst - begin);
+    return out;
+}
+
+void appendNative(QByteArray &out, const QString &text)
+{
+    const auto *p = reinterpret_cast<const char16_t *>(text.constData());
+    const char16_t *const end = p + text.size();
+    for (; p != end; ++p) {
+        char32_t cp = *p;
+        if (cp < 0x80) {
+            out.append(static_cast<char>(cp));
+            continue;
+        }
+        if (QChar::isHighSurrogate(cp) && p + 1 != end && QChar::isLowSurrogate(p[1])) {
+            cp = QChar::surrogateToUcs4(static_cast<char16_t>(cp), p[1]);
+            ++p;
+        } else if (cp >= 0xDC80 && cp <= 0xDCFF) {
+            out.append(static_cast<char>(cp - EscapeBase));
+            continue;
+        } else if (QChar::isSurrogate(cp)) {
+            cp = 0xFFFD;
+        }
+        if (cp < 0x800) {
+            out.append(static_cast<char>(0xC0 | (cp >> 6)));
+            out.append(static_cast<char>(0x80 | (cp & 0x3F)));
+        } else if (cp < 0x10000) {
+            out.append(static_cast<char>(0xE0 | (cp >> 12)));
+            out.append(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+            out.append(static_cast<char>(0x80 | (cp & 0x3F)));
+        } else {
+            out.append(static_cast<char>(0xF0 | (cp >> 18)));
+            out.append(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
+            out.append(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+            out.append(static_cast<char>(0x80 | (cp & 0x3F)));
+        }
+    }
+}
+
+QByteArray toNative(const QString &text)
+{
+    QByteArray out;
+    out.reserve(text.size() * 3);
+    appendNative(out, text);
+    return out;
+}
+
+} // namespace duomir

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <cstddef>
+
+namespace duomir {
+
+// File names on Linux are bytes. The engine shows and compares them as UTF-8 text but must be able
+// to give every name back byte for byte, so a byte that is not part of valid UTF-8 is carried as
+// the lone surrogate U+DC00 + byte (U+DC80..U+DCFF). Valid UTF-8 never decodes to a lone
+// surrogate, so the mapping is reversible: toNative(fromNative(b)) == b for every byte string b.
+
+// Decodes `size` bytes of a name or path.
+QString fromNative(const char *bytes, std::size_t size);
+inline QString fromNative(const QByteArray &bytes)
+{
+    return fromNative(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+}
+
+// Encodes a name or path for the system calls; escape units become their byte again. A lone
+// surrogate outside U+DC80..U+DCFF (never produced by fromNative) becomes U+FFFD.
+QByteArray toNative(const QString &text);
+// Appends the encoding of `text` to `out` (no allocation when `out` has room).
+void appendNative(QByteArray &out, const QString &text);
+
+} // namespace duomir

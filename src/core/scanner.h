@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+
+#include "core/fileentry.h"
+
+namespace duomir {
+
+class Interaction;
+struct DirPair;
+struct MaskSet;
+
+// The seconds east of UTC of the local time zone now. Every date of one run uses this one offset
+// (daylight saving as it is today, not as it was on the file's date).
+int currentUtcOffset();
+
+// A file time (seconds since the epoch, UTC) as a Date: local time by `utcOffset` seconds,
+// whole seconds, days since 1899-12-30.
+Date FileTimeToDate(std::int64_t seconds, int utcOffset);
+
+// Scans one side of a pair into `entries`: element 0 describes the root, then every admitted file
+// and directory in pre-order (a directory's entry precedes what it holds; within one directory
+// the order of the listing). `directory` is the root path ending in the separator. The switches
+// SubDirs, SysDirs, HiddenDirs, SysFiles and HiddenFiles of `flags` and the two mask sets decide
+// what is taken; directories whose name begins with "." are never taken. Files of one directory
+// share one Path string. `ui` (may be null) gets a yield after every listed item.
+// Returns true only when the root itself cannot be listed (missing, not a directory, refused, or
+// an empty text); `entries` then holds element 0 alone. Unreadable subdirectories stay as empty
+// directories.
+bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
+                   const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
+                   Interaction *ui = nullptr);
+
+} // namespace duomir

@@ -1,0 +1,139 @@
+#include "core/sortkeys.h"
+
+#include <algorithm>
+
+#include "core/casefold.h"
+
+namespace duomir {
+
+namespace {
+
+constexpr char16_t Separator = u'/';
+constexpr char16_t DirectoryMark = 0x0001;
+constexpr char16_t FileMark = 0x0002;
+
+// Walks the code units of one key without building it.
+class KeyCursor
+{
+public:
+    KeyCursor(const FileEntry &e, qsizetype offset) : m_entry(e)
+    {
+        const qsizetype size = e.Path.size();
+        const char16_t *path = units(e.Path);
+        m_p = path + std::min(offset, size);
+        m_end = path + size;
+        m_directory = e.isDirectory();
+    }
+
+    // The next unit, or -1 at the end of the key.
+    int next()
+    {
+        switch (m_phase) {
+        case 0:
+            if (m_p != m_end) {
+                const char16_t c = *m_p++;
+                return c == Separator ? DirectoryMark : upperUnit(c);
+            }
+            m_phase = 1;
+            return m_directory ? DirectoryMark : FileMark;
+        case 1:
+            if (m_directory)
+                break;
+            m_p = units(m_entry.Name);
+            m_end = m_p + m_entry.Name.size();
+            m_phase = 2;
+            [[fallthrough]];
+        case 2:
+            if (m_p != m_end)
+                return upperUnit(*m_p++);
+            break;
+        default:
+            break;
+        }
+        m_phase = 3;
+        return -1;
+    }
+
+private:
+    const FileEntry &m_entry;
+    const char16_t *m_p;
+    const char16_t *m_end;
+    bool m_directory;
+    int m_phase = 0;
+};
+
+int compareUpper(const QString &a, const QString &b)
+{
+    const char16_t *p = units(a);
+    const char16_t *q = units(b);
+    const qsizetype n = std::min(a.size(), b.size());
+    for (qsizetype i = 0; i < n; ++i) {
+        const char16_t x = upperUnit(p[i]);
+        const char16_t y = upperUnit(q[i]);
+        if (x != y)
+            return x < y ? -1 : 1;
+    }
+    return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
+}
+
+int sign(int v)
+{
+    return (v > 0) - (v < 0);
+}
+
+} // namespace
+
+QString SortKeys::text(const FileEntry &entry) const
+{
+    QString out;
+    KeyCursor c(entry, m_offset);
+    for (int u = c.next(); u >= 0; u = c.next())
+        out.append(QChar(static_cast<char16_t>(u)));
+    return out;
+}
+
+int SortKeys::compare(const FileEntry &a, const SortKeys &other, const FileEntry &b) const
+{
+    // Files of one directory on one side share their Path: only the names differ.
+    if (a.Path.constData() == b.Path.constData() && a.Path.size() == b.Path.size() &&
+        m_offset == other.m_offset && !a.isDirectory() && !b.isDirectory())
+        return compareUpper(a.Name, b.Name);
+    KeyCursor x(a, m_offset);
+    KeyCursor y(b, other.m_offset);
+    while (true) {
+        const int u = x.next();
+        const int v = y.next();
+        if (u != v)
+            return u < v ? -1 : 1;
+        if (u < 0)
+            return 0;
+    }
+}
+
+int SortKeys::compareExact(const FileEntry &a, const SortKeys &other, const FileEntry &b) const
+{
+    const QStringView pa = QStringView(a.Path).mid(std::min(m_offset, a.Path.size()));
+    const QStringView pb = QStringView(b.Path).mid(std::min(other.m_offset, b.Path.size()));
+    const int c = sign(pa.compare(pb, Qt::CaseSensitive));
+    if (c != 0)
+        return c;
+    return sign(QStringView(a.Name).compare(QStringView(b.Name), Qt::CaseSensitive));
+}
+
+bool SortKeys::less(const FileEntry &a, const FileEntry &b) const
+{
+    const int c = compare(a, *this, b);
+    if (c != 0)
+        return c < 0;
+    return compareExact(a, *this, b) < 0;
+}
+
+void SortEntries(FileArray &entries, qsizetype low, qsizetype high, const SortKeys &keys)
+{
+    if (low < 0 || high >= static_cast<qsizetype>(entries.size()) || low >= high)
+        return;
+    std::sort(entries.begin() + low, entries.begin() + high + 1,
+              [&keys](const FileEntry &a, const FileEntry &b) { return keys.less(a, b); });
+}
+
+} // namespace duomir

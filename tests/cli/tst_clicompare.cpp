@@ -1,0 +1,175 @@
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTest>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "common/temptree.h"
+
+using duomir::test::TempTree;
+
+namespace {
+
+constexpr qint64 T0 = 1'700'000'000;
+
+QList<QByteArray> linesWith(const QList<QByteArray> &lines, const QByteArray &part)
+{
+    QList<QByteArray> out;
+    for (const QByteArray &l : lines) {
+        if (l.contains(part))
+            out << l;
+    }
+    return out;
+}
+
+struct Run
+{
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+Run runCli(const QStringList &args, const QString &home)
+{
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    // Settings and data of the run stay inside the test's folder.
+    env.insert(u"HOME"_qs, home);
+    env.insert(u"XDG_CONFIG_HOME"_qs, home + u"/config");
+    env.insert(u"XDG_DATA_HOME"_qs, home + u"/data");
+    p.setProcessEnvironment(env);
+    p.start(qEnvironmentVariable("DUOMIR_BIN_DIR") + u"/duomir-cli",
+            QStringList{u"compare"_qs} + args);
+    if (!p.waitForFinished(30000))
+        return {};
+    return {p.exitCode(), p.readAllStandardOutput(), p.readAllStandardError()};
+}
+
+} // namespace
+
+class TestCliCompare : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void tsvRowsAndRawNames();
+    void jsonAndFilters();
+    void exitCodes_data();
+    void exitCodes();
+    void cleanupTestCase();
+
+private:
+    TempTree m_tree;
+};
+
+void TestCliCompare::initTestCase()
+{
+    m_tree.file(u"s/same.txt"_qs, "abc", T0);
+    m_tree.file(u"d/same.txt"_qs, "abc", T0);
+    m_tree.file(u"s/new.txt"_qs, "12345", T0 + 100);
+    m_tree.file(u"d/new.txt"_qs, "12", T0);
+    m_tree.file(u"s/tab\tname"_qs, "", T0);
+    m_tree.file(u"d/Sub/deep.bin"_qs, "x", T0);
+    const QByteArray raw = QFile::encodeName(m_tree.path(u"s/"_qs)) + "caf\xe9";
+    const int fd = ::open(raw.constData(), O_CREAT | O_WRONLY, 0644);
+    QVERIFY(fd >= 0);
+    ::close(fd);
+    m_tree.dir(u"home"_qs);
+    m_tree.file(u"p.dyp"_qs, "[1]\nS=" + QFile::encodeName(m_tree.path(u"s"_qs)) +
+                                 "\nD=" + QFile::encodeName(m_tree.path(u"d"_qs)) + "\nIS=*\nIF=*\n");
+}
+
+// Header, one line per row, sizes in bytes, raw non-UTF-8 bytes and an escaped tab.
+void TestCliCompare::tsvRowsAndRawNames()
+{
+    const Run r =
+        runCli({u"--source"_qs, m_tree.path(u"s"_qs), u"--destination"_qs, m_tree.path(u"d"_qs)},
+               m_tree.path(u"home"_qs));
+    QCOMPARE(r.exitCode, 0);
+    const QList<QByteArray> lines = r.out.split('\n');
+    QCOMPARE(lines.first(), QByteArray("state\tmarked\tkind\tsource\tdestination\tsource_size\t"
+                                       "destination_size\tsource_modified\t"
+                                       "destination_modified"));
+    const QByteArray s = QFile::encodeName(m_tree.path(u"s/"_qs));
+    const QByteArray d = QFile::encodeName(m_tree.path(u"d/"_qs));
+    QVERIFY(lines.contains(QByteArray("-1\t1\tf\t" + s + "caf\xe9\t\t0\t\t" +
+                                      linesWith(lines, "caf").first().split('\t').at(7) + "\t")));
+    QVERIFY(linesWith(lines, "new.txt")
+                .first()
+                .startsWith(QByteArray("-1\t1\tf\t" + s + "new.txt\t" + d + "new.txt\t5\t2\t")));
+    QVERIFY(linesWith(lines, "same.txt").first().startsWith("0\t0\tf\t"));
+    QCOMPARE(linesWith(lines, "tab\\tname").size(), 1);
+    QVERIFY(lines.contains(QByteArray("1\t1\td\t\t" + d + "Sub\t\t\t\t")));
+    QCOMPARE(linesWith(lines, "deep.bin").size(), 1);
+    QVERIFY(r.err.contains("rows shown"));
+}
+
+void TestCliCompare::jsonAndFilters()
+{
+    const Run r = runCli({m_tree.path(u"p.dyp"_qs), u"--format"_qs, u"json"_qs, u"--filter"_qs,
+                          u"modified"_qs, u"--side"_qs, u"both"_qs},
+                         m_tree.path(u"home"_qs));
+    QCOMPARE(r.exitCode, 0);
+    QJsonParseError error;
+    const QJsonArray rows = QJsonDocument::fromJson(r.out, &error).array();
+    QCOMPARE(error.error, QJsonParseError::NoError);
+    QStringList kinds;
+    for (const QJsonValue &v : rows) {
+        const QJsonObject o = v.toObject();
+        kinds << o[u"kind"].toString() + QString::number(o[u"state"].toInt()) +
+                     o[u"source"].toString().section(u'/', -1);
+    }
+    // Root and Sub (directories stay), new.txt (modified on both sides); one-sided files go.
+    QCOMPARE(kinds, QStringList({u"d0s"_qs, u"f-1new.txt"_qs, u"d1"_qs}));
+    QCOMPARE(rows.at(1).toObject()[u"source_size"].toInt(), 5);
+}
+
+void TestCliCompare::exitCodes_data()
+{
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<int>("exitCode");
+    QTest::newRow("no pair") << QStringList() << 2;
+    QTest::newRow("unknown option") << QStringList{u"--frobnicate"_qs} << 2;
+    QTest::newRow("bad filter value") << QStringList{u"p.dyp"_qs, u"--filter"_qs, u"new"_qs} << 2;
+    QTest::newRow("bad lag") << QStringList{u"--source"_qs, u"s"_qs,          u"--destination"_qs,
+                                            u"d"_qs,        u"--time-lag"_qs, u"2s"_qs}
+                             << 2;
+    QTest::newRow("source alone") << QStringList{u"--source"_qs, u"s"_qs} << 2;
+    QTest::newRow("profile missing") << QStringList{u"none.dyp"_qs} << 2;
+    QTest::newRow("destination missing")
+        << QStringList{u"--source"_qs, u"s"_qs, u"--destination"_qs, u"gone"_qs} << 3;
+    QTest::newRow("source missing, still listed")
+        << QStringList{u"--source"_qs, u"gone"_qs, u"--destination"_qs, u"d"_qs} << 3;
+    QTest::newRow("ad-hoc with switches and lag")
+        << QStringList{u"--source"_qs,      u"s"_qs,
+                       u"--destination"_qs, u"d"_qs,
+                       u"--no-subdirs"_qs,  u"--exclude-files"_qs,
+                       u"*.txt"_qs,         u"--time-lag"_qs,
+                       u"00:00:02"_qs}
+        << 0;
+}
+
+void TestCliCompare::exitCodes()
+{
+    QFETCH(QStringList, args);
+    QFETCH(int, exitCode);
+    for (QString &a : args) {
+        if (!a.startsWith(u"-") && !a.startsWith(u"*") && !a.contains(u':'))
+            a = m_tree.path(a);
+    }
+    const Run r = runCli(args, m_tree.path(u"home"_qs));
+    QCOMPARE(r.exitCode, exitCode);
+    if (exitCode == 2)
+        QVERIFY(r.out.isEmpty());
+}
+
+void TestCliCompare::cleanupTestCase()
+{
+    ::unlink(QByteArray(QFile::encodeName(m_tree.path(u"s/"_qs)) + "caf\xe9").constData());
+}
+
+QTEST_GUILESS_MAIN(TestCliCompare)
+#include "tst_clicompare.moc"

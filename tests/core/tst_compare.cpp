@@ -1,0 +1,407 @@
+#include <QDir>
+#include <QTest>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "common/fakeinteraction.h"
+#include "common/temptree.h"
+#include "core/comparecommand.h"
+#include "core/engine.h"
+#include "core/platform/nativename.h"
+#include "core/sortkeys.h"
+
+using namespace duomir;
+using duomir::test::FakeInteraction;
+using duomir::test::TempTree;
+
+namespace {
+
+constexpr qint64 T0 = 1'700'000'000; // a fixed file time
+
+// One row as "state marked kind source destination", paths relative to the tree's root; a side
+// that lacks the entry shows its derived path in brackets.
+QString describe(const CompareEntry &row, const QString &base)
+{
+    const bool missing[2] = {row.Name[0].isEmpty() && !row.Name[1].isEmpty(),
+                             row.Name[1].isEmpty() && !row.Name[0].isEmpty()};
+    auto side = [&](int i) {
+        // A directory row names its directory by Path alone; a missing side borrows the name.
+        QString full = row.Path[i];
+        if (!row.isDirectory())
+            full += missing[i] ? row.Name[1 - i] : row.Name[i];
+        if (full.startsWith(base))
+            full = full.mid(base.size());
+        return missing[i] ? u'[' + full + u']' : full;
+    };
+    return QStringLiteral("%1 %2 %3 %4 %5")
+        .arg(row.State)
+        .arg(row.Marked ? 1 : 0)
+        .arg(row.isDirectory() ? u"d"_qs : u"f"_qs)
+        .arg(side(0), side(1));
+}
+
+struct Fixture
+{
+    TempTree tree;
+    FakeInteraction ui;
+    Engine engine{ui};
+
+    Fixture() { engine.settings.TimeLag = 0; }
+
+    void addPair(const QString &source, const QString &destination)
+    {
+        DirPair pair = DirPair::newFromSettings(engine.settings);
+        pair.SubDirs = true;
+        pair.Source = source.isEmpty() ? source : tree.path(source);
+        pair.Destination = destination.isEmpty() ? destination : tree.path(destination);
+        engine.pairs.append(pair);
+    }
+
+    QStringList rows() const
+    {
+        QStringList out;
+        for (std::size_t r = 1; r < engine.CompareResults.size(); ++r)
+            out << describe(engine.CompareResults[r], tree.root() + u'/');
+        return out;
+    }
+};
+
+} // namespace
+
+class TestCompare : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void classify_data();
+    void classify();
+    void oneSidedRowsDeriveTheirPaths();
+    void fileAndDirectoryOfOneNameNeverPair();
+    void keysAndOrder_data();
+    void keysAndOrder();
+    void rootStoredWithAndWithoutSeparator();
+    void sortedPreOrder();
+    void missingSourceComparesAgainstEmpty();
+    void missingDestinationDropsEverything();
+    void emptyListAndEmptyRootText();
+    void caseTwinsPairByExactName();
+    void scanRules_data();
+    void scanRules();
+    void hostileTrees();
+};
+
+void TestCompare::classify_data()
+{
+    QTest::addColumn<qint64>("sourceTime");
+    QTest::addColumn<qint64>("destinationTime");
+    QTest::addColumn<int>("sourceSize");
+    QTest::addColumn<int>("destinationSize");
+    QTest::addColumn<int>("lag");
+    QTest::addColumn<int>("state");
+
+    QTest::newRow("same time same size") << T0 << T0 << 5 << 5 << 2 << 0;
+    QTest::newRow("same time, sizes differ: source wins") << T0 << T0 << 100 << 101 << 2 << -1;
+    QTest::newRow("same time, destination larger still source") << T0 << T0 << 3 << 1 << 0 << -1;
+    QTest::newRow("within lag, sizes ignored") << T0 << T0 + 1 << 1 << 9 << 2 << 0;
+    QTest::newRow("difference equal to lag") << T0 << T0 + 2 << 1 << 1 << 2 << 0;
+    QTest::newRow("source newer by lag") << T0 + 2 << T0 << 1 << 1 << 2 << 0;
+    QTest::newRow("destination newer beyond lag") << T0 << T0 + 5 << 1 << 1 << 2 << 1;
+    QTest::newRow("source newer beyond lag") << T0 + 3 << T0 << 1 << 1 << 2 << -1;
+    QTest::newRow("lag zero, one second") << T0 << T0 + 1 << 1 << 1 << 0 << 1;
+    QTest::newRow("an hour apart") << T0 + 3600 << T0 << 1 << 1 << 2 << -1;
+}
+
+void TestCompare::classify()
+{
+    QFETCH(qint64, sourceTime);
+    QFETCH(qint64, destinationTime);
+    QFETCH(int, sourceSize);
+    QFETCH(int, destinationSize);
+    QFETCH(int, lag);
+    QFETCH(int, state);
+
+    Fixture f;
+    f.tree.file(u"s/a.txt"_qs, QByteArray(sourceSize, 'x'), sourceTime);
+    f.tree.file(u"d/A.TXT"_qs, QByteArray(destinationSize, 'y'), destinationTime);
+    f.engine.settings.TimeLag = lag / 86400.0;
+    f.addPair(u"s"_qs, u"d"_qs);
+    QVERIFY(Compare(f.engine));
+    const QString marked = state == 0 ? u"0"_qs : u"1"_qs;
+    QCOMPARE(f.rows(),
+             QStringList({u"0 1 d s d"_qs,
+                          QStringLiteral("%1 %2 f s/a.txt d/A.TXT").arg(state).arg(marked)}));
+    const int sends = state == -1 ? 0 : state == 1 ? 2 : 1;
+    QCOMPARE(f.engine.compareCounters[static_cast<size_t>(sends)], sends == 1 ? 2 : 1);
+}
+
+// Source has Sub/x.txt, destination lacks Sub: both rows point to the source, and the destination
+// paths are built from the destination root.
+void TestCompare::oneSidedRowsDeriveTheirPaths()
+{
+    Fixture f;
+    f.tree.file(u"s/Sub/x.txt"_qs, "x", T0);
+    f.tree.file(u"d/only.txt"_qs, "y", T0);
+    f.engine.MarkAll = false;
+    f.addPair(u"s"_qs, u"d"_qs);
+    QVERIFY(Compare(f.engine));
+    QCOMPARE(f.rows(),
+             QStringList({u"0 0 d s d"_qs, u"1 0 f [s/only.txt] d/only.txt"_qs,
+                          u"-1 0 d s/Sub [d/Sub]"_qs, u"-1 0 f s/Sub/x.txt [d/Sub/x.txt]"_qs}));
+    QCOMPARE(f.engine.compareCounters, (std::array<int, 3>{2, 1, 1}));
+    QVERIFY(f.ui.shown.isEmpty());
+}
+
+void TestCompare::fileAndDirectoryOfOneNameNeverPair()
+{
+    Fixture f;
+    f.tree.file(u"s/item"_qs, "file", T0);
+    f.tree.dir(u"d/item"_qs);
+    f.addPair(u"s"_qs, u"d"_qs);
+    QVERIFY(Compare(f.engine));
+    QCOMPARE(f.rows(), QStringList({u"0 1 d s d"_qs, u"-1 1 f s/item [d/item]"_qs,
+                                    u"1 1 d [s/item] d/item"_qs}));
+}
+
+void TestCompare::keysAndOrder_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("directory");
+    QTest::addColumn<int>("start");
+    QTest::addColumn<QString>("key");
+
+    const QString one(QChar(1));
+    const QString two(QChar(2));
+    // The pair's text is "/d/Data" (7 units); stored with its separator it would be 8.
+    QTest::newRow("root") << u"/d/Data"_qs << QString() << true << 9 << one;
+    QTest::newRow("file in root") << u"/d/Data/"_qs << u"a.txt"_qs << false << 9 << two + u"A.TXT";
+    QTest::newRow("directory") << u"/d/Data/Sub"_qs << u"Sub"_qs << true << 9 << u"SUB"_qs + one;
+    QTest::newRow("file below") << u"/d/Data/Sub/"_qs << u"b.doc"_qs << false << 9
+                                << u"SUB"_qs + one + two + u"B.DOC";
+    QTest::newRow("text without separator: root") << u"/d/Data"_qs << QString() << true << 8 << one;
+    QTest::newRow("text without separator: file")
+        << u"/d/Data/"_qs << u"a.txt"_qs << false << 8 << one + two + u"A.TXT";
+}
+
+void TestCompare::keysAndOrder()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, name);
+    QFETCH(bool, directory);
+    QFETCH(int, start);
+    QFETCH(QString, key);
+    FileEntry e;
+    e.Path = path;
+    e.Name = name;
+    e.Attributes = directory ? Attr::Directory : 0;
+    QCOMPARE(MakeSortKeys(start).text(e), key);
+}
+
+// One pair stored as "…/s" and "…/d/": the roots match, everything else comes out one-sided.
+void TestCompare::rootStoredWithAndWithoutSeparator()
+{
+    Fixture f;
+    f.tree.file(u"s/a"_qs, "1", T0);
+    f.tree.file(u"d/a"_qs, "1", T0);
+    f.addPair(u"s"_qs, u"d"_qs);
+    f.engine.pairs[1].Destination += u'/';
+    QVERIFY(Compare(f.engine));
+    QCOMPARE(f.engine.CompareRoots[1], f.tree.path(u"d/"_qs));
+    QCOMPARE(f.rows(),
+             QStringList({u"0 1 d s d"_qs, u"-1 1 f s/a [d/a]"_qs, u"1 1 f [s/a] d/a"_qs}));
+
+    f.engine.pairs[1].Source += u'/'; // stored alike again: they pair
+    QVERIFY(Compare(f.engine));
+    QCOMPARE(f.rows(), QStringList({u"0 1 d s d"_qs, u"0 0 f s/a d/a"_qs}));
+}
+
+// Files before subdirectories, names without regard to case, every directory before its content,
+// and the rows of two pairs one group after the other.
+void TestCompare::sortedPreOrder()
+{
+    Fixture f;
+    for (const char *n : {"s/b.txt", "s/A.txt", "s/sub/z", "s/Sub2/y", "s/sub/deeper/q", "t/c"})
+        f.tree.file(QString::fromUtf8(n), "", T0);
+    f.tree.dir(u"d"_qs);
+    f.tree.dir(u"e"_qs);
+    f.addPair(u"s"_qs, u"d"_qs);
+    f.addPair(u"t"_qs, u"e"_qs);
+    QVERIFY(Compare(f.engine));
+    QStringList order;
+    for (const QString &row : f.rows())
+        order << row.section(u' ', 3, 3);
+    QCOMPARE(order, QStringList({u"s"_qs, u"s/A.txt"_qs, u"s/b.txt"_qs, u"s/sub"_qs, u"s/sub/z"_qs,
+                                 u"s/sub/deeper"_qs, u"s/sub/deeper/q"_qs, u"s/Sub2"_qs,
+                                 u"s/Sub2/y"_qs, u"t"_qs, u"t/c"_qs}));
+}
+
+void TestCompare::missingSourceComparesAgainstEmpty()
+{
+    Fixture f;
+    f.tree.file(u"d/x"_qs, "1", T0);
+    f.addPair(u"nowhere"_qs, u"d"_qs);
+    QVERIFY(Compare(f.engine));
+    QCOMPARE(f.ui.shown.size(), 1);
+    QCOMPARE(f.ui.shown.first().icon, Interaction::Icon::Exclamation);
+    QCOMPARE(f.rows().mid(1), QStringList({u"1 1 f [nowhere/x] d/x"_qs}));
+}
+
+// Pair 2 of 3 lacks its destination: nothing is kept and pair 3 (whose source is missing too,
+// which would warn) is never scanned.
+void TestCompare::missingDestinationDropsEverything()
+{
+    Fixture f;
+    f.tree.file(u"s/x"_qs, "1", T0);
+    f.tree.dir(u"d"_qs);
+    f.addPair(u"s"_qs, u"d"_qs);
+    f.addPair(u"s"_qs, u"gone"_qs);
+    f.addPair(u"alsogone"_qs, u"d"_qs);
+    f.engine.CompareResults.resize(5);
+    QVERIFY(!Compare(f.engine));
+    QCOMPARE(f.engine.CompareResults.size(), size_t(1));
+    QCOMPARE(f.ui.shown.size(), 1);
+    QCOMPARE(f.engine.compareCounters, (std::array<int, 3>{}));
+}
+
+// An empty root text names no directory: it is reported, never read as "/".
+void TestCompare::emptyListAndEmptyRootText()
+{
+    Fixture f;
+    f.engine.CompareResults.resize(3);
+    QVERIFY(!Compare(f.engine));
+    QCOMPARE(f.ui.shown.size(), 1);
+    QCOMPARE(f.engine.CompareResults.size(), size_t(3));
+
+    f.tree.file(u"d/x"_qs, "1", T0);
+    f.addPair(QString(), u"d"_qs);
+    QVERIFY(Compare(f.engine));
+    QCOMPARE(f.ui.shown.size(), 2);
+    QVERIFY(f.engine.CompareRoots[0].isEmpty());
+    QCOMPARE(f.engine.CompareResults.size(), size_t(3));
+    QCOMPARE(f.engine.CompareResults[2].Path[0], QString());
+
+    f.engine.pairs[1].Source = f.tree.path(u"d"_qs);
+    f.engine.pairs[1].Destination.clear();
+    QVERIFY(!Compare(f.engine));
+    QCOMPARE(f.engine.CompareResults.size(), size_t(1));
+}
+
+// Linux lets one directory hold a.txt and A.TXT: each pairs only with its exact twin.
+void TestCompare::caseTwinsPairByExactName()
+{
+    Fixture f;
+    f.tree.file(u"s/a.txt"_qs, "1", T0);
+    f.tree.file(u"s/A.TXT"_qs, "2", T0);
+    f.tree.file(u"s/Only.txt"_qs, "3", T0);
+    f.tree.file(u"d/a.txt"_qs, "1", T0);
+    f.tree.file(u"d/A.txt"_qs, "9", T0);
+    f.tree.file(u"d/ONLY.TXT"_qs, "3", T0);
+    f.addPair(u"s"_qs, u"d"_qs);
+    QVERIFY(Compare(f.engine));
+    QCOMPARE(f.rows(), QStringList({u"0 1 d s d"_qs, u"-1 1 f s/A.TXT [d/A.TXT]"_qs,
+                                    u"1 1 f [s/A.txt] d/A.txt"_qs, u"0 0 f s/a.txt d/a.txt"_qs,
+                                    u"0 0 f s/Only.txt d/ONLY.TXT"_qs}));
+}
+
+void TestCompare::scanRules_data()
+{
+    QTest::addColumn<QString>("switches"); // letters of the switches that are on: u d h s f i
+    QTest::addColumn<QString>("includeFiles");
+    QTest::addColumn<QString>("excludeDirs");
+    QTest::addColumn<QStringList>("taken");
+
+    const QStringList all{u"Makefile"_qs, u"bin"_qs, u"bin/tool"_qs, u"notes.txt"_qs};
+    QTest::newRow("star takes names without dot") << u"u"_qs << u"*"_qs << QString() << all;
+    QTest::newRow("star-dot-star skips them")
+        << u"u"_qs << u"*.*"_qs << QString() << QStringList({u"bin"_qs, u"notes.txt"_qs});
+    QTest::newRow("no subdirectories")
+        << QString() << u"*"_qs << QString() << QStringList({u"Makefile"_qs, u"notes.txt"_qs});
+    QTest::newRow("excluded directory is not entered")
+        << u"u"_qs << u"*"_qs << u"B*"_qs << QStringList({u"Makefile"_qs, u"notes.txt"_qs});
+    QTest::newRow("hidden files and dot directories")
+        << u"uhdf"_qs << u"*"_qs << QString() << (all + QStringList{u".hidden"_qs});
+}
+
+// The source holds Makefile, notes.txt, bin/tool, .hidden, .svn/entries and a FIFO; the scan
+// takes what the switches and masks admit. Dot directories never count, whatever the switches.
+void TestCompare::scanRules()
+{
+    QFETCH(QString, switches);
+    QFETCH(QString, includeFiles);
+    QFETCH(QString, excludeDirs);
+    QFETCH(QStringList, taken);
+
+    Fixture f;
+    for (const char *n : {"s/Makefile", "s/notes.txt", "s/bin/tool", "s/.hidden", "s/.svn/entries"})
+        f.tree.file(QString::fromUtf8(n), "", T0);
+    QCOMPARE(::mkfifo(QFile::encodeName(f.tree.path(u"s/pipe"_qs)).constData(), 0600), 0);
+    f.tree.dir(u"d"_qs);
+    f.addPair(u"s"_qs, u"d"_qs);
+    DirPair &pair = f.engine.pairs[1];
+    pair.SubDirs = switches.contains(u'u');
+    pair.HiddenDirs = switches.contains(u'd');
+    pair.HiddenFiles = switches.contains(u'h');
+    pair.SysFiles = switches.contains(u'f');
+    pair.SysDirs = switches.contains(u'i');
+    pair.IncludeFiles = includeFiles;
+    pair.ExcludeDirs = excludeDirs;
+    QVERIFY(Compare(f.engine)); // a FIFO is listed, never opened: no hang
+
+    QStringList names;
+    for (const QString &row : f.rows().mid(1))
+        names << row.section(u' ', 3, 3).mid(2);
+    if (switches.contains(u'f')) {
+        QVERIFY(names.removeOne(u"pipe"_qs));
+        const auto &rows = f.engine.CompareResults;
+        QVERIFY(std::any_of(rows.begin(), rows.end(), [](const CompareEntry &r) {
+            return r.Name[0] == u"pipe" && (r.Attributes[0] & Attr::System);
+        }));
+    }
+    names.sort();
+    taken.sort();
+    QCOMPARE(names, taken);
+}
+
+// A link loop, a link to a directory, a name that is not UTF-8, a directory we may not read and
+// a vanished-looking broken link: the scan ends, follows nothing and loses no byte of a name.
+void TestCompare::hostileTrees()
+{
+    Fixture f;
+    f.tree.dir(u"s/loop"_qs);
+    f.tree.symlink(u"s/loop/again"_qs, "..");
+    f.tree.symlink(u"s/broken"_qs, "does-not-exist");
+    f.tree.file(u"s/closed/secret"_qs, "x", T0);
+    f.tree.setMode(u"s/closed"_qs, 0);
+    const QByteArray rawName("caf\xe9.txt");
+    const QByteArray rawPath = QFile::encodeName(f.tree.path(u"s/"_qs)) + rawName;
+    const int fd = ::open(rawPath.constData(), O_CREAT | O_WRONLY, 0644);
+    QVERIFY(fd >= 0);
+    ::close(fd);
+    f.tree.dir(u"d"_qs);
+    f.addPair(u"s"_qs, u"d"_qs);
+
+    QVERIFY(Compare(f.engine));
+    f.tree.setMode(u"s/closed"_qs, 0755);
+
+    QStringList kinds;
+    bool sawRaw = false;
+    for (const CompareEntry &row : f.engine.CompareResults) {
+        if (row.Name[0] == u"again" || row.Name[0] == u"broken")
+            kinds << row.Name[0] + u':' + QString::number(row.Attributes[0] & Attr::Reparse, 16);
+        if (toNative(row.Name[0]) == rawName)
+            sawRaw = toNative(row.Path[1] + row.Name[0]).endsWith(QByteArray("/d/" + rawName));
+    }
+    ::unlink(rawPath.constData()); // QTemporaryDir cannot name it
+    kinds.sort();
+    QCOMPARE(kinds, QStringList({u"again:400"_qs, u"broken:400"_qs}));
+    QVERIFY(sawRaw);
+    if (::geteuid() != 0) {
+        const QStringList rows = f.rows();
+        QVERIFY(rows.contains(u"-1 1 d s/closed [d/closed]"_qs));
+        QVERIFY(!rows.contains(u"-1 1 f s/closed/secret [d/closed/secret]"_qs));
+    }
+}
+
+QTEST_GUILESS_MAIN(TestCompare)
+#include "tst_compare.moc"
