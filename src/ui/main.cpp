@@ -1,6 +1,8 @@
 #include <QApplication>
 
+#include "core/engine.h"
 #include "ui/frmmain.h"
+#include "ui/guiinteraction.h"
 
 int main(int argc, char *argv[])
 {
@@ -8,7 +10,10 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("Duomir"));
     QApplication::setApplicationVersion(QStringLiteral(DUOMIR_VERSION));
 
-    duomir::frmMain window;
+    duomir::GuiInteraction gui;
+    duomir::Engine engine(gui);
+    duomir::frmMain window(engine);
+    window.localize();
     window.show();
     return QApplication::exec();
 }

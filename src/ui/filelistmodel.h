@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QFont>
+#include <QIcon>
+#include <QLocale>
+#include <QStringList>
+#include <vector>
+
+namespace duomir {
+
+class Engine;
+
+// The file list flexFiles: reads Engine::VisibleRows directly (row r is visible row r + 1) and
+// writes a check mark through to the same entry of CompareResults, which synchronization reads.
+// Nothing is stored per row except the sort order and that index mapping, so a million rows cost
+// two int vectors.
+class FileListModel : public QAbstractTableModel
+{
+    Q_OBJECT
+
+public:
+    enum Column {
+        MarkedColumn,
+        NameColumn,
+        SourceSizeColumn,
+        SourceDateColumn,
+        StateColumn,
+        DestinationSizeColumn,
+        DestinationDateColumn,
+        ColumnCount
+    };
+
+    explicit FileListModel(Engine &engine, QObject *parent = nullptr);
+
+    // Call after VisibleRows was rebuilt; drops any sort order.
+    void reload();
+    // Headings in column order, split at "|"; empty parts keep the built-in ones.
+    void setHeadings(const QString &headings);
+
+    // The VisibleRows index shown in a model row, and the CompareResults index of that entry
+    // (0 when it cannot be told).
+    int visibleIndex(int row) const;
+    int resultIndex(int row) const;
+
+    // Sets every shown row's check mark to `marked` (the header check box).
+    void markAll(bool marked);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    bool setData(const QModelIndex &index, const QVariant &value, int role) override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    void sort(int column, Qt::SortOrder order) override;
+
+    // Days since 1899-12-30 as the user's locale writes a short date and time.
+    static QString formatDate(double days, const QLocale &locale);
+
+private:
+    void mapToResults();
+    void setMarked(int row, bool marked);
+
+    Engine *m_engine;
+    std::vector<int> m_order;       // model row -> visible index; empty = natural order
+    std::vector<int> m_resultIndex; // visible index -> CompareResults index (0 = unknown)
+    QStringList m_headings;
+    QLocale m_locale;
+    QFont m_directoryFont;
+    QIcon m_toDestination;
+    QIcon m_toSource;
+    QIcon m_identical;
+    QIcon m_folder;
+};
+
+} // namespace duomir
