@@ -12,12 +12,6 @@ namespace duomir {
 
 namespace {
 
-bool sameEntry(const CompareEntry &a, const CompareEntry &b)
-{
-    return a.Name[0] == b.Name[0] && a.Name[1] == b.Name[1] && a.Path[0] == b.Path[0] &&
-           a.Path[1] == b.Path[1];
-}
-
 // The text a row is known by: a file's name (either side), a directory's own path.
 const QString &rowName(const CompareEntry &e)
 {
@@ -51,14 +45,12 @@ FileListModel::FileListModel(Engine &engine, QObject *parent)
                   QStringLiteral("Destination"),
                   QStringLiteral("Modified")};
     m_directoryFont.setBold(true);
-    mapToResults();
 }
 
 void FileListModel::reload()
 {
     beginResetModel();
     m_order.clear();
-    mapToResults();
     endResetModel();
 }
 
@@ -72,25 +64,6 @@ void FileListModel::setHeadings(const QString &headings)
     Q_EMIT headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
 }
 
-// VisibleRows is an ordered selection of CompareResults; one merge walk finds each row's origin so
-// that a check mark reaches the array that synchronization reads.
-void FileListModel::mapToResults()
-{
-    const CompareArray &visible = m_engine->VisibleRows;
-    const CompareArray &results = m_engine->CompareResults;
-    m_resultIndex.assign(visible.size(), 0);
-    size_t j = 1;
-    for (size_t i = 1; i < visible.size(); ++i) {
-        size_t k = j;
-        while (k < results.size() && !sameEntry(visible[i], results[k]))
-            ++k;
-        if (k == results.size())
-            continue; // not found: leave unknown and keep looking from the same place
-        m_resultIndex[i] = static_cast<int>(k);
-        j = k + 1;
-    }
-}
-
 int FileListModel::visibleIndex(int row) const
 {
     if (row < 0 || row >= rowCount())
@@ -101,9 +74,7 @@ int FileListModel::visibleIndex(int row) const
 int FileListModel::resultIndex(int row) const
 {
     const int v = visibleIndex(row);
-    return v > 0 && static_cast<size_t>(v) < m_resultIndex.size()
-               ? m_resultIndex[static_cast<size_t>(v)]
-               : 0;
+    return v > 0 ? m_engine->VisibleRows[static_cast<size_t>(v)] : 0;
 }
 
 void FileListModel::setMarked(int row, bool marked)
@@ -111,9 +82,7 @@ void FileListModel::setMarked(int row, bool marked)
     const int v = visibleIndex(row);
     if (v <= 0)
         return;
-    m_engine->VisibleRows[static_cast<size_t>(v)].Marked = marked;
-    if (const int r = resultIndex(row); r > 0)
-        m_engine->CompareResults[static_cast<size_t>(r)].Marked = marked;
+    m_engine->visibleRow(v).Marked = marked;
 }
 
 void FileListModel::markAll(bool marked)
@@ -151,7 +120,7 @@ QVariant FileListModel::data(const QModelIndex &index, int role) const
     const int v = visibleIndex(index.row());
     if (v <= 0)
         return {};
-    const CompareEntry &e = m_engine->VisibleRows[static_cast<size_t>(v)];
+    const CompareEntry &e = m_engine->visibleRow(v);
     const int column = index.column();
 
     if (role == Qt::CheckStateRole)
@@ -238,7 +207,7 @@ QVariant FileListModel::headerData(int section, Qt::Orientation orientation, int
 
 void FileListModel::sort(int column, Qt::SortOrder order)
 {
-    const CompareArray &rows = m_engine->VisibleRows;
+    const Engine &engine = *m_engine;
     const int count = rowCount();
     Q_EMIT layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
     const QModelIndexList before = persistentIndexList();
@@ -250,8 +219,8 @@ void FileListModel::sort(int column, Qt::SortOrder order)
     std::sort(newOrder.begin(), newOrder.end());
     const auto byKey = [&](auto key) {
         std::stable_sort(newOrder.begin(), newOrder.end(), [&](int a, int b) {
-            const auto ka = key(rows[static_cast<size_t>(a)]);
-            const auto kb = key(rows[static_cast<size_t>(b)]);
+            const auto ka = key(engine.visibleRow(a));
+            const auto kb = key(engine.visibleRow(b));
             return order == Qt::AscendingOrder ? ka < kb : kb < ka;
         });
     };
@@ -264,9 +233,9 @@ void FileListModel::sort(int column, Qt::SortOrder order)
         break;
     case NameColumn: {
         // Folding every name once makes each comparison a plain code-unit compare.
-        std::vector<QString> keys(rows.size());
+        std::vector<QString> keys(engine.VisibleRows.size());
         for (const int v : newOrder)
-            keys[static_cast<size_t>(v)] = rowName(rows[static_cast<size_t>(v)]).toCaseFolded();
+            keys[static_cast<size_t>(v)] = rowName(engine.visibleRow(v)).toCaseFolded();
         std::stable_sort(newOrder.begin(), newOrder.end(), [&](int a, int b) {
             const QString &ka = keys[static_cast<size_t>(a)];
             const QString &kb = keys[static_cast<size_t>(b)];
@@ -294,7 +263,7 @@ void FileListModel::sort(int column, Qt::SortOrder order)
     m_order = std::move(newOrder);
 
     // Keep selections and the current row on the same entries.
-    std::vector<int> rowOfVisible(rows.size(), -1);
+    std::vector<int> rowOfVisible(engine.VisibleRows.size(), -1);
     for (int r = 0; r < count; ++r)
         rowOfVisible[static_cast<size_t>(m_order[static_cast<size_t>(r)])] = r;
     QModelIndexList after;

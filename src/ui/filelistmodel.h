@@ -58,12 +58,10 @@ public:
     static QString formatDate(double days, const QLocale &locale);
 
 private:
-    void mapToResults();
     void setMarked(int row, bool marked);
 
     Engine *m_engine;
-    std::vector<int> m_order;       // model row -> visible index; empty = natural order
-    std::vector<int> m_resultIndex; // visible index -> CompareResults index (0 = unknown)
+    std::vector<int> m_order; // model row -> visible index; empty = natural order
     QStringList m_headings;
     QLocale m_locale;
     QFont m_directoryFont;
