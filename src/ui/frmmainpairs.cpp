@@ -255,7 +255,7 @@ void frmMain::mnuPop1_Load_Click()
     LoadProfile();
 }
 
-void frmMain::LoadProfile()
+bool frmMain::LoadProfile()
 {
     bool loaded = false;
     {
@@ -270,12 +270,13 @@ void frmMain::LoadProfile()
     applyToolbarsFromEngine();
     if (!loaded) {
         updatePairButtons();
-        return;
+        return false;
     }
     setCurrentSlot(m_engine->pairs.count());
     runCompare();
     updateCaption();
     m_engine->ProfileModified = false;
+    return true;
 }
 
 } // namespace duomir
