@@ -43,8 +43,7 @@ bool Compare(Engine &engine, int *unlistedRoots)
         return false;
     }
     Interaction &ui = engine.ui();
-    CompareArray().swap(engine.CompareResults);
-    engine.CompareResults.emplace_back();
+    engine.resetCompareResults();
     engine.compareCounters = {};
 
     bool ok = true;
@@ -72,8 +71,7 @@ bool Compare(Engine &engine, int *unlistedRoots)
             ++unlisted;
             warn(engine, 807, {engine.CompareRoots[1]});
             resetScan(engine.SourceFiles);
-            CompareArray().swap(engine.CompareResults);
-            engine.CompareResults.emplace_back();
+            engine.resetCompareResults();
             ok = false;
             break;
         }

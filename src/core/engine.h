@@ -85,6 +85,12 @@ public:
     FilterState filter;
     RowIndexArray VisibleRows = RowIndexArray(1, 0);
     RowCounts visibleCounts;
+    // Empties the comparison result and, with it, the visible rows that point into it.
+    void resetCompareResults()
+    {
+        CompareArray(1).swap(CompareResults);
+        RowIndexArray(1, 0).swap(VisibleRows);
+    }
     int visibleCount() const { return static_cast<int>(VisibleRows.size()) - 1; }
     CompareEntry &visibleRow(int r)
     {

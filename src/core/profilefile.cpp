@@ -29,7 +29,7 @@ int filterValue(int value, int highest)
 
 } // namespace
 
-bool LoadProfile(Engine &engine, int *unlistedRoots)
+bool ReadProfile(Engine &engine)
 {
     engine.pairs.clear();
     engine.SourceFiles.assign(1, FileEntry());
@@ -77,7 +77,13 @@ bool LoadProfile(Engine &engine, int *unlistedRoots)
         pair.ExcludeFiles = readText(u"EF");
         engine.pairs.append(pair);
     }
+    return true;
+}
 
+bool LoadProfile(Engine &engine, int *unlistedRoots)
+{
+    if (!ReadProfile(engine))
+        return false;
     Compare(engine, unlistedRoots);
     engine.ProfileModified = false;
     return true;

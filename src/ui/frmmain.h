@@ -38,7 +38,8 @@ public:
     void localize();
     void setBaseCaption(const QString &caption);
     QString baseCaption() const { return m_baseCaption; }
-    void LoadProfile();
+    // Loads ProfilePath and compares; false when it could not be loaded (already reported).
+    bool LoadProfile();
     bool runCompare();
     void runSynchronize() { cmdSynch_Click(); }
     // Asked before the window closes: offers to save a modified list; false keeps the program

@@ -54,11 +54,6 @@ void frmMain::showCompareResult(bool compared)
 
 void frmMain::refreshFileList()
 {
-    // A failed Compare or Load drops the results; rows that named them must not stay listed.
-    if (m_engine->CompareResults.size() <= 1 && m_engine->VisibleRows.size() > 1) {
-        m_engine->VisibleRows.assign(1, 0);
-        m_engine->visibleCounts = {};
-    }
     m_fileHeader->setSortIndicatorShown(false);
     m_fileModel->reload();
     m_tbar[2]->setEnabled(m_engine->filter.FileFilter != 4);

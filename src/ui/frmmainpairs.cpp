@@ -258,15 +258,12 @@ void frmMain::mnuPop1_Load_Click()
     LoadProfile();
 }
 
-void frmMain::LoadProfile()
+bool frmMain::LoadProfile()
 {
     bool loaded = false;
     {
         const MousePointer busy;
-        m_cmdCompare->setEnabled(false);
-        // Loading ends with a Compare of the new list.
-        loaded = duomir::LoadProfile(*m_engine);
-        m_cmdCompare->setEnabled(true);
+        loaded = ReadProfile(*m_engine);
     }
     m_fileHeader->setChecked(m_engine->MarkAll);
     m_pairModel->reload();
@@ -277,11 +274,13 @@ void frmMain::LoadProfile()
     if (!loaded) {
         greyFileList();
         refreshFileList();
-        return;
+        return false;
     }
-    showCompareResult(m_engine->CompareResults.size() > 1);
+    // Loading ends with a Compare of the new list, shown as any other Compare.
+    runCompare();
     updateCaption();
     m_engine->ProfileModified = false;
+    return true;
 }
 
 } // namespace duomir

@@ -99,14 +99,10 @@ bool isMessageKey(const QString &key)
 {
     bool numeric = false;
     const int n = key.toInt(&numeric);
-    // Control identifiers may carry a tool tip; everything else is a message. The main window's
-    // controls are 1000-1999 (its messages sit below 1000), each dialog's are the first 800 numbers
-    // of its block of 10000 (its messages start at the block + 800).
-    if (!numeric)
-        return true;
-    if (n >= 1000 && n <= 9999)
-        return false;
-    return n < 10000 || n % 10000 >= 800;
+    // Control identifiers may carry a tool tip: the main window's 1000-9999 and the first 800
+    // numbers of each dialog's block of 10000; everything else is a message.
+    const bool control = (n >= 1000 && n <= 9999) || (n >= 10000 && n % 10000 < 800);
+    return !numeric || !control;
 }
 
 // Every message the program shows, with the parameters its caller passes.
