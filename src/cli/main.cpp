@@ -5,6 +5,7 @@
 
 #include "cli/commands.h"
 #include "core/platform/nativename.h"
+#include <malloc.h>
 
 namespace {
 
@@ -44,6 +45,11 @@ int main(int argc, char *argv[])
     for (int i = 1; i < argc; ++i)
         args << duomir::fromNative(argv[i], std::strlen(argv[i]));
 
+#ifdef __GLIBC__
+    // Large arrays (scans, key tables, rows) get pages of their own and give them back when freed,
+    // instead of staying in the heap after glibc raises its threshold past them.
+    mallopt(M_MMAP_THRESHOLD, 1 << 20);
+#endif
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("duomir-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(DUOMIR_VERSION));

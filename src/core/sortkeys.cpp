@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "core/casefold.h"
@@ -82,10 +83,13 @@ public:
                 ++total;
             }
         }
-        m_bytes.resize(narrow ? total : total * 2);
+        const std::size_t bytes = narrow ? total : total * 2;
+        if (bytes > std::numeric_limits<std::uint32_t>::max())
+            return; // not usable(); the caller sorts without the table
+        m_bytes.resize(bytes);
         unsigned char *out = m_bytes.data();
         for (std::size_t k = 0; k < count; ++k) {
-            m_begin[k] = static_cast<std::size_t>(out - m_bytes.data());
+            m_begin[k] = static_cast<std::uint32_t>(out - m_bytes.data());
             KeyCursor c(entries[first + k], offset);
             for (int u = c.next(); u >= 0; u = c.next()) {
                 if (!narrow)
@@ -93,8 +97,12 @@ public:
                 *out++ = static_cast<unsigned char>(u);
             }
         }
-        m_begin[count] = m_bytes.size();
+        m_begin[count] = static_cast<std::uint32_t>(m_bytes.size());
+        m_usable = true;
     }
+
+    // False when the keys are too long for 32-bit offsets (billions of units).
+    bool usable() const { return m_usable; }
 
     int compare(std::uint32_t a, std::uint32_t b) const
     {
@@ -109,7 +117,8 @@ public:
 
 private:
     std::vector<unsigned char> m_bytes;
-    std::vector<std::size_t> m_begin; // key k is [m_begin[k], m_begin[k + 1])
+    std::vector<std::uint32_t> m_begin; // key k is [m_begin[k], m_begin[k + 1])
+    bool m_usable = false;
 };
 
 // Moves entries[first + k] to the place that `order` gives it: position k receives the entry
@@ -219,6 +228,11 @@ void SortEntries(FileArray &entries, qsizetype low, qsizetype high, const SortKe
     // Deriving keys inside the comparison costs a walk over Path and Name per comparison; one
     // flat table of keys, freed again before this returns, turns every comparison into a memcmp.
     const KeyTable table(entries, first, count, keys.offset());
+    if (!table.usable()) {
+        std::sort(entries.begin() + low, entries.begin() + high + 1,
+                  [&keys](const FileEntry &a, const FileEntry &b) { return keys.less(a, b); });
+        return;
+    }
     std::vector<std::uint32_t> order(count);
     for (std::uint32_t k = 0; k < count; ++k)
         order[k] = k;
