@@ -1,8 +1,11 @@
 #include <QCoreApplication>
 #include <QTextStream>
 #include <cstdio>
+#include <cstring>
 
 #include "cli/commands.h"
+#include "core/platform/nativename.h"
+#include <malloc.h>
 
 namespace {
 
@@ -36,11 +39,21 @@ Options:
 
 int main(int argc, char *argv[])
 {
+    // Arguments are bytes like the file names they carry: decode them the way names are decoded,
+    // so a path that is not valid UTF-8 reaches the file system unchanged.
+    QStringList args;
+    for (int i = 1; i < argc; ++i)
+        args << duomir::fromNative(argv[i], std::strlen(argv[i]));
+
+#ifdef __GLIBC__
+    // Large arrays (scans, key tables, rows) get pages of their own and give them back when freed,
+    // instead of staying in the heap after glibc raises its threshold past them.
+    mallopt(M_MMAP_THRESHOLD, 1 << 20);
+#endif
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("duomir-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(DUOMIR_VERSION));
 
-    const QStringList args = QCoreApplication::arguments().mid(1);
     if (args.isEmpty() || args.first() == u"--help" || args.first() == u"-h") {
         std::fputs(usage, args.isEmpty() ? stderr : stdout);
         return args.isEmpty() ? duomir::cli::ExitUsage : duomir::cli::ExitOk;

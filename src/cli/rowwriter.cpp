@@ -1,5 +1,6 @@
 #include "cli/rowwriter.h"
 
+#include <charconv>
 #include <cmath>
 
 #include "core/platform/nativename.h"
@@ -13,8 +14,8 @@ constexpr qsizetype FlushAt = 1 << 16;
 void appendNumber(QByteArray &out, std::int64_t v)
 {
     char buf[24];
-    const int n = std::snprintf(buf, sizeof buf, "%lld", static_cast<long long>(v));
-    out.append(buf, n);
+    const auto result = std::to_chars(buf, buf + sizeof buf, v);
+    out.append(buf, result.ptr - buf);
 }
 
 void appendTwo(QByteArray &out, int v)
@@ -45,9 +46,15 @@ void appendDate(QByteArray &out, Date value)
     const unsigned d = doy - (153 * mp + 2) / 5 + 1;
     const unsigned m = mp < 10 ? mp + 3 : mp - 9;
     const std::int64_t y = static_cast<std::int64_t>(yoe) + era * 400 + (m <= 2 ? 1 : 0);
-    char buf[32];
-    const int n = std::snprintf(buf, sizeof buf, "%04lld-", static_cast<long long>(y));
-    out.append(buf, n);
+    if (y >= 0 && y <= 9999) {
+        appendTwo(out, static_cast<int>(y / 100));
+        appendTwo(out, static_cast<int>(y % 100));
+        out.append('-');
+    } else {
+        char buf[32];
+        const int n = std::snprintf(buf, sizeof buf, "%04lld-", static_cast<long long>(y));
+        out.append(buf, n);
+    }
     appendTwo(out, static_cast<int>(m));
     out.append('-');
     appendTwo(out, static_cast<int>(d));

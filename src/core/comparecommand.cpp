@@ -1,5 +1,9 @@
 #include "core/comparecommand.h"
 
+#include <chrono>
+#include <future>
+#include <system_error>
+
 #include "core/engine.h"
 #include "core/filters.h"
 #include "core/interaction.h"
@@ -18,6 +22,9 @@ QString compareRoot(const QString &pairText)
 }
 
 namespace {
+
+// How often the calling thread lets events run while it waits for the other side's scan.
+constexpr std::chrono::milliseconds YieldInterval{10};
 
 void warn(Engine &engine, int key, const QStringList &params = {})
 {
@@ -58,16 +65,37 @@ bool Compare(Engine &engine, int *unlistedRoots)
         const MaskSet directoryMasks = MaskSet::fromTexts(pair.IncludeDirs, pair.ExcludeDirs);
         const MaskSet fileMasks = MaskSet::fromTexts(pair.IncludeFiles, pair.ExcludeFiles);
 
+        // Both sides are listed at once: the destination on a worker thread into an array of
+        // its own, the source here, where the scanner keeps yielding to the message loop. Only
+        // this thread talks to the person, so 806 and 807 keep their order.
         resetScan(engine.SourceFiles);
-        if (ScanDirectory(engine.CompareRoots[0], directoryMasks, fileMasks, pair,
-                          engine.SourceFiles, &ui)) {
+        resetScan(engine.DestinationFiles);
+        const int utcOffset = currentUtcOffset();
+        FileArray destination;
+        auto scanDestination = [&, root = engine.CompareRoots[1]] {
+            return ScanDirectory(root, directoryMasks, fileMasks, pair, destination, nullptr,
+                                 utcOffset);
+        };
+        std::future<bool> destinationScan;
+        try {
+            destinationScan = std::async(std::launch::async, scanDestination);
+        } catch (const std::system_error &) {
+            // No thread to be had: the scan runs here when its result is asked for.
+            destinationScan = std::async(std::launch::deferred, scanDestination);
+        }
+        const bool sourceFailed = ScanDirectory(engine.CompareRoots[0], directoryMasks, fileMasks,
+                                                pair, engine.SourceFiles, &ui, utcOffset);
+        if (sourceFailed) {
             ++unlisted;
             warn(engine, 806, {engine.CompareRoots[0]});
         }
+        while (destinationScan.wait_for(YieldInterval) == std::future_status::timeout)
+            ui.yieldEvents();
+        const bool destinationFailed = destinationScan.get();
+        engine.DestinationFiles.swap(destination);
+        FileArray().swap(destination);
 
-        resetScan(engine.DestinationFiles);
-        if (ScanDirectory(engine.CompareRoots[1], directoryMasks, fileMasks, pair,
-                          engine.DestinationFiles, &ui)) {
+        if (destinationFailed) {
             ++unlisted;
             warn(engine, 807, {engine.CompareRoots[1]});
             resetScan(engine.SourceFiles);

@@ -1,10 +1,43 @@
 #include "core/merge.h"
 
 #include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "core/platform/freememory.h"
 
 namespace duomir {
 
 namespace {
+
+// Entries consumed between two hand-backs of the memory they held.
+constexpr qsizetype ReleaseEvery = 1 << 15;
+
+// Whether a default FileEntry is all zero bytes (null strings, zero numbers), which lets the
+// memory of spent entries go back to the system without changing what the array holds.
+bool defaultEntryIsZero()
+{
+    alignas(FileEntry) unsigned char bytes[sizeof(FileEntry)];
+    std::memset(bytes, 0xFF, sizeof bytes);
+    const FileEntry *e = new (bytes) FileEntry();
+    bool zero = true;
+    for (unsigned char b : bytes)
+        zero = zero && b == 0;
+    e->~FileEntry();
+    return zero;
+}
+
+// Entries [from, to) of a scan have been merged: their strings are let go and their pages, now
+// all zero, are handed back, so the scans shrink as the rows grow. `from` moves on to `to`.
+void releaseSpent(FileArray &entries, qsizetype &from, qsizetype to)
+{
+    static const bool zero = defaultEntryIsZero();
+    for (qsizetype k = from; k < to; ++k)
+        entries[static_cast<std::size_t>(k)] = FileEntry();
+    if (zero && to > 0)
+        releaseZeroPages(entries.data(), entries.data() + to);
+    from = to;
+}
 
 class Merger
 {
@@ -23,9 +56,9 @@ private:
         return n;
     }
 
-    void matched(const FileEntry &s, const FileEntry &d);
-    void sourceOnly(const FileEntry &s);
-    void destinationOnly(const FileEntry &d);
+    void matched(FileEntry &s, FileEntry &d);
+    void sourceOnly(FileEntry &s);
+    void destinationOnly(FileEntry &d);
     // The path of `present` under the other side's root (the side's own root cut off).
     QString derivedPath(const FileEntry &present, int presentSide);
 
@@ -45,19 +78,32 @@ QString Merger::derivedPath(const FileEntry &present, int presentSide)
         return m_lastDerived;
     const QString &ownRoot = m_in.roots[static_cast<size_t>(presentSide)];
     const QString &otherRoot = m_in.roots[static_cast<size_t>(1 - presentSide)];
+    // A side without a root (an empty pair text) has no place for anything: deriving from it
+    // would give a relative path, which a copy would resolve against the working directory.
     m_lastDerived =
-        otherRoot + QStringView(present.Path).mid(std::min(ownRoot.size(), present.Path.size()));
+        otherRoot.isEmpty()
+            ? QString()
+            : otherRoot +
+                  QStringView(present.Path).mid(std::min(ownRoot.size(), present.Path.size()));
     m_lastPresent = present.Path.constData();
     m_lastPresentSize = present.Path.size();
     m_lastSide = presentSide;
     return m_lastDerived;
 }
 
-void Merger::matched(const FileEntry &s, const FileEntry &d)
+void Merger::matched(FileEntry &s, FileEntry &d)
 {
     CompareEntry &row = m_out.emplace_back();
     row.Path = {s.Path, d.Path};
-    row.Name = {s.Name, d.Name};
+    // Most matched names are equal on both sides: one string then serves both, and the other
+    // is released at once.
+    row.Name[0] = std::move(s.Name);
+    if (d.Name == row.Name[0]) {
+        row.Name[1] = row.Name[0];
+        d.Name = QString();
+    } else {
+        row.Name[1] = std::move(d.Name);
+    }
     row.Attributes = {s.Attributes, d.Attributes};
     row.Modified = {s.Modified, d.Modified};
     row.Size = {s.Size, d.Size};
@@ -78,11 +124,11 @@ void Merger::matched(const FileEntry &s, const FileEntry &d)
         row.Marked = m_in.markAll;
 }
 
-void Merger::sourceOnly(const FileEntry &s)
+void Merger::sourceOnly(FileEntry &s)
 {
     CompareEntry &row = m_out.emplace_back();
     row.Path = {s.Path, derivedPath(s, 0)};
-    row.Name[0] = s.Name;
+    row.Name[0] = std::move(s.Name);
     row.Attributes = {s.Attributes, s.Attributes};
     row.Modified[0] = s.Modified;
     row.Size[0] = s.Size;
@@ -91,11 +137,11 @@ void Merger::sourceOnly(const FileEntry &s)
     row.Marked = m_in.markAll;
 }
 
-void Merger::destinationOnly(const FileEntry &d)
+void Merger::destinationOnly(FileEntry &d)
 {
     CompareEntry &row = m_out.emplace_back();
     row.Path = {derivedPath(d, 1), d.Path};
-    row.Name[1] = d.Name;
+    row.Name[1] = std::move(d.Name);
     row.Attributes = {d.Attributes, d.Attributes};
     row.Modified[1] = d.Modified;
     row.Size[1] = d.Size;
@@ -106,8 +152,8 @@ void Merger::destinationOnly(const FileEntry &d)
 
 void Merger::run()
 {
-    const FileArray &src = m_in.source;
-    const FileArray &dst = m_in.destination;
+    FileArray &src = m_in.source;
+    FileArray &dst = m_in.destination;
     const qsizetype ns = static_cast<qsizetype>(src.size());
     const qsizetype nd = static_cast<qsizetype>(dst.size());
     // Address space only: untouched capacity costs no memory, and the rows never move again.
@@ -117,7 +163,13 @@ void Merger::run()
 
     qsizetype i = 0;
     qsizetype j = 0;
+    qsizetype releasedI = 0;
+    qsizetype releasedJ = 0;
     while (i < ns || j < nd) {
+        if (i - releasedI + j - releasedJ >= ReleaseEvery) {
+            releaseSpent(src, releasedI, i);
+            releaseSpent(dst, releasedJ, j);
+        }
         int c;
         if (i >= ns)
             c = 1;

@@ -8,11 +8,13 @@
 
 namespace duomir {
 
-// What one merge needs besides the two sorted scans.
+// What one merge needs besides the two sorted scans. The merge moves every name out of the scans
+// into the rows (a destination name equal to its source name is dropped for the source's), so
+// the scans are spent afterwards.
 struct MergeInput
 {
-    const FileArray &source;
-    const FileArray &destination;
+    FileArray &source;
+    FileArray &destination;
     SortKeys sourceKeys;
     SortKeys destinationKeys;
     std::array<QString, 2> roots; // CompareRoots: each side's root with its final separator

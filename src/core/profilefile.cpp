@@ -93,6 +93,7 @@ bool SaveProfile(Engine &engine, const QString &path)
 {
     engine.ProfilePath = path;
     IniFile file(path);
+    file.beginBatch();
     bool ok = true;
     auto write = [&](const QString &section, const char16_t *key, const QString &value) {
         ok = file.writeString(section, QString::fromUtf16(key), text(value)) && ok;
@@ -121,6 +122,7 @@ bool SaveProfile(Engine &engine, const QString &path)
         write(section, u"IF", pair.IncludeFiles);
         write(section, u"EF", pair.ExcludeFiles);
     }
+    ok = file.endBatch() && ok;
     engine.ProfileModified = false;
     return ok;
 }

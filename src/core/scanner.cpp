@@ -30,9 +30,9 @@ class Scanner
 {
 public:
     Scanner(const MaskSet &directoryMasks, const MaskSet &fileMasks, const DirPair &flags,
-            FileArray &entries, Interaction *ui)
+            FileArray &entries, Interaction *ui, int utcOffset)
         : m_directoryMasks(directoryMasks), m_fileMasks(fileMasks), m_flags(flags),
-          m_entries(entries), m_ui(ui), m_utcOffset(currentUtcOffset())
+          m_entries(entries), m_ui(ui), m_utcOffset(utcOffset)
     {}
 
     bool scanRoot(const QString &directory);
@@ -121,7 +121,15 @@ bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
                    const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
                    Interaction *ui)
 {
-    Scanner scanner(directoryMasks, fileMasks, flags, entries, ui);
+    return ScanDirectory(directory, directoryMasks, fileMasks, flags, entries, ui,
+                         currentUtcOffset());
+}
+
+bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
+                   const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
+                   Interaction *ui, int utcOffset)
+{
+    Scanner scanner(directoryMasks, fileMasks, flags, entries, ui, utcOffset);
     return scanner.scanRoot(directory);
 }
 

@@ -31,5 +31,11 @@ Date FileTimeToDate(std::int64_t seconds, int utcOffset);
 bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
                    const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
                    Interaction *ui = nullptr);
+// The same with the time-zone offset fixed by the caller, so that scans on several threads share
+// one offset and never ask for the local time zone concurrently. Touches nothing but its
+// arguments; `ui` null gives a scan that may run on any thread.
+bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
+                   const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
+                   Interaction *ui, int utcOffset);
 
 } // namespace duomir

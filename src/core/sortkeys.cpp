@@ -1,6 +1,10 @@
 #include "core/sortkeys.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <vector>
 
 #include "core/casefold.h"
 
@@ -62,6 +66,86 @@ private:
     int m_phase = 0;
 };
 
+// The keys of a run of entries, built once. Units are stored big-endian, one byte each when every
+// unit of the run fits in one, so that memcmp orders them as 16-bit code units.
+class KeyTable
+{
+public:
+    KeyTable(const FileArray &entries, std::size_t first, std::size_t count, qsizetype offset)
+        : m_begin(count + 1)
+    {
+        std::size_t total = 0;
+        bool narrow = true;
+        for (std::size_t k = 0; k < count; ++k) {
+            KeyCursor c(entries[first + k], offset);
+            for (int u = c.next(); u >= 0; u = c.next()) {
+                narrow = narrow && u < 0x100;
+                ++total;
+            }
+        }
+        const std::size_t bytes = narrow ? total : total * 2;
+        if (bytes > std::numeric_limits<std::uint32_t>::max())
+            return; // not usable(); the caller sorts without the table
+        m_bytes.resize(bytes);
+        unsigned char *out = m_bytes.data();
+        for (std::size_t k = 0; k < count; ++k) {
+            m_begin[k] = static_cast<std::uint32_t>(out - m_bytes.data());
+            KeyCursor c(entries[first + k], offset);
+            for (int u = c.next(); u >= 0; u = c.next()) {
+                if (!narrow)
+                    *out++ = static_cast<unsigned char>(u >> 8);
+                *out++ = static_cast<unsigned char>(u);
+            }
+        }
+        m_begin[count] = static_cast<std::uint32_t>(m_bytes.size());
+        m_usable = true;
+    }
+
+    // False when the keys are too long for 32-bit offsets (billions of units).
+    bool usable() const { return m_usable; }
+
+    int compare(std::uint32_t a, std::uint32_t b) const
+    {
+        const std::size_t la = m_begin[a + 1] - m_begin[a];
+        const std::size_t lb = m_begin[b + 1] - m_begin[b];
+        const int c =
+            std::memcmp(m_bytes.data() + m_begin[a], m_bytes.data() + m_begin[b], std::min(la, lb));
+        if (c != 0)
+            return c;
+        return la == lb ? 0 : (la < lb ? -1 : 1);
+    }
+
+private:
+    std::vector<unsigned char> m_bytes;
+    std::vector<std::uint32_t> m_begin; // key k is [m_begin[k], m_begin[k + 1])
+    bool m_usable = false;
+};
+
+// Moves entries[first + k] to the place that `order` gives it: position k receives the entry
+// that was at first + order[k]. Follows each cycle once, so no second array of entries is needed.
+void permute(FileArray &entries, std::size_t first, std::vector<std::uint32_t> &order)
+{
+    constexpr std::uint32_t done = static_cast<std::uint32_t>(-1);
+    for (std::size_t start = 0; start < order.size(); ++start) {
+        if (order[start] == done || order[start] == start) {
+            order[start] = done;
+            continue;
+        }
+        FileEntry held = std::move(entries[first + start]);
+        std::size_t k = start;
+        while (true) {
+            const std::size_t from = order[k];
+            order[k] = done;
+            if (from == start) {
+                entries[first + k] = std::move(held);
+                break;
+            }
+            entries[first + k] = std::move(entries[first + from]);
+            k = from;
+        }
+    }
+}
+
 int compareUpper(const QString &a, const QString &b)
 {
     const char16_t *p = units(a);
@@ -94,10 +178,16 @@ QString SortKeys::text(const FileEntry &entry) const
 
 int SortKeys::compare(const FileEntry &a, const SortKeys &other, const FileEntry &b) const
 {
-    // Files of one directory on one side share their Path: only the names differ.
-    if (a.Path.constData() == b.Path.constData() && a.Path.size() == b.Path.size() &&
-        m_offset == other.m_offset && !a.isDirectory() && !b.isDirectory())
-        return compareUpper(a.Name, b.Name);
+    // Two files in the same directory below their roots (one side's files share their Path; the
+    // merge meets the same directory on both sides): only the names differ.
+    if (!a.isDirectory() && !b.isDirectory()) {
+        const QStringView ra = QStringView(a.Path).mid(std::min(m_offset, a.Path.size()));
+        const QStringView rb = QStringView(b.Path).mid(std::min(other.m_offset, b.Path.size()));
+        if (ra.size() == rb.size() &&
+            (ra.data() == rb.data() ||
+             std::memcmp(ra.data(), rb.data(), static_cast<std::size_t>(ra.size()) * 2) == 0))
+            return compareUpper(a.Name, b.Name);
+    }
     KeyCursor x(a, m_offset);
     KeyCursor y(b, other.m_offset);
     while (true) {
@@ -132,8 +222,27 @@ void SortEntries(FileArray &entries, qsizetype low, qsizetype high, const SortKe
 {
     if (low < 0 || high >= static_cast<qsizetype>(entries.size()) || low >= high)
         return;
-    std::sort(entries.begin() + low, entries.begin() + high + 1,
-              [&keys](const FileEntry &a, const FileEntry &b) { return keys.less(a, b); });
+    const std::size_t first = static_cast<std::size_t>(low);
+    const std::size_t count = static_cast<std::size_t>(high - low) + 1;
+
+    // Deriving keys inside the comparison costs a walk over Path and Name per comparison; one
+    // flat table of keys, freed again before this returns, turns every comparison into a memcmp.
+    const KeyTable table(entries, first, count, keys.offset());
+    if (!table.usable()) {
+        std::sort(entries.begin() + low, entries.begin() + high + 1,
+                  [&keys](const FileEntry &a, const FileEntry &b) { return keys.less(a, b); });
+        return;
+    }
+    std::vector<std::uint32_t> order(count);
+    for (std::uint32_t k = 0; k < count; ++k)
+        order[k] = k;
+    std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
+        const int c = table.compare(a, b);
+        if (c != 0)
+            return c < 0;
+        return keys.compareExact(entries[first + a], keys, entries[first + b]) < 0;
+    });
+    permute(entries, first, order);
 }
 
 } // namespace duomir

@@ -15,8 +15,9 @@ namespace duomir {
 // separator shifts every key but the root's by one U+0001, so its entries pair only with a side
 // stored alike.
 //
-// Keys are never stored: SortKeys reads them on the fly from Path and Name, so a scan of a
-// million entries carries no second copy of every name. Entries of one directory share their
+// Keys are not kept with the entries: SortKeys reads them on the fly from Path and Name, so a
+// scan of a million entries carries no second copy of every name (SortEntries builds a table of
+// them for the length of one sort only). Entries of one directory share their
 // Path, which the comparison recognises and skips.
 class SortKeys
 {

@@ -12,6 +12,8 @@ set(DUOMIR_CORE_SOURCES
     core/platform/nativename.cpp
     core/platform/dirlister.h
     core/platform/dirlister.cpp
+    core/platform/freememory.h
+    core/platform/freememory.cpp
     core/casefold.h
     core/masks.h
     core/masks.cpp

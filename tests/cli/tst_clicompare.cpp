@@ -4,6 +4,7 @@
 #include <QProcess>
 #include <QTest>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "common/temptree.h"
@@ -59,6 +60,7 @@ private Q_SLOTS:
     void jsonAndFilters();
     void exitCodes_data();
     void exitCodes();
+    void rawBytesInArguments();
     void cleanupTestCase();
 
 private:
@@ -78,8 +80,8 @@ void TestCliCompare::initTestCase()
     QVERIFY(fd >= 0);
     ::close(fd);
     m_tree.dir(u"home"_qs);
-    m_tree.file(u"p.dyp"_qs, "[1]\nS=" + QFile::encodeName(m_tree.path(u"s"_qs)) +
-                                 "\nD=" + QFile::encodeName(m_tree.path(u"d"_qs)) + "\nIS=*\nIF=*\n");
+    m_tree.file(u"p.dyp"_qs, "[1]\nS=" + QFile::encodeName(m_tree.path(u"s"_qs)) + "\nD=" +
+                                 QFile::encodeName(m_tree.path(u"d"_qs)) + "\nIS=*\nIF=*\n");
 }
 
 // Header, one line per row, sizes in bytes, raw non-UTF-8 bytes and an escaped tab.
@@ -164,6 +166,36 @@ void TestCliCompare::exitCodes()
     QCOMPARE(r.exitCode, exitCode);
     if (exitCode == 2)
         QVERIFY(r.out.isEmpty());
+}
+
+// A root whose name is not UTF-8, given on the command line: its bytes reach the file system.
+void TestCliCompare::rawBytesInArguments()
+{
+    const QByteArray raw = QFile::encodeName(m_tree.path(u"r"_qs)) + "\xff";
+    QCOMPARE(::mkdir(raw.constData(), 0755), 0);
+    const int fd = ::open(QByteArray(raw + "/inner").constData(), O_CREAT | O_WRONLY, 0644);
+    QVERIFY(fd >= 0);
+    ::close(fd);
+
+    // QProcess would encode every argument as UTF-8; the shell passes the byte as it is.
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(u"XDG_CONFIG_HOME"_qs, m_tree.path(u"home/config"_qs));
+    env.insert(u"XDG_DATA_HOME"_qs, m_tree.path(u"home/data"_qs));
+    p.setProcessEnvironment(env);
+    p.start(u"/bin/sh"_qs, {u"-c"_qs,
+                            u"exec \"$0\" compare --source \"$1$(printf '\\377')\" "
+                            u"--destination \"$2\""_qs,
+                            qEnvironmentVariable("DUOMIR_BIN_DIR") + u"/duomir-cli",
+                            m_tree.path(u"r"_qs), m_tree.path(u"d"_qs)});
+    QVERIFY(p.waitForFinished(30000));
+    const QByteArray out = p.readAllStandardOutput();
+    ::unlink(QByteArray(raw + "/inner").constData());
+    ::rmdir(raw.constData());
+    QCOMPARE(p.exitCode(), 0);
+    QVERIFY(out.split('\n').contains(
+        QByteArray("-1\t1\tf\t" + raw + "/inner\t\t0\t\t") +
+        linesWith(out.split('\n'), "inner").value(0).split('\t').value(7) + "\t"));
 }
 
 void TestCliCompare::cleanupTestCase()

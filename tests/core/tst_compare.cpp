@@ -10,6 +10,7 @@
 #include "core/engine.h"
 #include "core/platform/nativename.h"
 #include "core/sortkeys.h"
+#include "localization/language.h"
 
 using namespace duomir;
 using duomir::test::FakeInteraction;
@@ -89,6 +90,8 @@ private Q_SLOTS:
     void scanRules_data();
     void scanRules();
     void hostileTrees();
+    void bothRootsMissingWarnInOrder();
+    void manyFilesInOneDirectory();
 };
 
 void TestCompare::classify_data()
@@ -274,12 +277,15 @@ void TestCompare::emptyListAndEmptyRootText()
     QCOMPARE(f.engine.CompareResults.size(), size_t(3));
 
     f.tree.file(u"d/x"_qs, "1", T0);
+    f.tree.file(u"d/sub/y"_qs, "1", T0);
     f.addPair(QString(), u"d"_qs);
     QVERIFY(Compare(f.engine));
     QCOMPARE(f.ui.shown.size(), 2);
     QVERIFY(f.engine.CompareRoots[0].isEmpty());
-    QCOMPARE(f.engine.CompareResults.size(), size_t(3));
-    QCOMPARE(f.engine.CompareResults[2].Path[0], QString());
+    QCOMPARE(f.engine.CompareResults.size(), size_t(5));
+    // No relative source paths ("sub/"): a copy would resolve them against the working folder.
+    for (size_t r = 1; r < f.engine.CompareResults.size(); ++r)
+        QCOMPARE(f.engine.CompareResults[r].Path[0], QString());
 
     f.engine.pairs[1].Source = f.tree.path(u"d"_qs);
     f.engine.pairs[1].Destination.clear();
@@ -400,6 +406,74 @@ void TestCompare::hostileTrees()
         const QStringList rows = f.rows();
         QVERIFY(rows.contains(u"-1 1 d s/closed [d/closed]"_qs));
         QVERIFY(!rows.contains(u"-1 1 f s/closed/secret [d/closed/secret]"_qs));
+    }
+}
+
+// The two sides are scanned at once, yet the person hears of the source first, and the status
+// label still says which step runs.
+void TestCompare::bothRootsMissingWarnInOrder()
+{
+    Fixture f;
+    f.tree.file(u"English.lang"_qs, "806=no source %1\n807=no destination %1\n850=scanning\n");
+    f.engine.language = Language::load(f.tree.path(u"English.lang"_qs), &f.ui);
+    f.tree.file(u"s/x"_qs, "1", T0);
+    f.tree.dir(u"d"_qs);
+    f.addPair(u"s"_qs, u"d"_qs);
+    f.addPair(u"gone"_qs, u"alsogone"_qs);
+    f.addPair(u"s"_qs, u"d"_qs); // never reached
+    QVERIFY(!Compare(f.engine));
+    QStringList texts;
+    for (const auto &m : f.ui.shown)
+        texts << m.text;
+    QCOMPARE(texts, QStringList({u"no source "_qs + f.tree.path(u"gone/"_qs),
+                                 u"no destination "_qs + f.tree.path(u"alsogone/"_qs)}));
+    QCOMPARE(f.ui.statusLabels.at(1), u"scanning"_qs);
+    QCOMPARE(f.engine.CompareResults.size(), size_t(1));
+}
+
+// One directory of 100,000 files against a destination that holds every tenth of them, older.
+void TestCompare::manyFilesInOneDirectory()
+{
+    constexpr int count = 100'000;
+    // Creating this many files on a disk file system takes far longer than comparing them; a
+    // memory file system keeps the test quick where one exists.
+    const QString base = QFileInfo(u"/dev/shm"_qs).isWritable() ? u"/dev/shm"_qs : QDir::tempPath();
+    QTemporaryDir dir(base + u"/duomir-test-XXXXXX");
+    QVERIFY(dir.isValid());
+    QVERIFY(QDir(dir.path()).mkpath(u"s/big"_qs) && QDir(dir.path()).mkpath(u"d/big"_qs));
+    const QByteArray root = QFile::encodeName(dir.path());
+    for (int k = 0; k < count; ++k) {
+        // Listing order is the file system's; names are numbered so the expected order is known.
+        const QByteArray name = (k % 2 ? "F" : "f") + QByteArray::number(k + count);
+        const int fd =
+            ::open(QByteArray(root + "/s/big/" + name).constData(), O_CREAT | O_WRONLY, 0644);
+        QVERIFY(fd >= 0);
+        ::close(fd);
+        if (k % 10 == 0) {
+            const int old =
+                ::open(QByteArray(root + "/d/big/" + name).constData(), O_CREAT | O_WRONLY, 0644);
+            QVERIFY(old >= 0);
+            const timespec times[2] = {{T0, 0}, {T0, 0}};
+            QCOMPARE(::futimens(old, times), 0);
+            ::close(old);
+        }
+    }
+    FakeInteraction ui;
+    Engine engine(ui);
+    DirPair pair = DirPair::newFromSettings(engine.settings);
+    pair.SubDirs = true;
+    pair.Source = dir.path() + u"/s";
+    pair.Destination = dir.path() + u"/d";
+    engine.pairs.append(pair);
+    QVERIFY(Compare(engine));
+
+    const CompareArray &rows = engine.CompareResults;
+    QCOMPARE(rows.size(), size_t(count + 3)); // element 0, the root, big, the files
+    QCOMPARE(engine.compareCounters, (std::array<int, 3>{count, 2, 0}));
+    for (int k = 0; k < count; ++k) {
+        const CompareEntry &row = rows[static_cast<size_t>(k + 3)];
+        if (row.Name[0].mid(1).toInt() != k + count || row.Name[1].isEmpty() != (k % 10 != 0))
+            QFAIL(qPrintable(u"row "_qs + QString::number(k + 3) + u": " + row.Name[0]));
     }
 }
 

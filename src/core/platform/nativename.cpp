@@ -90,37 +90,43 @@ QString fromNative(const char *bytes, std::size_t size)
 
 void appendNative(QByteArray &out, const QString &text)
 {
+    // Writes straight into the buffer: a unit never takes more than three bytes (a surrogate
+    // pair, two units, takes four).
+    const qsizetype old = out.size();
+    out.resize(old + text.size() * 3);
+    char *d = out.data() + old;
     const auto *p = reinterpret_cast<const char16_t *>(text.constData());
     const char16_t *const end = p + text.size();
     for (; p != end; ++p) {
         char32_t cp = *p;
         if (cp < 0x80) {
-            out.append(static_cast<char>(cp));
+            *d++ = static_cast<char>(cp);
             continue;
         }
         if (QChar::isHighSurrogate(cp) && p + 1 != end && QChar::isLowSurrogate(p[1])) {
             cp = QChar::surrogateToUcs4(static_cast<char16_t>(cp), p[1]);
             ++p;
         } else if (cp >= 0xDC80 && cp <= 0xDCFF) {
-            out.append(static_cast<char>(cp - EscapeBase));
+            *d++ = static_cast<char>(cp - EscapeBase);
             continue;
         } else if (QChar::isSurrogate(cp)) {
             cp = 0xFFFD;
         }
         if (cp < 0x800) {
-            out.append(static_cast<char>(0xC0 | (cp >> 6)));
-            out.append(static_cast<char>(0x80 | (cp & 0x3F)));
+            *d++ = static_cast<char>(0xC0 | (cp >> 6));
+            *d++ = static_cast<char>(0x80 | (cp & 0x3F));
         } else if (cp < 0x10000) {
-            out.append(static_cast<char>(0xE0 | (cp >> 12)));
-            out.append(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-            out.append(static_cast<char>(0x80 | (cp & 0x3F)));
+            *d++ = static_cast<char>(0xE0 | (cp >> 12));
+            *d++ = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+            *d++ = static_cast<char>(0x80 | (cp & 0x3F));
         } else {
-            out.append(static_cast<char>(0xF0 | (cp >> 18)));
-            out.append(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-            out.append(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-            out.append(static_cast<char>(0x80 | (cp & 0x3F)));
+            *d++ = static_cast<char>(0xF0 | (cp >> 18));
+            *d++ = static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+            *d++ = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+            *d++ = static_cast<char>(0x80 | (cp & 0x3F));
         }
     }
+    out.resize(d - out.constData());
 }
 
 QByteArray toNative(const QString &text)
