@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMouseEvent>
@@ -289,6 +290,7 @@ QWidget *frmMain::buildFilePane()
         m_fileModel->sort(section, order);
     });
     connect(m_flexFiles, &QTableView::customContextMenuRequested, this, &frmMain::showFileMenu);
+    m_flexFiles->installEventFilter(this);
     layout->addWidget(m_flexFiles, 1);
 
     auto *status = new QHBoxLayout;
@@ -308,8 +310,6 @@ QWidget *frmMain::buildFilePane()
     status->addWidget(m_lblFilesAndDirs[1]);
     status->addWidget(m_lblFilesAndDirs[2], 1);
     layout->addLayout(status);
-
-    greyFileList();
     return pane;
 }
 
@@ -389,6 +389,9 @@ void frmMain::buildMenus()
     QAction *title =
         add(m_mnuPop1, QStringLiteral("mnuPop1_Title2"), QStringLiteral("Include"), 1207);
     title->setEnabled(false);
+    QFont headingFont = title->font();
+    headingFont.setBold(true);
+    title->setFont(headingFont);
     m_mnuPop1_SubDirs = add(m_mnuPop1, QStringLiteral("mnuPop1_SubDirs"),
                             QStringLiteral("&1  (Su)  Subdirectories"), 1208);
     m_mnuPop1_SubDirs->setCheckable(true);
@@ -522,6 +525,11 @@ bool frmMain::eventFilter(QObject *watched, QEvent *event)
             setCurrentSlot(DirPairModel::slotOfRow(index.row()));
             cmdEdit_Click();
         }
+        return true;
+    }
+    if (watched == m_flexFiles && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent *>(event)->key() == Qt::Key_Space) {
+        toggleSelectedMarks();
         return true;
     }
     return QMainWindow::eventFilter(watched, event);

@@ -108,6 +108,7 @@ private:
     void showCompareResult(bool compared);
     void showPairMenu(const QPoint &pos);
     void showFileMenu(const QPoint &pos);
+    void toggleSelectedMarks();
     QString defaultChooseProfileFile(bool save);
     void defaultRunDirsDialog(int slot);
     void runFileCommand(const std::function<bool()> &command);

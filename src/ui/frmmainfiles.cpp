@@ -206,6 +206,19 @@ void frmMain::mnuPop3_Del_Click(int side)
     });
 }
 
+// Space flips the check marks of the selected rows together, as the first of them goes.
+void frmMain::toggleSelectedMarks()
+{
+    const QModelIndexList rows = m_flexFiles->selectionModel()->selectedRows();
+    if (rows.isEmpty())
+        return;
+    const QModelIndex first = rows.first().siblingAtColumn(FileListModel::MarkedColumn);
+    const bool mark = first.data(Qt::CheckStateRole).value<Qt::CheckState>() != Qt::Checked;
+    for (const QModelIndex &row : rows)
+        m_fileModel->setData(row.siblingAtColumn(FileListModel::MarkedColumn),
+                             mark ? Qt::Checked : Qt::Unchecked, Qt::CheckStateRole);
+}
+
 void frmMain::showFileMenu(const QPoint &pos)
 {
     const QModelIndex index = m_flexFiles->indexAt(pos);

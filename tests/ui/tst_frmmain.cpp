@@ -10,6 +10,7 @@
 #include "core/engine.h"
 #include "ui/dirpairmodel.h"
 #include "ui/dlgdirs.h"
+#include "ui/filelistmodel.h"
 #include "ui/frmmain.h"
 
 using namespace duomir;
@@ -59,6 +60,7 @@ private Q_SLOTS:
         QCOMPARE(shownFor, 2);
         QVERIFY(f.engine.pairs == before);
         QVERIFY(!f.engine.ProfileModified);
+        QVERIFY(!f.window.isStale());
         QCOMPARE(f.window.pairGrid()->model()->rowCount(), 1);
     }
 
@@ -156,6 +158,33 @@ private Q_SLOTS:
         const QRect row = grid->visualRect(grid->model()->index(0, 0));
         QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, row.center());
         QCOMPARE(shownFor, 1);
+    }
+
+    // Space on a selection sets every selected row as the first one flips; others stay.
+    void spaceFlipsSelectedMarks()
+    {
+        Fixture f;
+        f.engine.CompareResults.resize(5);
+        for (size_t i = 1; i < 5; ++i) {
+            f.engine.CompareResults[i].Name = {u"n%1"_s.arg(i), QString()};
+            f.engine.CompareResults[i].Marked = i != 2;
+        }
+        f.engine.VisibleRows = {0, 1, 2, 3, 4};
+        f.window.fileModel()->reload();
+        QTableView *list = f.window.fileList();
+        list->selectRow(0);
+        list->selectionModel()->select(list->model()->index(1, 0),
+                                       QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        QTest::keyClick(list, Qt::Key_Space);
+        const auto marks = [&] {
+            QList<bool> m;
+            for (size_t i = 1; i < 5; ++i)
+                m.append(f.engine.CompareResults[i].Marked);
+            return m;
+        };
+        QCOMPARE(marks(), (QList<bool>{false, false, true, true}));
+        QTest::keyClick(list, Qt::Key_Space);
+        QCOMPARE(marks(), (QList<bool>{true, true, true, true}));
     }
 
     void synchronizeRefusedWhileStale()
