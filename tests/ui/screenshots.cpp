@@ -3,6 +3,7 @@
 //   duomir_screenshots <output folder> [language name]
 #include <QApplication>
 #include <QDir>
+#include <QMenu>
 #include <QTableView>
 #include <QTemporaryDir>
 
@@ -72,6 +73,14 @@ int main(int argc, char *argv[])
     QApplication::processEvents();
     const QString suffix = languageName.isEmpty() ? QString() : u'-' + languageName.toLower();
     window.grab().save(out + QStringLiteral("/main") + suffix + QStringLiteral(".png"));
+
+    for (const char *name : {"mnuPop1", "mnuPop3"}) {
+        auto *menu = window.findChild<QMenu *>(QString::fromLatin1(name));
+        menu->popup(window.mapToGlobal(QPoint(200, 200)));
+        QApplication::processEvents();
+        menu->grab().save(out + u'/' + QString::fromLatin1(name) + suffix + QStringLiteral(".png"));
+        menu->hide();
+    }
 
     dlgDirs dirs(engine, &window);
     dirs.Init(1);
