@@ -43,7 +43,7 @@ void TestAutoRun::automaticRunSynchronizesLogsAndExits()
 
     t.file(u"profiles/my list.dyp"_qs,
            "[0]\nSO0=1\nSO1=0\n[1]\nS=" + QFile::encodeName(t.path(u"src"_qs)) +
-               "\nD=" + QFile::encodeName(t.path(u"dst"_qs)) + "\n");
+               "\nD=" + QFile::encodeName(t.path(u"dst"_qs)) + "\nIS=*\nIF=*\n");
 
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
