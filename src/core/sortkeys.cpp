@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <vector>
 
 #include "core/casefold.h"
+#include "core/keytable.h"
 
 namespace duomir {
 
@@ -64,61 +64,6 @@ private:
     const char16_t *m_end;
     bool m_directory;
     int m_phase = 0;
-};
-
-// The keys of a run of entries, built once. Units are stored big-endian, one byte each when every
-// unit of the run fits in one, so that memcmp orders them as 16-bit code units.
-class KeyTable
-{
-public:
-    KeyTable(const FileArray &entries, std::size_t first, std::size_t count, qsizetype offset)
-        : m_begin(count + 1)
-    {
-        std::size_t total = 0;
-        bool narrow = true;
-        for (std::size_t k = 0; k < count; ++k) {
-            KeyCursor c(entries[first + k], offset);
-            for (int u = c.next(); u >= 0; u = c.next()) {
-                narrow = narrow && u < 0x100;
-                ++total;
-            }
-        }
-        const std::size_t bytes = narrow ? total : total * 2;
-        if (bytes > std::numeric_limits<std::uint32_t>::max())
-            return; // not usable(); the caller sorts without the table
-        m_bytes.resize(bytes);
-        unsigned char *out = m_bytes.data();
-        for (std::size_t k = 0; k < count; ++k) {
-            m_begin[k] = static_cast<std::uint32_t>(out - m_bytes.data());
-            KeyCursor c(entries[first + k], offset);
-            for (int u = c.next(); u >= 0; u = c.next()) {
-                if (!narrow)
-                    *out++ = static_cast<unsigned char>(u >> 8);
-                *out++ = static_cast<unsigned char>(u);
-            }
-        }
-        m_begin[count] = static_cast<std::uint32_t>(m_bytes.size());
-        m_usable = true;
-    }
-
-    // False when the keys are too long for 32-bit offsets (billions of units).
-    bool usable() const { return m_usable; }
-
-    int compare(std::uint32_t a, std::uint32_t b) const
-    {
-        const std::size_t la = m_begin[a + 1] - m_begin[a];
-        const std::size_t lb = m_begin[b + 1] - m_begin[b];
-        const int c =
-            std::memcmp(m_bytes.data() + m_begin[a], m_bytes.data() + m_begin[b], std::min(la, lb));
-        if (c != 0)
-            return c;
-        return la == lb ? 0 : (la < lb ? -1 : 1);
-    }
-
-private:
-    std::vector<unsigned char> m_bytes;
-    std::vector<std::uint32_t> m_begin; // key k is [m_begin[k], m_begin[k + 1])
-    bool m_usable = false;
 };
 
 // Moves entries[first + k] to the place that `order` gives it: position k receives the entry
