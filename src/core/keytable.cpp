@@ -1,6 +1,7 @@
 #include "core/keytable.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <limits>
 #include <unordered_map>
@@ -36,6 +37,33 @@ template <class Put> void forTail(const FileEntry &e, Put put)
     const char16_t *p = units(e.Name);
     for (qsizetype i = 0; i < e.Name.size(); ++i)
         put(upperUnit(p[i]));
+}
+
+// memcmp for the short runs keys are made of: eight bytes at a time, read big-endian so that the
+// first differing byte decides, as memcmp's does.
+int compareBytes(const unsigned char *a, const unsigned char *b, std::uint32_t n)
+{
+    while (n >= 8) {
+        std::uint64_t x;
+        std::uint64_t y;
+        std::memcpy(&x, a, 8);
+        std::memcpy(&y, b, 8);
+        if (x != y) {
+            if constexpr (std::endian::native == std::endian::little) {
+                x = __builtin_bswap64(x);
+                y = __builtin_bswap64(y);
+            }
+            return x < y ? -1 : 1;
+        }
+        a += 8;
+        b += 8;
+        n -= 8;
+    }
+    for (; n > 0; --n, ++a, ++b) {
+        if (*a != *b)
+            return *a < *b ? -1 : 1;
+    }
+    return 0;
 }
 
 } // namespace
@@ -121,10 +149,10 @@ int KeyTable::compare(std::uint32_t a, std::uint32_t b) const
         if (i == 2 || j == 2)
             return (i == 2) == (j == 2) ? 0 : (i == 2 ? -1 : 1);
         const std::uint32_t n = std::min(left[i].length - at, right[j].length - bt);
-        const int c = std::memcmp(m_bytes.data() + left[i].begin + at,
-                                  m_bytes.data() + right[j].begin + bt, n);
+        const int c = compareBytes(m_bytes.data() + left[i].begin + at,
+                                   m_bytes.data() + right[j].begin + bt, n);
         if (c != 0)
-            return c < 0 ? -1 : 1;
+            return c;
         at += n;
         bt += n;
     }
