@@ -123,10 +123,55 @@ KeyTable::KeyTable(const FileArray &entries, std::size_t first, std::size_t coun
         forTail(entries[first + k], put);
         m_keys[k].tail = spanFrom(begin);
     }
+    rankHeads();
     m_usable = true;
 }
 
-int KeyTable::compare(std::uint32_t a, std::uint32_t b) const
+int KeyTable::compareSpans(Span a, Span b) const
+{
+    const int c = compareBytes(m_bytes.data() + a.begin, m_bytes.data() + b.begin,
+                               std::min(a.length, b.length));
+    if (c != 0)
+        return c;
+    return a.length == b.length ? 0 : (a.length < b.length ? -1 : 1);
+}
+
+void KeyTable::rankHeads()
+{
+    std::vector<std::uint32_t> sorted(m_heads.size());
+    for (std::uint32_t h = 0; h < sorted.size(); ++h)
+        sorted[h] = h;
+    std::sort(sorted.begin(), sorted.end(), [this](std::uint32_t a, std::uint32_t b) {
+        return compareSpans(m_heads[a], m_heads[b]) < 0;
+    });
+    // Equal heads (a directory and the files inside it) share a rank.
+    m_headRank.resize(m_heads.size());
+    std::vector<Span> byRank;
+    for (std::uint32_t h : sorted) {
+        if (byRank.empty() || compareSpans(byRank.back(), m_heads[h]) != 0)
+            byRank.push_back(m_heads[h]);
+        m_headRank[h] = static_cast<std::uint32_t>(byRank.size() - 1);
+    }
+    // The heads that start with a given head follow it as one run; a stack of the heads that
+    // start the current one finds where each run ends.
+    auto startsWith = [this](Span text, Span prefix) {
+        return prefix.length <= text.length &&
+               compareBytes(m_bytes.data() + text.begin, m_bytes.data() + prefix.begin,
+                            prefix.length) == 0;
+    };
+    const auto ranks = static_cast<std::uint32_t>(byRank.size());
+    m_rankPrefixEnd.assign(ranks, ranks - 1);
+    std::vector<std::uint32_t> open;
+    for (std::uint32_t r = 0; r < ranks; ++r) {
+        while (!open.empty() && !startsWith(byRank[r], byRank[open.back()])) {
+            m_rankPrefixEnd[open.back()] = r - 1;
+            open.pop_back();
+        }
+        open.push_back(r);
+    }
+}
+
+int KeyTable::compareKeys(std::uint32_t a, std::uint32_t b) const
 {
     const Key &x = m_keys[a];
     const Key &y = m_keys[b];

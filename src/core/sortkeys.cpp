@@ -67,19 +67,21 @@ private:
 };
 
 // Moves entries[first + k] to the place that `order` gives it: position k receives the entry
-// that was at first + order[k]. Follows each cycle once, so no second array of entries is needed.
-void permute(FileArray &entries, std::size_t first, std::vector<std::uint32_t> &order)
+// that was at first + the low 32 bits of order[k]. Follows each cycle once, so no second array of
+// entries is needed; `order` is used up.
+void permute(FileArray &entries, std::size_t first, std::vector<std::uint64_t> &order)
 {
-    constexpr std::uint32_t done = static_cast<std::uint32_t>(-1);
+    constexpr std::uint64_t done = static_cast<std::uint64_t>(-1);
+    auto source = [&order](std::size_t k) { return static_cast<std::uint32_t>(order[k]); };
     for (std::size_t start = 0; start < order.size(); ++start) {
-        if (order[start] == done || order[start] == start) {
+        if (order[start] == done || source(start) == start) {
             order[start] = done;
             continue;
         }
         FileEntry held = std::move(entries[first + start]);
         std::size_t k = start;
         while (true) {
-            const std::size_t from = order[k];
+            const std::size_t from = source(k);
             order[k] = done;
             if (from == start) {
                 entries[first + k] = std::move(held);
@@ -178,16 +180,21 @@ void SortEntries(FileArray &entries, qsizetype low, qsizetype high, const SortKe
                   [&keys](const FileEntry &a, const FileEntry &b) { return keys.less(a, b); });
         return;
     }
-    std::vector<std::uint32_t> order(count);
+    // Each element carries its head's rank beside its index, so that most comparisons read
+    // neither the table nor the entries.
+    std::vector<std::uint64_t> ranked(count);
     for (std::uint32_t k = 0; k < count; ++k)
-        order[k] = k;
-    std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
-        const int c = table.compare(a, b);
+        ranked[k] = (std::uint64_t{table.rank(k)} << 32) | k;
+    std::sort(ranked.begin(), ranked.end(), [&](std::uint64_t x, std::uint64_t y) {
+        const auto a = static_cast<std::uint32_t>(x);
+        const auto b = static_cast<std::uint32_t>(y);
+        const int c = table.compare(a, static_cast<std::uint32_t>(x >> 32), b,
+                                    static_cast<std::uint32_t>(y >> 32));
         if (c != 0)
             return c < 0;
         return keys.compareExact(entries[first + a], keys, entries[first + b]) < 0;
     });
-    permute(entries, first, order);
+    permute(entries, first, ranked);
 }
 
 } // namespace duomir
