@@ -1,6 +1,8 @@
 #include "core/scanner.h"
 
 #include <QDateTime>
+#include <algorithm>
+#include <iterator>
 #include <vector>
 
 #include "core/dirpair.h"
@@ -14,6 +16,7 @@ namespace duomir {
 namespace {
 
 constexpr QChar Separator = u'/';
+constexpr std::size_t ChunkSize = 1 << 14;
 
 // Skip an item that is hidden while hidden items are not wanted, or system while system items
 // are not wanted.
@@ -39,6 +42,15 @@ public:
 
 private:
     void scan(const QString &directory, const QByteArray &nativeDirectory, bool root);
+    FileEntry &append()
+    {
+        if (m_chunks.empty() || m_chunks.back().size() == ChunkSize) {
+            m_chunks.emplace_back();
+            m_chunks.back().reserve(ChunkSize);
+        }
+        return m_chunks.back().emplace_back();
+    }
+    void collect();
     void yield()
     {
         if (m_ui)
@@ -49,6 +61,9 @@ private:
     const MaskSet &m_fileMasks;
     const DirPair &m_flags;
     FileArray &m_entries;
+    // Entries gather in fixed blocks and move into `m_entries` once, at its final size: a
+    // growing array would hold its old and new buffer at once on every growth.
+    std::vector<FileArray> m_chunks;
     Interaction *m_ui;
     int m_utcOffset;
     bool m_rootListed = false;
@@ -64,7 +79,21 @@ bool Scanner::scanRoot(const QString &directory)
     if (directory.isEmpty())
         return true; // never "/": an empty root text names no directory
     scan(directory, toNative(directory), true);
+    collect();
     return !m_rootListed;
+}
+
+void Scanner::collect()
+{
+    std::size_t total = m_entries.size();
+    for (const FileArray &chunk : m_chunks)
+        total += chunk.size();
+    m_entries.reserve(total);
+    for (FileArray &chunk : m_chunks) {
+        std::move(chunk.begin(), chunk.end(), std::back_inserter(m_entries));
+        FileArray().swap(chunk);
+    }
+    m_chunks.clear();
 }
 
 void Scanner::scan(const QString &directory, const QByteArray &nativeDirectory, bool root)
@@ -80,7 +109,7 @@ void Scanner::scan(const QString &directory, const QByteArray &nativeDirectory, 
             if (passesHiddenSystem(item.attributes, m_flags.HiddenDirs, m_flags.SysDirs) &&
                 !item.name.startsWith(u'.') && m_flags.SubDirs &&
                 MatchesMasks(item.name, m_directoryMasks)) {
-                FileEntry &e = m_entries.emplace_back();
+                FileEntry &e = append();
                 e.Path = directory + item.name;
                 e.Name = std::move(item.name);
                 e.Attributes = item.attributes;
@@ -91,7 +120,7 @@ void Scanner::scan(const QString &directory, const QByteArray &nativeDirectory, 
             }
         } else if (passesHiddenSystem(item.attributes, m_flags.HiddenFiles, m_flags.SysFiles) &&
                    MatchesMasks(item.name, m_fileMasks)) {
-            FileEntry &e = m_entries.emplace_back();
+            FileEntry &e = append();
             e.Path = directory; // shared by every file of this directory
             e.Name = std::move(item.name);
             e.Attributes = item.attributes;

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <vector>
 
 #include "core/casefold.h"
+#include "core/keytable.h"
 
 namespace duomir {
 
@@ -66,75 +66,22 @@ private:
     int m_phase = 0;
 };
 
-// The keys of a run of entries, built once. Units are stored big-endian, one byte each when every
-// unit of the run fits in one, so that memcmp orders them as 16-bit code units.
-class KeyTable
-{
-public:
-    KeyTable(const FileArray &entries, std::size_t first, std::size_t count, qsizetype offset)
-        : m_begin(count + 1)
-    {
-        std::size_t total = 0;
-        bool narrow = true;
-        for (std::size_t k = 0; k < count; ++k) {
-            KeyCursor c(entries[first + k], offset);
-            for (int u = c.next(); u >= 0; u = c.next()) {
-                narrow = narrow && u < 0x100;
-                ++total;
-            }
-        }
-        const std::size_t bytes = narrow ? total : total * 2;
-        if (bytes > std::numeric_limits<std::uint32_t>::max())
-            return; // not usable(); the caller sorts without the table
-        m_bytes.resize(bytes);
-        unsigned char *out = m_bytes.data();
-        for (std::size_t k = 0; k < count; ++k) {
-            m_begin[k] = static_cast<std::uint32_t>(out - m_bytes.data());
-            KeyCursor c(entries[first + k], offset);
-            for (int u = c.next(); u >= 0; u = c.next()) {
-                if (!narrow)
-                    *out++ = static_cast<unsigned char>(u >> 8);
-                *out++ = static_cast<unsigned char>(u);
-            }
-        }
-        m_begin[count] = static_cast<std::uint32_t>(m_bytes.size());
-        m_usable = true;
-    }
-
-    // False when the keys are too long for 32-bit offsets (billions of units).
-    bool usable() const { return m_usable; }
-
-    int compare(std::uint32_t a, std::uint32_t b) const
-    {
-        const std::size_t la = m_begin[a + 1] - m_begin[a];
-        const std::size_t lb = m_begin[b + 1] - m_begin[b];
-        const int c =
-            std::memcmp(m_bytes.data() + m_begin[a], m_bytes.data() + m_begin[b], std::min(la, lb));
-        if (c != 0)
-            return c;
-        return la == lb ? 0 : (la < lb ? -1 : 1);
-    }
-
-private:
-    std::vector<unsigned char> m_bytes;
-    std::vector<std::uint32_t> m_begin; // key k is [m_begin[k], m_begin[k + 1])
-    bool m_usable = false;
-};
-
 // Moves entries[first + k] to the place that `order` gives it: position k receives the entry
-// that was at first + order[k]. Follows each cycle once, so no second array of entries is needed.
-void permute(FileArray &entries, std::size_t first, std::vector<std::uint32_t> &order)
+// that was at first + the low 32 bits of order[k]. Follows each cycle once, so no second array of
+// entries is needed; `order` is used up.
+void permute(FileArray &entries, std::size_t first, std::vector<std::uint64_t> &order)
 {
-    constexpr std::uint32_t done = static_cast<std::uint32_t>(-1);
+    constexpr std::uint64_t done = static_cast<std::uint64_t>(-1);
+    auto source = [&order](std::size_t k) { return static_cast<std::uint32_t>(order[k]); };
     for (std::size_t start = 0; start < order.size(); ++start) {
-        if (order[start] == done || order[start] == start) {
+        if (order[start] == done || source(start) == start) {
             order[start] = done;
             continue;
         }
         FileEntry held = std::move(entries[first + start]);
         std::size_t k = start;
         while (true) {
-            const std::size_t from = order[k];
+            const std::size_t from = source(k);
             order[k] = done;
             if (from == start) {
                 entries[first + k] = std::move(held);
@@ -233,16 +180,21 @@ void SortEntries(FileArray &entries, qsizetype low, qsizetype high, const SortKe
                   [&keys](const FileEntry &a, const FileEntry &b) { return keys.less(a, b); });
         return;
     }
-    std::vector<std::uint32_t> order(count);
+    // Each element carries its head's rank beside its index, so that most comparisons read
+    // neither the table nor the entries.
+    std::vector<std::uint64_t> ranked(count);
     for (std::uint32_t k = 0; k < count; ++k)
-        order[k] = k;
-    std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
-        const int c = table.compare(a, b);
+        ranked[k] = (std::uint64_t{table.rank(k)} << 32) | k;
+    std::sort(ranked.begin(), ranked.end(), [&](std::uint64_t x, std::uint64_t y) {
+        const auto a = static_cast<std::uint32_t>(x);
+        const auto b = static_cast<std::uint32_t>(y);
+        const int c = table.compare(a, static_cast<std::uint32_t>(x >> 32), b,
+                                    static_cast<std::uint32_t>(y >> 32));
         if (c != 0)
             return c < 0;
         return keys.compareExact(entries[first + a], keys, entries[first + b]) < 0;
     });
-    permute(entries, first, order);
+    permute(entries, first, ranked);
 }
 
 } // namespace duomir

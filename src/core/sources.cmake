@@ -21,6 +21,8 @@ set(DUOMIR_CORE_SOURCES
     core/scanner.cpp
     core/sortkeys.h
     core/sortkeys.cpp
+    core/keytable.h
+    core/keytable.cpp
     core/merge.h
     core/merge.cpp
     core/comparecommand.h

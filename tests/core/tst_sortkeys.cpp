@@ -1,3 +1,4 @@
+#include <QHash>
 #include <QRandomGenerator>
 #include <QTest>
 #include <algorithm>
@@ -9,9 +10,11 @@ using namespace duomir;
 namespace {
 
 // One side's entries from relative paths below `root`; a trailing "/" makes a directory.
-// Element 0 is the root itself, as the scanner writes it.
-FileArray entriesFrom(const QString &root, const QStringList &relative)
+// Element 0 is the root itself, as the scanner writes it. With `share`, the files of one
+// directory share one Path string, as the scanner's do.
+FileArray entriesFrom(const QString &root, const QStringList &relative, bool share = true)
 {
+    QHash<QString, QString> paths;
     FileArray out(1);
     out[0].Path = root;
     out[0].Attributes = Attr::Directory;
@@ -25,7 +28,8 @@ FileArray entriesFrom(const QString &root, const QStringList &relative)
             e.Path = root + u'/' + path;
             e.Attributes = Attr::Directory;
         } else {
-            e.Path = root + u'/' + path.left(slash + 1);
+            const QString parent = root + u'/' + path.left(slash + 1);
+            e.Path = share ? paths.insert(parent, parent).value() : parent;
         }
         out.push_back(e);
     }
@@ -98,33 +102,35 @@ void TestSortKeys::sortFollowsTheKeys_data()
 {
     QTest::addColumn<QStringList>("paths");
     QTest::addColumn<int>("start");
+    QTest::addColumn<bool>("share");
 
     QTest::newRow("files before subdirectories, case ignored")
         << QStringList{u"b.txt"_qs, u"sub/"_qs,        u"A.txt"_qs,        u"sub/z"_qs,
                        u"Sub2/"_qs, u"sub/deeper/"_qs, u"sub/deeper/q"_qs, u"Sub2/y"_qs}
-        << 6;
+        << 6 << true;
     QTest::newRow("case twins keep their exact order")
         << QStringList{u"a.txt"_qs, u"A.TXT"_qs, u"A.txt"_qs, u"Dir/"_qs,
                        u"DIR/"_qs,  u"Dir/x"_qs, u"DIR/x"_qs}
-        << 6;
+        << 6 << true;
     QTest::newRow("units beyond one byte") << QStringList{u"\u00e9t\u00e9"_qs,
                                                           u"\u00c9T\u00c9"_qs,
                                                           u"\u03a9"_qs,
                                                           u"\u03c9/"_qs,
                                                           QString(QChar(0xDCE9)) + u"raw",
                                                           u"z"_qs}
-                                           << 6;
+                                           << 6 << true;
     QTest::newRow("marker units inside names")
         << QStringList{u"a\x01"
                        u"b/"_qs,
                        u"a/"_qs, u"a/b/"_qs, u"\x02x"_qs, u"a/\x01"_qs}
-        << 6;
+        << 6 << true;
     QTest::newRow("text stored without its separator")
-        << QStringList{u"b"_qs, u"a/"_qs, u"a/c"_qs} << 5;
-    QTest::newRow("one entry") << QStringList{u"only"_qs} << 6;
+        << QStringList{u"b"_qs, u"a/"_qs, u"a/c"_qs} << 5 << true;
+    QTest::newRow("one entry") << QStringList{u"only"_qs} << 6 << true;
     for (quint32 seed : {1u, 2u, 3u}) {
-        QTest::addRow("random narrow %u", seed) << randomPaths(seed, 400, false) << 6;
-        QTest::addRow("random wide %u", seed) << randomPaths(seed, 400, true) << 6;
+        QTest::addRow("random narrow %u", seed) << randomPaths(seed, 400, false) << 6 << true;
+        QTest::addRow("random wide %u", seed) << randomPaths(seed, 400, true) << 6 << true;
+        QTest::addRow("random, own paths %u", seed) << randomPaths(seed, 400, true) << 6 << false;
     }
 }
 
@@ -133,8 +139,9 @@ void TestSortKeys::sortFollowsTheKeys()
 {
     QFETCH(QStringList, paths);
     QFETCH(int, start);
+    QFETCH(bool, share);
     const SortKeys keys = MakeSortKeys(start);
-    FileArray entries = entriesFrom(u"/root"_qs, paths);
+    FileArray entries = entriesFrom(u"/root"_qs, paths, share);
     // Scan order is arbitrary; reversing it makes the sort move every entry.
     std::reverse(entries.begin() + 1, entries.end());
     const FileArray expected = referenceOrder(entries, keys);
