@@ -31,6 +31,10 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
         return;
     const int first = std::max(start, 1);
     const CompareEntry &e = rows[size_t(first)];
+    // Against an unlisted source every destination file looks missing there: a pair in that
+    // state deletes nothing, whichever side was asked for.
+    if (engine.isInUnlistedPair(first) && (!e.isDirectory() || start > 0))
+        return;
     if (!e.isDirectory()) {
         if (!e.Name[side].isEmpty())
             deleteFile(engine, side, first);
@@ -54,7 +58,7 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
                 return;
             continue;
         }
-        if (x.Name[side].isEmpty() || !x.Marked)
+        if (x.Name[side].isEmpty() || !x.Marked || engine.isInUnlistedPair(i))
             continue;
         if ((mode & DeleteMode::OnlyMissingOnOtherSide) && !x.Name[other].isEmpty())
             continue;

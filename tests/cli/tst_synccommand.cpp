@@ -83,7 +83,8 @@ private Q_SLOTS:
                          0644) == 0);
         tree.file(QStringLiteral("s/sub/y"), "y");
         r = run({QStringLiteral("--source"), tree.path(QStringLiteral("s")),
-                 QStringLiteral("--destination"), tree.path(QStringLiteral("d"))});
+                 QStringLiteral("--destination"), tree.path(QStringLiteral("d")),
+                 QStringLiteral("--system-files")});
         QCOMPARE(tree.read(QStringLiteral("d/sub/y")), QByteArray("y"));
         QCOMPARE(r.code, 1);
         QVERIFY2(r.err.contains(tree.path(QStringLiteral("d/sub/x"))) && r.err.contains(u"FIFO"),
