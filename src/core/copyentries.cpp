@@ -151,9 +151,10 @@ void CopyEntries(Engine &engine, int d, int start, int mode)
         return;
     const int first = std::max(start, 1);
     // A row of a pair whose source could not be listed is never a place to copy from or to;
-    // a whole-list run still goes through the other pairs.
-    const bool single = !engine.CompareResults[size_t(first)].isDirectory();
-    if (engine.isInUnlistedPair(first) && (single || start > 0))
+    // a whole-list run still goes through the other pairs. Start 0 is always the whole list, even
+    // when the first pair's root is not a directory.
+    const bool single = start > 0 && !engine.CompareResults[size_t(first)].isDirectory();
+    if (start > 0 && engine.isInUnlistedPair(first))
         return;
     CopyWalk walk(engine, d, mode);
     if (single)

@@ -33,9 +33,9 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     const CompareEntry &e = rows[size_t(first)];
     // Against an unlisted source every destination file looks missing there: a pair in that
     // state deletes nothing, whichever side was asked for.
-    if (engine.isInUnlistedPair(first) && (!e.isDirectory() || start > 0))
+    if (start > 0 && engine.isInUnlistedPair(first))
         return;
-    if (!e.isDirectory()) {
+    if (start > 0 && !e.isDirectory()) {
         if (!e.Name[side].isEmpty())
             deleteFile(engine, side, first);
         return;
