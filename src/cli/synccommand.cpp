@@ -1,14 +1,18 @@
 #include <QDir>
-#include <QStandardPaths>
-#include <QTextStream>
+#include <QFileInfo>
 #include <csignal>
+#include <cstdio>
 
+#include "cli/cliinteraction.h"
+#include "cli/clisetup.h"
 #include "cli/commands.h"
 #include "cli/dryrunfileops.h"
-#include "cli/interimcompare.h"
+#include "cli/pairoptions.h"
+#include "core/comparecommand.h"
 #include "core/engine.h"
-#include "core/interaction.h"
+#include "core/platform/nativename.h"
 #include "core/platform/posixfileops.h"
+#include "core/profilefile.h"
 #include "core/synchronize.h"
 
 namespace duomir::cli {
@@ -16,162 +20,211 @@ namespace duomir::cli {
 namespace {
 
 const char *const syncUsage =
-    R"(Usage: duomir-cli sync --source DIR --destination DIR [OPTIONS]
+    R"(Usage: duomir-cli sync PROFILE | --source DIR --destination DIR [pair options] [options]
 
-Compares the two directories, copies what is newer (and, with --delete, deletes on the sending
-side what the receiving side lacks), compares again and prints a summary. Never asks.
+Compares, copies the newer files (and, with --delete, deletes on the sending side what the
+receiving side lacks), compares again and prints a summary. Never asks: failures go to standard
+error and, when logging is on, to the day's log; the run always goes on.
 
 Options:
-  --direction both|to-destination|to-source   which way files go (default: both)
+  --direction both|to-destination|to-source   which way files go (default: the profile's
+                directions, both for --source/--destination)
   --delete      with exactly one direction: delete on the sending side the files that the
                 receiving side lacks, and copy only files present on both sides
   --log         write the day's log even when logging is off in the settings
   --dry-run     print what would be deleted, created and copied; change nothing
+  (pair options and --time-lag as for compare)
 
-Exit status: 0 success or nothing to do, 1 some operation failed, 2 usage error,
-3 a root directory could not be listed.
+Exit status: 0 success or nothing to do, 1 some operation failed or the run was interrupted,
+2 usage error or unreadable profile, 3 a root directory could not be listed.
 )";
 
-bool *g_cancel = nullptr;
-
-extern "C" void onSignal(int)
+struct SyncArgs
 {
-    if (g_cancel)
-        *g_cancel = true;
-}
-
-// Never asks: questions are answered No, failures go to standard error as they happen.
-class TerminalInteraction : public Interaction
-{
-public:
-    Answer message(Icon, Buttons buttons, const QString &text, const QString &) override
-    {
-        if (!text.isEmpty())
-            m_err << text << u'\n';
-        m_err.flush();
-        return buttons == Buttons::Ok ? Answer::Ok : Answer::No;
-    }
-    void failureReported(const QString &error, const QString &source,
-                         const QString &destination) override
-    {
-        m_err << "duomir-cli: " << error;
-        if (!source.isEmpty())
-            m_err << ": " << source;
-        if (!destination.isEmpty())
-            m_err << " -> " << destination;
-        m_err << '\n';
-        m_err.flush();
-    }
-
-private:
-    QTextStream m_err{stderr};
+    QString direction; // empty: the profile's, or both
+    bool del = false;
+    bool log = false;
+    bool dryRun = false;
+    bool help = false;
 };
 
 int usageError(const QString &text)
 {
-    QTextStream(stderr) << "duomir-cli sync: " << text << "\n(see duomir-cli sync --help)\n";
+    std::fprintf(stderr, "duomir-cli sync: %s\n(see duomir-cli sync --help)\n",
+                 toNative(text).constData());
     return ExitUsage;
 }
 
-QString rootText(const QString &path)
+QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
 {
-    QString p = QDir::cleanPath(QDir::current().absoluteFilePath(path));
-    return p;
+    for (qsizetype i = 0; i < rest.size(); ++i) {
+        const QString &a = rest[i];
+        if (a == u"--direction") {
+            out.direction = rest.value(++i);
+            if (out.direction != u"both" && out.direction != u"to-destination" &&
+                out.direction != u"to-source")
+                return u"--direction takes both, to-destination or to-source, not '" +
+                       out.direction + u"'";
+        } else if (a == u"--delete") {
+            out.del = true;
+        } else if (a == u"--log") {
+            out.log = true;
+        } else if (a == u"--dry-run") {
+            out.dryRun = true;
+        } else if (a == u"--help" || a == u"-h") {
+            out.help = true;
+        } else {
+            return u"unknown option '" + a + u"'";
+        }
+    }
+    return {};
+}
+
+// Ctrl-C and SIGTERM during the copies set the cancel flag: the copy under way stops between two
+// chunks, removes its temporary file and leaves the old target whole, and the run ends in order.
+// The handler fires once; a second signal ends the program at once.
+volatile std::sig_atomic_t g_interrupted = 0;
+bool *g_cancel = nullptr;
+
+extern "C" void onInterrupt(int)
+{
+    g_interrupted = 1;
+    if (g_cancel)
+        *g_cancel = true;
+}
+
+class InterruptGuard
+{
+public:
+    explicit InterruptGuard(bool &cancel)
+    {
+        g_cancel = &cancel;
+        struct sigaction sa = {};
+        sa.sa_handler = onInterrupt;
+        sa.sa_flags = SA_RESETHAND;
+        ::sigaction(SIGINT, &sa, &m_oldInt);
+        ::sigaction(SIGTERM, &sa, &m_oldTerm);
+    }
+    ~InterruptGuard()
+    {
+        ::sigaction(SIGINT, &m_oldInt, nullptr);
+        ::sigaction(SIGTERM, &m_oldTerm, nullptr);
+        g_cancel = nullptr;
+    }
+    InterruptGuard(const InterruptGuard &) = delete;
+    InterruptGuard &operator=(const InterruptGuard &) = delete;
+
+private:
+    struct sigaction m_oldInt = {};
+    struct sigaction m_oldTerm = {};
+};
+
+void printSummary(const Engine &engine, bool ran, bool dryRun, int stillDiffering)
+{
+    const SyncStats &s = engine.syncStats;
+    if (!ran) {
+        std::printf("Nothing to synchronize.\n");
+        return;
+    }
+    if (dryRun) {
+        std::printf("Would copy %d files (%lld bytes), create %d directories, delete %d files.\n",
+                    s.filesCopied, static_cast<long long>(s.bytesCopied), s.directoriesCreated,
+                    s.filesDeleted);
+        return;
+    }
+    std::printf("Copied %d files (%lld bytes), created %d directories, deleted %d files; "
+                "%d failures%s; %d entries still differ.\n",
+                s.filesCopied, static_cast<long long>(s.bytesCopied), s.directoriesCreated,
+                s.filesDeleted, s.failures, g_interrupted ? "; interrupted" : "", stillDiffering);
 }
 
 } // namespace
 
 int runSync(const QStringList &args)
 {
-    QString source, destination, direction = QStringLiteral("both");
-    bool del = false, log = false, dryRun = false;
-    for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString &a = args[i];
-        const auto value = [&](QString &into) {
-            if (i + 1 >= args.size())
-                return false;
-            into = args[++i];
-            return true;
-        };
-        if (a == u"--help" || a == u"-h") {
-            QTextStream(stdout) << syncUsage;
-            return ExitOk;
-        }
-        if (a == u"--source" || a == u"--destination" || a == u"--direction") {
-            QString &into = a == u"--source"        ? source
-                            : a == u"--destination" ? destination
-                                                    : direction;
-            if (!value(into))
-                return usageError(a + u" needs a value");
-        } else if (a == u"--delete") {
-            del = true;
-        } else if (a == u"--log") {
-            log = true;
-        } else if (a == u"--dry-run") {
-            dryRun = true;
-        } else if (a.startsWith(u'-')) {
-            return usageError(u"unknown option " + a);
-        } else {
-            return usageError(QStringLiteral("profiles are not supported by this build yet; use "
-                                             "--source and --destination"));
-        }
+    PairOptions pairOptions;
+    SyncArgs sync;
+    QString error = parsePairOptions(args, {u"--direction"_qs}, pairOptions);
+    if (args.contains(u"--help"_qs) || args.contains(u"-h"_qs)) {
+        std::fputs(syncUsage, stdout);
+        return ExitOk;
     }
-    if (source.isEmpty() || destination.isEmpty())
-        return usageError(QStringLiteral("--source and --destination are required"));
-    if (direction != u"both" && direction != u"to-destination" && direction != u"to-source")
-        return usageError(u"unknown direction " + direction);
-    if (del && direction == u"both")
-        return usageError(QStringLiteral("--delete needs exactly one direction"));
+    if (error.isEmpty())
+        error = parseSyncArgs(pairOptions.rest, sync);
+    if (error.isEmpty() && sync.del && sync.direction == u"both")
+        error = u"--delete needs exactly one direction (to-destination or to-source)"_qs;
+    if (!error.isEmpty())
+        return usageError(error);
 
-    TerminalInteraction ui;
+    CliInteraction ui;
     Engine engine(ui);
+    prepareEngine(engine, ui);
     engine.DontAsk = true;
-    engine.sync.Src = direction != u"to-source";
-    engine.sync.Dest = direction != u"to-destination";
-    engine.sync.Delete = del;
-    if (log) {
+    error = applyPairOptions(pairOptions, engine);
+    if (!error.isEmpty())
+        return usageError(error);
+
+    if (!pairOptions.adHoc()) {
+        engine.ProfilePath = QFileInfo(pairOptions.profile).absoluteFilePath();
+        if (!ReadProfile(engine)) {
+            std::fprintf(stderr, "duomir-cli sync: cannot read the profile %s\n",
+                         toNative(engine.ProfilePath).constData());
+            return ExitUsage;
+        }
+        // Deleting is asked for on the command line only; a profile alone never deletes here.
+        if (engine.sync.Delete && !sync.del)
+            std::fprintf(stderr, "duomir-cli sync: note: the profile's delete option is not used "
+                                 "without --delete\n");
+    }
+    if (!sync.direction.isEmpty()) {
+        engine.sync.Src = sync.direction != u"to-source";
+        engine.sync.Dest = sync.direction != u"to-destination";
+    } else if (pairOptions.adHoc()) {
+        engine.sync.Src = engine.sync.Dest = true;
+    }
+    engine.sync.Reverse = false;
+    engine.sync.Delete = sync.del;
+    if (sync.del && engine.sync.Src == engine.sync.Dest)
+        return usageError(u"--delete needs exactly one direction; the profile has "_qs +
+                          (engine.sync.Src ? u"both"_qs : u"none"_qs));
+
+    if (sync.dryRun) {
+        engine.settings.LogToFile = false; // a dry run leaves no trace, not even in the log
+    } else if (sync.log) {
         engine.settings.LogToFile = true;
-        engine.DataFolder =
-            QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/Duomir/";
         QDir().mkpath(engine.DataFolder);
     }
+
+    int unlisted = 0;
+    if (!Compare(engine, &unlisted) && unlisted == 0)
+        return ExitUsage; // an empty pair list; Compare has said so
+    if (unlisted > 0)
+        std::fprintf(stderr, "duomir-cli sync: a pair whose directory could not be listed is left "
+                             "out of this run\n");
+    if (!engine.sync.Src && !engine.sync.Dest)
+        std::fprintf(stderr, "duomir-cli sync: no direction chosen\n");
+
     DryRunFileOps dry(PosixFileOps::instance());
-    if (dryRun)
+    if (sync.dryRun)
         engine.fileOps = &dry;
 
-    source = rootText(source);
-    destination = rootText(destination);
-    QString unreadable;
-    if (!compareTrees(engine, source, destination, unreadable)) {
-        QTextStream(stderr) << "duomir-cli sync: cannot list " << unreadable << '\n';
-        return ExitNoRoot;
+    bool ran = false;
+    {
+        InterruptGuard guard(engine.CancelFlag);
+        ran = Synchronize(engine, 0);
     }
 
-    g_cancel = &engine.CancelFlag;
-    struct sigaction sa = {};
-    sa.sa_handler = onSignal;
-    ::sigaction(SIGINT, &sa, nullptr);
-    ::sigaction(SIGTERM, &sa, nullptr);
-    const bool ran = Synchronize(engine, 0);
-    const bool cancelled = engine.CancelFlag;
-    g_cancel = nullptr;
+    int stillDiffering = 0;
+    if (ran && !sync.dryRun) {
+        int unlistedAfter = 0;
+        Compare(engine, &unlistedAfter);
+        stillDiffering = engine.compareCounters[0] + engine.compareCounters[2];
+    }
+    printSummary(engine, ran, sync.dryRun, stillDiffering);
 
-    int remaining = 0;
-    if (ran && !dryRun && compareTrees(engine, source, destination, unreadable))
-        remaining = engine.compareCounters[0] + engine.compareCounters[2];
-
-    const SyncStats &s = engine.syncStats;
-    QTextStream out(stdout);
-    if (!ran)
-        out << "Nothing to synchronize.\n";
-    else
-        out << (dryRun ? "Would copy " : "Copied ") << s.filesCopied << " files (" << s.bytesCopied
-            << " bytes), " << (dryRun ? "create " : "created ") << s.directoriesCreated
-            << " directories, " << (dryRun ? "delete " : "deleted ") << s.filesDeleted << " files; "
-            << s.failures << " failures" << (cancelled ? "; cancelled" : "") << (dryRun ? "" : "; ")
-            << (dryRun ? QString() : QString::number(remaining) + u" entries still differ")
-            << ".\n";
-    return s.failures > 0 || cancelled ? ExitFailures : ExitOk;
+    if (unlisted > 0)
+        return ExitNoRoot;
+    return engine.syncStats.failures > 0 || g_interrupted ? ExitFailures : ExitOk;
 }
 
 } // namespace duomir::cli

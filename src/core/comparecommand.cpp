@@ -116,9 +116,13 @@ bool Compare(Engine &engine, int *unlistedRoots)
                     static_cast<qsizetype>(engine.DestinationFiles.size()) - 1, destinationKeys);
         ui.yieldEvents();
 
+        const int firstRow = static_cast<int>(engine.CompareResults.size());
         MergeAndClassify({engine.SourceFiles, engine.DestinationFiles, sourceKeys, destinationKeys,
                           engine.CompareRoots, engine.MarkAll, engine.settings.TimeLag},
                          engine.CompareResults);
+        if (sourceFailed)
+            engine.UnlistedRows.push_back(
+                {firstRow, static_cast<int>(engine.CompareResults.size()) - 1});
         resetScan(engine.SourceFiles);
         resetScan(engine.DestinationFiles);
     }
