@@ -88,9 +88,9 @@ public:
     RowCounts visibleCounts;
     // Rows of the pairs whose source root could not be listed (message 806), first and last
     // index. Such a pair is compared against an empty source, so every destination file looks
-    // missing in the source: deleting on the destination what the source lacks would wipe it, and
-    // copying back would fill a place that is not the pair's real source. The walks leave these
-    // rows alone.
+    // missing in the source: deleting on the destination what the source lacks would wipe it, so
+    // deletion leaves these rows alone. Copying stays allowed: it loses nothing, and it is how a
+    // missing source is filled again from its copy.
     struct RowRange
     {
         int first;
