@@ -24,4 +24,16 @@ Interaction::Answer CliInteraction::message(Icon icon, Buttons buttons, const QS
     return buttons == Buttons::Ok ? Answer::Ok : Answer::No;
 }
 
+void CliInteraction::failureReported(const QString &error, const QString &source,
+                                     const QString &destination)
+{
+    QString line = error;
+    if (!source.isEmpty())
+        line += u": " + source;
+    if (!destination.isEmpty())
+        line += (source.isEmpty() ? u": " : u" -> ") + destination;
+    // Names go out as the bytes they are on disk, so the line names the very file.
+    std::fprintf(stderr, "duomir-cli: error: %s\n", toNative(line).constData());
+}
+
 } // namespace duomir::cli

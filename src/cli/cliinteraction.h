@@ -12,6 +12,10 @@ public:
     Answer message(Icon icon, Buttons buttons, const QString &text,
                    const QString &title = {}) override;
 
+    // Failed file operations, also without a message box: "error: TEXT: SOURCE -> DESTINATION".
+    void failureReported(const QString &error, const QString &source,
+                         const QString &destination) override;
+
     int messagesShown() const { return m_shown; }
 
 private:

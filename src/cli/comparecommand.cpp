@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "cli/cliinteraction.h"
+#include "cli/clisetup.h"
 #include "cli/commands.h"
 #include "cli/pairoptions.h"
 #include "cli/rowwriter.h"
@@ -11,7 +12,6 @@
 #include "core/filters.h"
 #include "core/platform/nativename.h"
 #include "core/profilefile.h"
-#include "settings/settingsfile.h"
 
 namespace duomir::cli {
 
@@ -67,15 +67,6 @@ QString parseView(const QStringList &rest, ViewOptions &view)
     return {};
 }
 
-void loadLanguage(Engine &engine, CliInteraction &ui)
-{
-    const QString name =
-        engine.settings.Language.isEmpty() ? u"English"_qs : engine.settings.Language;
-    const QString file = engine.ShareFolder + u'/' + name + u".lang";
-    if (QFileInfo::exists(file))
-        engine.language = Language::load(file, &ui);
-}
-
 } // namespace
 
 int runCompare(const QStringList &args)
@@ -91,8 +82,7 @@ int runCompare(const QStringList &args)
 
     CliInteraction ui;
     Engine engine(ui);
-    InitSettings(engine, SettingsEnvironment::current());
-    loadLanguage(engine, ui);
+    prepareEngine(engine, ui);
     error = applyPairOptions(pairOptions, engine);
     if (!error.isEmpty())
         return usageError(error);

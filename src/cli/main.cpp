@@ -30,6 +30,14 @@ Compare options:
   Rows go to standard output, messages and a summary to standard error.
   Exit status: 0 compared, 2 usage error or unreadable profile, 3 a root could not be listed.
 
+Sync options (see duomir-cli sync --help):
+  --direction both|to-destination|to-source   (default: the profile's, or both)
+  --delete      with one direction: delete on the sending side what the receiving side lacks
+  --log         write the day's log even when logging is off
+  --dry-run     print what would change; change nothing
+  Exit status: 0 done or nothing to do, 1 an operation failed, 2 usage error or unreadable
+  profile, 3 a root could not be listed.
+
 Options:
   -h, --help       show this help and exit
   -V, --version    show the version and exit

@@ -1,13 +1,230 @@
-#include <QTextStream>
+#include <QDir>
+#include <QFileInfo>
+#include <csignal>
+#include <cstdio>
 
+#include "cli/cliinteraction.h"
+#include "cli/clisetup.h"
 #include "cli/commands.h"
+#include "cli/dryrunfileops.h"
+#include "cli/pairoptions.h"
+#include "core/comparecommand.h"
+#include "core/engine.h"
+#include "core/platform/nativename.h"
+#include "core/platform/posixfileops.h"
+#include "core/profilefile.h"
+#include "core/synchronize.h"
 
 namespace duomir::cli {
 
-int runSync(const QStringList &)
+namespace {
+
+const char *const syncUsage =
+    R"(Usage: duomir-cli sync PROFILE | --source DIR --destination DIR [pair options] [options]
+
+Compares, copies the newer files (and, with --delete, deletes on the sending side what the
+receiving side lacks), compares again and prints a summary. Never asks: failures go to standard
+error and, when logging is on, to the day's log; the run always goes on.
+
+Options:
+  --direction both|to-destination|to-source   which way files go (default: the profile's
+                directions, both for --source/--destination)
+  --delete      with exactly one direction: delete on the sending side the files that the
+                receiving side lacks, and copy only files present on both sides
+  --log         write the day's log even when logging is off in the settings
+  --dry-run     print what would be deleted, created and copied; change nothing
+  (pair options and --time-lag as for compare)
+
+Exit status: 0 success or nothing to do, 1 some operation failed or the run was interrupted,
+2 usage error or unreadable profile, 3 a root directory could not be listed.
+)";
+
+struct SyncArgs
 {
-    QTextStream(stderr) << "duomir-cli sync: not available yet\n";
+    QString direction; // empty: the profile's, or both
+    bool del = false;
+    bool log = false;
+    bool dryRun = false;
+    bool help = false;
+};
+
+int usageError(const QString &text)
+{
+    std::fprintf(stderr, "duomir-cli sync: %s\n(see duomir-cli sync --help)\n",
+                 toNative(text).constData());
     return ExitUsage;
+}
+
+QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
+{
+    for (qsizetype i = 0; i < rest.size(); ++i) {
+        const QString &a = rest[i];
+        if (a == u"--direction") {
+            out.direction = rest.value(++i);
+            if (out.direction != u"both" && out.direction != u"to-destination" &&
+                out.direction != u"to-source")
+                return u"--direction takes both, to-destination or to-source, not '" +
+                       out.direction + u"'";
+        } else if (a == u"--delete") {
+            out.del = true;
+        } else if (a == u"--log") {
+            out.log = true;
+        } else if (a == u"--dry-run") {
+            out.dryRun = true;
+        } else if (a == u"--help" || a == u"-h") {
+            out.help = true;
+        } else {
+            return u"unknown option '" + a + u"'";
+        }
+    }
+    return {};
+}
+
+// Ctrl-C and SIGTERM during the copies set the cancel flag: the copy under way stops between two
+// chunks, removes its temporary file and leaves the old target whole, and the run ends in order.
+// The handler fires once; a second signal ends the program at once.
+volatile std::sig_atomic_t g_interrupted = 0;
+bool *g_cancel = nullptr;
+
+extern "C" void onInterrupt(int)
+{
+    g_interrupted = 1;
+    if (g_cancel)
+        *g_cancel = true;
+}
+
+class InterruptGuard
+{
+public:
+    explicit InterruptGuard(bool &cancel)
+    {
+        g_cancel = &cancel;
+        struct sigaction sa = {};
+        sa.sa_handler = onInterrupt;
+        sa.sa_flags = SA_RESETHAND;
+        ::sigaction(SIGINT, &sa, &m_oldInt);
+        ::sigaction(SIGTERM, &sa, &m_oldTerm);
+    }
+    ~InterruptGuard()
+    {
+        ::sigaction(SIGINT, &m_oldInt, nullptr);
+        ::sigaction(SIGTERM, &m_oldTerm, nullptr);
+        g_cancel = nullptr;
+    }
+    InterruptGuard(const InterruptGuard &) = delete;
+    InterruptGuard &operator=(const InterruptGuard &) = delete;
+
+private:
+    struct sigaction m_oldInt = {};
+    struct sigaction m_oldTerm = {};
+};
+
+void printSummary(const Engine &engine, bool ran, bool dryRun, int stillDiffering)
+{
+    const SyncStats &s = engine.syncStats;
+    if (!ran) {
+        std::printf("Nothing to synchronize.\n");
+        return;
+    }
+    if (dryRun) {
+        std::printf("Would copy %d files (%lld bytes), create %d directories, delete %d files.\n",
+                    s.filesCopied, static_cast<long long>(s.bytesCopied), s.directoriesCreated,
+                    s.filesDeleted);
+        return;
+    }
+    std::printf("Copied %d files (%lld bytes), created %d directories, deleted %d files; "
+                "%d failures%s; %d entries still differ.\n",
+                s.filesCopied, static_cast<long long>(s.bytesCopied), s.directoriesCreated,
+                s.filesDeleted, s.failures, g_interrupted ? "; interrupted" : "", stillDiffering);
+}
+
+} // namespace
+
+int runSync(const QStringList &args)
+{
+    PairOptions pairOptions;
+    SyncArgs sync;
+    QString error = parsePairOptions(args, {u"--direction"_qs}, pairOptions);
+    if (args.contains(u"--help"_qs) || args.contains(u"-h"_qs)) {
+        std::fputs(syncUsage, stdout);
+        return ExitOk;
+    }
+    if (error.isEmpty())
+        error = parseSyncArgs(pairOptions.rest, sync);
+    if (error.isEmpty() && sync.del && sync.direction == u"both")
+        error = u"--delete needs exactly one direction (to-destination or to-source)"_qs;
+    if (!error.isEmpty())
+        return usageError(error);
+
+    CliInteraction ui;
+    Engine engine(ui);
+    prepareEngine(engine, ui);
+    engine.DontAsk = true;
+    error = applyPairOptions(pairOptions, engine);
+    if (!error.isEmpty())
+        return usageError(error);
+
+    if (!pairOptions.adHoc()) {
+        engine.ProfilePath = QFileInfo(pairOptions.profile).absoluteFilePath();
+        if (!ReadProfile(engine)) {
+            std::fprintf(stderr, "duomir-cli sync: cannot read the profile %s\n",
+                         toNative(engine.ProfilePath).constData());
+            return ExitUsage;
+        }
+        // Deleting is asked for on the command line only; a profile alone never deletes here.
+        if (engine.sync.Delete && !sync.del)
+            std::fprintf(stderr, "duomir-cli sync: note: the profile's delete option is not used "
+                                 "without --delete\n");
+    }
+    if (!sync.direction.isEmpty()) {
+        engine.sync.Src = sync.direction != u"to-source";
+        engine.sync.Dest = sync.direction != u"to-destination";
+    } else if (pairOptions.adHoc()) {
+        engine.sync.Src = engine.sync.Dest = true;
+    }
+    engine.sync.Reverse = false;
+    engine.sync.Delete = sync.del;
+    if (sync.del && engine.sync.Src == engine.sync.Dest)
+        return usageError(u"--delete needs exactly one direction; the profile has "_qs +
+                          (engine.sync.Src ? u"both"_qs : u"none"_qs));
+
+    if (sync.dryRun) {
+        engine.settings.LogToFile = false; // a dry run leaves no trace, not even in the log
+    } else if (sync.log) {
+        engine.settings.LogToFile = true;
+        QDir().mkpath(engine.DataFolder);
+    }
+
+    int unlisted = 0;
+    if (!Compare(engine, &unlisted) && unlisted == 0)
+        return ExitUsage; // an empty pair list; Compare has said so
+    if (unlisted > 0)
+        std::fprintf(stderr, "duomir-cli sync: a pair whose directory could not be listed is left "
+                             "out of this run\n");
+    if (!engine.sync.Src && !engine.sync.Dest)
+        std::fprintf(stderr, "duomir-cli sync: no direction chosen\n");
+
+    DryRunFileOps dry(PosixFileOps::instance());
+    if (sync.dryRun)
+        engine.fileOps = &dry;
+
+    bool ran = false;
+    {
+        InterruptGuard guard(engine.CancelFlag);
+        ran = Synchronize(engine, 0);
+    }
+
+    int stillDiffering = 0;
+    if (ran && !sync.dryRun) {
+        int unlistedAfter = 0;
+        Compare(engine, &unlistedAfter);
+        stillDiffering = engine.compareCounters[0] + engine.compareCounters[2];
+    }
+    printSummary(engine, ran, sync.dryRun, stillDiffering);
+
+    if (unlisted > 0)
+        return ExitNoRoot;
+    return engine.syncStats.failures > 0 || g_interrupted ? ExitFailures : ExitOk;
 }
 
 } // namespace duomir::cli

@@ -50,8 +50,7 @@ bool Compare(Engine &engine, int *unlistedRoots)
         return false;
     }
     Interaction &ui = engine.ui();
-    CompareArray().swap(engine.CompareResults);
-    engine.CompareResults.emplace_back();
+    engine.resetCompareResults();
     engine.compareCounters = {};
 
     bool ok = true;
@@ -100,8 +99,7 @@ bool Compare(Engine &engine, int *unlistedRoots)
             ++unlisted;
             warn(engine, 807, {engine.CompareRoots[1]});
             resetScan(engine.SourceFiles);
-            CompareArray().swap(engine.CompareResults);
-            engine.CompareResults.emplace_back();
+            engine.resetCompareResults();
             ok = false;
             break;
         }
@@ -118,9 +116,13 @@ bool Compare(Engine &engine, int *unlistedRoots)
                     static_cast<qsizetype>(engine.DestinationFiles.size()) - 1, destinationKeys);
         ui.yieldEvents();
 
+        const int firstRow = static_cast<int>(engine.CompareResults.size());
         MergeAndClassify({engine.SourceFiles, engine.DestinationFiles, sourceKeys, destinationKeys,
                           engine.CompareRoots, engine.MarkAll, engine.settings.TimeLag},
                          engine.CompareResults);
+        if (sourceFailed)
+            engine.UnlistedRows.push_back(
+                {firstRow, static_cast<int>(engine.CompareResults.size()) - 1});
         resetScan(engine.SourceFiles);
         resetScan(engine.DestinationFiles);
     }

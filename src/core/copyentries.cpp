@@ -79,11 +79,11 @@ void CopyWalk::tree(int start)
             if (start > 0 && i > start && separatorCount(x.Path[m_d]) <= depth)
                 return;
             if (!(m_mode & CopyMode::ReceivingDecides) && x.State == sendingState() && x.Marked &&
-                !m_counting)
+                !m_counting && !m_engine.isInUnlistedPair(i))
                 makeReceivingDirectory(i, x.Path[m_r], x.Path[m_d]);
             continue;
         }
-        if (!qualifies(x, false))
+        if (m_engine.isInUnlistedPair(i) || !qualifies(x, false))
             continue;
         clearReadOnly(i);
         countOrCopy(i);
@@ -150,8 +150,14 @@ void CopyEntries(Engine &engine, int d, int start, int mode)
     if (engine.CompareResults.size() < 2)
         return;
     const int first = std::max(start, 1);
+    // A row of a pair whose source could not be listed is never a place to copy from or to;
+    // a whole-list run still goes through the other pairs. Start 0 is always the whole list, even
+    // when the first pair's root is not a directory.
+    const bool single = start > 0 && !engine.CompareResults[size_t(first)].isDirectory();
+    if (start > 0 && engine.isInUnlistedPair(first))
+        return;
     CopyWalk walk(engine, d, mode);
-    if (!engine.CompareResults[size_t(first)].isDirectory())
+    if (single)
         walk.singleFile(first);
     else
         walk.tree(start);

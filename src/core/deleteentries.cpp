@@ -31,7 +31,11 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
         return;
     const int first = std::max(start, 1);
     const CompareEntry &e = rows[size_t(first)];
-    if (!e.isDirectory()) {
+    // Against an unlisted source every destination file looks missing there: a pair in that
+    // state deletes nothing, whichever side was asked for.
+    if (start > 0 && engine.isInUnlistedPair(first))
+        return;
+    if (start > 0 && !e.isDirectory()) {
         if (!e.Name[side].isEmpty())
             deleteFile(engine, side, first);
         return;
@@ -54,7 +58,7 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
                 return;
             continue;
         }
-        if (x.Name[side].isEmpty() || !x.Marked)
+        if (x.Name[side].isEmpty() || !x.Marked || engine.isInUnlistedPair(i))
             continue;
         if ((mode & DeleteMode::OnlyMissingOnOtherSide) && !x.Name[other].isEmpty())
             continue;

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <vector>
 
 #include "core/dirpair.h"
 #include "core/fileentry.h"
@@ -85,6 +86,33 @@ public:
     FilterState filter;
     RowIndexArray VisibleRows = RowIndexArray(1, 0);
     RowCounts visibleCounts;
+    // Rows of the pairs whose source root could not be listed (message 806), first and last
+    // index. Such a pair is compared against an empty source, so every destination file looks
+    // missing in the source: deleting on the destination what the source lacks would wipe it, and
+    // copying back would fill a place that is not the pair's real source. The walks leave these
+    // rows alone.
+    struct RowRange
+    {
+        int first;
+        int last;
+    };
+    std::vector<RowRange> UnlistedRows;
+    bool isInUnlistedPair(int row) const
+    {
+        for (const RowRange &r : UnlistedRows) {
+            if (row >= r.first && row <= r.last)
+                return true;
+        }
+        return false;
+    }
+
+    // Empties the comparison result and, with it, the visible rows that point into it.
+    void resetCompareResults()
+    {
+        CompareArray(1).swap(CompareResults);
+        RowIndexArray(1, 0).swap(VisibleRows);
+        UnlistedRows.clear();
+    }
     int visibleCount() const { return static_cast<int>(VisibleRows.size()) - 1; }
     CompareEntry &visibleRow(int r)
     {

@@ -78,8 +78,13 @@ QString Merger::derivedPath(const FileEntry &present, int presentSide)
         return m_lastDerived;
     const QString &ownRoot = m_in.roots[static_cast<size_t>(presentSide)];
     const QString &otherRoot = m_in.roots[static_cast<size_t>(1 - presentSide)];
+    // A side without a root (an empty pair text) has no place for anything: deriving from it
+    // would give a relative path, which a copy would resolve against the working directory.
     m_lastDerived =
-        otherRoot + QStringView(present.Path).mid(std::min(ownRoot.size(), present.Path.size()));
+        otherRoot.isEmpty()
+            ? QString()
+            : otherRoot +
+                  QStringView(present.Path).mid(std::min(ownRoot.size(), present.Path.size()));
     m_lastPresent = present.Path.constData();
     m_lastPresentSize = present.Path.size();
     m_lastSide = presentSide;

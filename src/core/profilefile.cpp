@@ -29,7 +29,7 @@ int filterValue(int value, int highest)
 
 } // namespace
 
-bool LoadProfile(Engine &engine, int *unlistedRoots)
+bool ReadProfile(Engine &engine)
 {
     engine.pairs.clear();
     engine.SourceFiles.assign(1, FileEntry());
@@ -77,7 +77,13 @@ bool LoadProfile(Engine &engine, int *unlistedRoots)
         pair.ExcludeFiles = readText(u"EF");
         engine.pairs.append(pair);
     }
+    return true;
+}
 
+bool LoadProfile(Engine &engine, int *unlistedRoots)
+{
+    if (!ReadProfile(engine))
+        return false;
     Compare(engine, unlistedRoots);
     engine.ProfileModified = false;
     return true;
@@ -87,6 +93,7 @@ bool SaveProfile(Engine &engine, const QString &path)
 {
     engine.ProfilePath = path;
     IniFile file(path);
+    file.beginBatch();
     bool ok = true;
     auto write = [&](const QString &section, const char16_t *key, const QString &value) {
         ok = file.writeString(section, QString::fromUtf16(key), text(value)) && ok;
@@ -115,6 +122,7 @@ bool SaveProfile(Engine &engine, const QString &path)
         write(section, u"IF", pair.IncludeFiles);
         write(section, u"EF", pair.ExcludeFiles);
     }
+    ok = file.endBatch() && ok;
     engine.ProfileModified = false;
     return ok;
 }

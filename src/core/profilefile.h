@@ -18,6 +18,10 @@ class Engine;
 // empty and ProfilePath keeps the failed path. `unlistedRoots` as for Compare.
 bool LoadProfile(Engine &engine, int *unlistedRoots = nullptr);
 
+// LoadProfile without the closing Compare, for a front end that runs its own Compare command
+// (with its progress display) right after.
+bool ReadProfile(Engine &engine);
+
 // Writes the view state and the pairs into `path` key by key (sections "1".."N" in list order)
 // and makes it engine.ProfilePath; clears ProfileModified. Nothing else in the file is touched,
 // so sections beyond N of a longer list saved there before remain and load again as pairs.

@@ -35,7 +35,6 @@ set(DUOMIR_CORE_SOURCES
     # synchronization, deletion, error log
     core/platform/fileops.h
     core/platform/errortext.cpp
-    core/platform/nativepath.h
     core/platform/posixfileops.h
     core/platform/posixfileops.cpp
     core/platform/faultyfileops.h

@@ -21,7 +21,11 @@ bool refuse(Engine &engine, int key)
 void writeRunLine(Engine &engine, const QString &what, int startEntry)
 {
     const CompareArray &rows = engine.CompareResults;
-    const CompareEntry &e = rows[size_t(startEntry) < rows.size() ? size_t(startEntry) : 0];
+    // Element 0 holds no paths; a whole-list run names the first pair's directories instead.
+    std::size_t index = std::size_t(startEntry) < rows.size() ? std::size_t(startEntry) : 0;
+    if (index == 0 && rows[0].Path[0].isEmpty() && rows.size() > 1)
+        index = 1;
+    const CompareEntry &e = rows[index];
     WriteLogLine(engine, {what, engine.ProfilePath, e.Path[0], e.Path[1]});
 }
 

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <climits>
 
+#include "core/platform/nativename.h"
+
 namespace duomir {
 
 namespace {
@@ -46,6 +48,12 @@ QString fileValue(QString value)
     if (value != value.trimmed() || unquote(value) != value)
         return u'"' + value + u'"';
     return value;
+}
+
+// What a later parse reads back from a value written by fileValue().
+QString storedValue(const QString &value)
+{
+    return unquote(fileValue(value).trimmed());
 }
 
 bool sameName(const QString &a, const QString &b)
@@ -103,7 +111,7 @@ void IniFile::parse()
         return beforeFirstHeader ? implicit : m_sections.last();
     };
     for (int i = 0; i < m_lines.size(); ++i) {
-        const QString text = QString::fromUtf8(withoutLineEnd(m_lines[i])).trimmed();
+        const QString text = fromNative(withoutLineEnd(m_lines[i])).trimmed();
         if (text.isEmpty())
             continue;
         if (text.startsWith(u'[')) {
@@ -231,42 +239,95 @@ void IniFile::reloadIfChanged()
 
 bool IniFile::writeString(const QString &section, const QString &key, const QString &value)
 {
+    if (m_batch) {
+        if (m_readable)
+            applyWrite(section, key, value);
+        return m_readable;
+    }
+    beginBatch();
+    if (m_readable)
+        applyWrite(section, key, value);
+    return endBatch();
+}
+
+void IniFile::beginBatch()
+{
     reloadIfChanged();
+    m_batch = true;
+    m_dirty = false;
+}
+
+bool IniFile::endBatch()
+{
+    m_batch = false;
     if (!m_readable)
         return false;
+    if (!m_dirty)
+        return true;
+    m_dirty = false;
+    if (save(m_lines))
+        return true;
+    reload(); // the file on disk is unchanged: so is this object
+    return false;
+}
 
-    QList<QByteArray> lines = m_lines;
+// Changes m_lines and keeps the parsed sections in step without parsing the whole file again, so
+// that a batch of thousands of writes (a long profile) stays linear in practice.
+void IniFile::applyWrite(const QString &section, const QString &key, const QString &value)
+{
+    Section *s = const_cast<Section *>(findSection(section));
+    Entry *e = const_cast<Entry *>(findEntry(section, key));
     const auto terminate = [&](qsizetype line) {
-        if (line >= 0 && line < lines.size() && !lines[line].endsWith('\n'))
-            lines[line] += m_eol;
+        if (line >= 0 && line < m_lines.size() && !m_lines[line].endsWith('\n'))
+            m_lines[line] += m_eol;
     };
-    const Section *s = findSection(section);
-    const Entry *e = findEntry(section, key);
+    const auto insertLine = [&](int at, const QByteArray &line) {
+        m_lines.insert(at, line);
+        for (Section &other : m_sections) {
+            if (other.header >= at)
+                ++other.header;
+            if (other.lastContent >= at)
+                ++other.lastContent;
+            for (Entry &entry : other.entries) {
+                if (entry.line >= at)
+                    ++entry.line;
+            }
+        }
+    };
 
     if (value.isNull()) {
         if (!e)
-            return true;
+            return;
         // Every repeat of the key goes, so that a later duplicate does not reappear.
         for (qsizetype i = s->entries.size() - 1; i >= 0; --i) {
             if (sameName(s->entries[i].key, key))
-                lines.removeAt(s->entries[i].line);
+                m_lines.removeAt(s->entries[i].line);
         }
+        parse();
     } else if (e) {
-        lines[e->line] = (e->key + u'=' + fileValue(value)).toUtf8() + lineEndOf(lines[e->line]);
+        m_lines[e->line] = toNative(e->key + u'=' + fileValue(value)) + lineEndOf(m_lines[e->line]);
+        e->value = storedValue(value);
     } else {
-        const QByteArray entry = (key + u'=' + fileValue(value)).toUtf8() + m_eol;
+        const QByteArray entry = toNative(key + u'=' + fileValue(value)) + m_eol;
         if (s) {
             terminate(s->lastContent);
-            lines.insert(s->lastContent + 1, entry);
+            const int at = s->lastContent + 1;
+            insertLine(at, entry);
+            s->entries.append(Entry{key, storedValue(value), at});
+            s->lastContent = at;
         } else if (section.isEmpty()) {
-            lines.prepend(entry);
+            m_lines.prepend(entry);
+            parse();
         } else {
-            terminate(lines.size() - 1);
-            lines.append((u'[' + section + u']').toUtf8() + m_eol);
-            lines.append(entry);
+            terminate(m_lines.size() - 1);
+            const int header = int(m_lines.size());
+            m_lines.append(toNative(u'[' + section + u']') + m_eol);
+            m_lines.append(entry);
+            m_sections.append(
+                Section{section, header, header + 1, {Entry{key, storedValue(value), header + 1}}});
         }
     }
-    return save(lines);
+    m_dirty = true;
 }
 
 bool IniFile::save(const QList<QByteArray> &lines)

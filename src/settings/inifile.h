@@ -14,7 +14,8 @@ namespace duomir {
 // blanks around keys and values are dropped, then one pair of matching quotes (" or ') around a
 // value; the section with the empty name is what stands before the first header line (or under
 // "[]"). Lines starting with ";" or "#" are comments; lines without "=" carry no key. Text is read
-// as UTF-8; CRLF and LF line ends are both read.
+// as UTF-8, bytes that are not UTF-8 carried through unchanged (a path in a profile may hold
+// them); CRLF and LF line ends are both read.
 //
 // Writing changes only the line of the key concerned (or appends the key at the end of its
 // section, or the section at the end of the file); every other byte stays as it was, line ends
@@ -62,6 +63,12 @@ public:
         return writeString(section, key, QString());
     }
 
+    // Between these two, writes change only this object; endBatch() replaces the file once and
+    // returns false when that failed (the object then holds the file as it is on disk again).
+    // A whole profile is saved this way instead of rewriting the file once per key.
+    void beginBatch();
+    bool endBatch();
+
 private:
     struct Entry
     {
@@ -81,6 +88,7 @@ private:
     const Section *findSection(const QString &name) const;
     const Entry *findEntry(const QString &section, const QString &key) const;
     void reloadIfChanged();
+    void applyWrite(const QString &section, const QString &key, const QString &value);
     bool save(const QList<QByteArray> &lines);
 
     QString m_path;
@@ -88,6 +96,8 @@ private:
     QDateTime m_loadedTime;
     qint64 m_loadedSize = -1;
     QByteArray m_eol = "\n";
+    bool m_batch = false;
+    bool m_dirty = false;
     QList<QByteArray> m_lines; // raw lines, each with its own line end
     QList<Section> m_sections;
 };

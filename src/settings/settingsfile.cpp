@@ -63,9 +63,11 @@ QString InitDataFolder(const SettingsEnvironment &env)
     if (base.isEmpty())
         return join(env.programFolder, QString());
 
+    // A fresh account may not have ~/.local/share yet; without it an unattended run would have
+    // nowhere to put its log, so the whole path is made.
     const QString folder = join(base, Product);
     if (!QFileInfo(folder).isDir())
-        QDir().mkdir(folder);
+        QDir().mkpath(folder);
     return folder + u'/';
 }
 
@@ -139,6 +141,7 @@ void WriteOptions(IniFile &file, const Settings &s)
     const QString exclude = QStringLiteral("Exclude");
     const QString include = QStringLiteral("Include");
     const QString general = QStringLiteral("General");
+    file.beginBatch();
     file.writeString(exclude, QStringLiteral("Dirs"), s.ExcludeDirs);
     file.writeString(exclude, QStringLiteral("Files"), s.ExcludeFiles);
     file.writeString(general, QStringLiteral("TimeLag"), timeLagToText(s.TimeLag));
@@ -149,6 +152,7 @@ void WriteOptions(IniFile &file, const Settings &s)
     file.writeString(include, QStringLiteral("SysFiles"), flag(s.SysFiles));
     file.writeString(include, QStringLiteral("HiddenDirs"), flag(s.HiddenDirs));
     file.writeString(include, QStringLiteral("HiddenFiles"), flag(s.HiddenFiles));
+    file.endBatch();
 }
 
 void WriteLanguage(IniFile &file, const QString &language)

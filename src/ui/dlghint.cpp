@@ -8,9 +8,10 @@
 #include <QVBoxLayout>
 
 #include "core/engine.h"
+#include "settings/inifile.h"
+#include "settings/settingsfile.h"
 #include "ui/helppage.h"
 #include "ui/localizecontrols.h"
-#include "ui/optionwrites.h"
 #include "ui/programversion.h"
 
 namespace duomir {
@@ -31,7 +32,7 @@ dlgHint::dlgHint(Engine &engine, QWidget *parent) : QDialog(parent), m_engine(en
     auto *txtInfo = new QPlainTextEdit;
     txtInfo->setObjectName(QStringLiteral("txtInfo"));
     txtInfo->setReadOnly(true);
-    txtInfo->setMinimumSize(480, 300);
+    txtInfo->setMinimumSize(520, 380);
     auto *chkAgain = new QCheckBox(QStringLiteral("&Don't show this hint again"));
     chkAgain->setObjectName(QStringLiteral("chkAgain"));
     setHelpId(chkAgain, 60001);
@@ -55,7 +56,8 @@ dlgHint::dlgHint(Engine &engine, QWidget *parent) : QDialog(parent), m_engine(en
 
     connect(chkAgain, &QCheckBox::clicked, this, [this](bool checked) {
         m_engine.settings.DontShowHint = checked;
-        WriteDontShowHint(m_engine);
+        IniFile file(m_engine.SettingsFile);
+        WriteDontShowHint(file, checked);
     });
     connect(cmdOK, &QPushButton::clicked, this, &QDialog::accept);
     cmdOK->setFocus();

@@ -8,10 +8,11 @@
 #include <QVBoxLayout>
 
 #include "core/engine.h"
+#include "settings/inifile.h"
+#include "settings/settingsfile.h"
 #include "ui/helppage.h"
 #include "ui/localizecontrols.h"
 #include "ui/modal.h"
-#include "ui/optionwrites.h"
 
 namespace duomir {
 
@@ -43,7 +44,7 @@ dlgLanguage::dlgLanguage(Engine &engine, QWidget *parent) : QDialog(parent), m_e
     layout->addLayout(buttons);
 
     // The file name stays with each entry: a language file may translate the shown names.
-    for (const QString &name : availableLanguages(m_engine.ProgramFolder))
+    for (const QString &name : Language::available(m_engine.ShareFolder))
         m_cboLanguage->addItem(name, name);
     m_cboLanguage->setCurrentIndex(m_cboLanguage->findData(m_engine.settings.Language));
     LocalizeControls(this, m_engine.language);
@@ -51,24 +52,15 @@ dlgLanguage::dlgLanguage(Engine &engine, QWidget *parent) : QDialog(parent), m_e
     connect(cmdOK, &QPushButton::clicked, this, &dlgLanguage::choose);
 }
 
-QStringList dlgLanguage::availableLanguages(const QString &folder)
-{
-    QStringList names;
-    const QStringList files = QDir(folder).entryList({QStringLiteral("*.lang")},
-                                                     QDir::Files | QDir::Readable, QDir::Name);
-    for (const QString &file : files)
-        names.append(file.chopped(5));
-    return names;
-}
-
 void dlgLanguage::choose()
 {
     if (m_cboLanguage->currentIndex() >= 0) {
         const QString name = m_cboLanguage->currentData().toString();
         m_engine.settings.Language = name;
-        WriteLanguage(m_engine);
+        IniFile file(m_engine.SettingsFile);
+        WriteLanguage(file, name);
         m_engine.language =
-            Language::load(QDir(m_engine.ProgramFolder).filePath(name + u".lang"), &m_engine.ui());
+            Language::load(Language::filePath(m_engine.ShareFolder, name), &m_engine.ui());
         LocalizeControls(this, m_engine.language);
         Q_EMIT languageChanged();
     }

@@ -16,9 +16,6 @@ class dlgLanguage : public QDialog
 public:
     explicit dlgLanguage(Engine &engine, QWidget *parent = nullptr);
 
-    // The language names found: the files "*.lang" of the program folder without the extension.
-    static QStringList availableLanguages(const QString &folder);
-
     void done(int result) override;
 
 Q_SIGNALS:

@@ -66,12 +66,14 @@ dlgMakeLink::dlgMakeLink(Engine &engine, QWidget *parent) : QDialog(parent), m_e
     setWindowTitle(QStringLiteral("Create Shortcut"));
 
     m_txtName = named(new QLineEdit, "txtName", 0);
-    m_txtName->setToolTip(QStringLiteral("Give the shortcut a name"));
+
     m_txtDescription = named(new QLineEdit, "txtDescription", 0);
-    m_txtDescription->setToolTip(QStringLiteral("Describes the shortcut's function"));
+
     auto *lblName = named(new QLabel(QStringLiteral("&Name of shortcut:")), "lblName", 50001);
     auto *lblDescription =
         named(new QLabel(QStringLiteral("&Description:")), "lblDescription", 50002);
+    lblName->setToolTip(QStringLiteral("Give the shortcut a name"));
+    lblDescription->setToolTip(QStringLiteral("Describes the shortcut's function"));
     lblName->setBuddy(m_txtName);
     lblDescription->setBuddy(m_txtDescription);
 
@@ -104,6 +106,10 @@ dlgMakeLink::dlgMakeLink(Engine &engine, QWidget *parent) : QDialog(parent), m_e
     m_txtName->setMinimumWidth(320);
 
     LocalizeControls(this, m_engine.language);
+    // The text boxes carry no number of their own (localizing one would fill it in); they share
+    // the tips of their labels.
+    m_txtName->setToolTip(lblName->toolTip());
+    m_txtDescription->setToolTip(lblDescription->toolTip());
     // An automatic run needs a profile to run.
     m_chkAuto->setEnabled(!m_engine.ProfilePath.isEmpty());
     m_cmdOK->setEnabled(false);
@@ -129,7 +135,7 @@ void dlgMakeLink::create()
     launcher.arguments =
         launcherArguments(m_engine.ProfilePath, m_chkAuto->isEnabled() && m_chkAuto->isChecked(),
                           m_chkDontAsk->isChecked(), m_chkHide->isChecked());
-    launcher.icon = launcherIcon(m_engine.ProgramFolder);
+    launcher.icon = launcherIcon(m_engine.ShareFolder);
     launcher.name = m_txtName->text();
     launcher.description = m_txtDescription->text();
     // A failed write is not reported: the dialog closes either way.

@@ -8,11 +8,16 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <optional>
 
 #include "core/engine.h"
 #include "core/interaction.h"
+#include "settings/inifile.h"
+#include "settings/settingsfile.h"
+#include "settings/timelag.h"
 #include "ui/dlgabout.h"
 #include "ui/dlghint.h"
 #include "ui/dlglanguage.h"
@@ -20,7 +25,6 @@
 #include "ui/helppage.h"
 #include "ui/localizecontrols.h"
 #include "ui/modal.h"
-#include "ui/optionwrites.h"
 #include "ui/programversion.h"
 
 namespace duomir {
@@ -33,6 +37,24 @@ template <class W> W *named(W *widget, const char *name, int id)
     widget->setObjectName(QString::fromLatin1(name));
     setHelpId(widget, id);
     return widget;
+}
+
+// The time lag as typed: "0", or hours, minutes and optional seconds separated by colons. Unlike
+// the settings reader, which takes any text and falls back to no lag, this refuses what is not a
+// time, so that a typing error is not silently stored as zero.
+std::optional<double> timeLagInput(const QString &text)
+{
+    static const QRegularExpression re(
+        QStringLiteral("^\\s*(\\d{1,2}):(\\d{1,2})(?::(\\d{1,2}))?\\s*$"));
+    if (text.trimmed() == u"0")
+        return 0.0;
+    const auto m = re.match(text);
+    if (!m.hasMatch())
+        return std::nullopt;
+    const int h = m.captured(1).toInt(), mi = m.captured(2).toInt(), s = m.captured(3).toInt();
+    if (mi > 59 || s > 59)
+        return std::nullopt;
+    return (h * 3600 + mi * 60 + s) / 86400.0;
 }
 
 } // namespace
@@ -110,7 +132,7 @@ void dlgOptions::buildControls()
     auto *cmdLanguage =
         named(new QPushButton(QStringLiteral("&Language...")), "cmdLanguage", 10019);
     m_cmdMakeLink =
-        named(new QPushButton(QStringLiteral("Create &shortcut...")), "cmdMakeLink", 10020);
+        named(new QPushButton(QStringLiteral("&Create shortcut...")), "cmdMakeLink", 10020);
     auto *cmdHint = named(new QPushButton(QStringLiteral("&Hint...")), "cmdHint", 10021);
     auto *cmdAbout = named(new QPushButton(QStringLiteral("A&bout...")), "cmdAbout", 10022);
     for (QPushButton *b : {m_cmdApply, m_cmdExit, cmdLanguage, m_cmdMakeLink, cmdHint, cmdAbout})
@@ -175,7 +197,7 @@ void dlgOptions::fillFromSettings()
     const Settings &s = m_engine.settings;
     m_txtExcludeDirs->setText(s.ExcludeDirs);
     m_txtExcludeFiles->setText(s.ExcludeFiles);
-    m_txtTimeLag->setText(timeLagText(s.TimeLag));
+    m_txtTimeLag->setText(timeLagToText(s.TimeLag));
     m_chkSubDirs->setChecked(s.SubDirs);
     m_chkSystem[0]->setChecked(s.SysDirs);
     m_chkSystem[1]->setChecked(s.SysFiles);
@@ -212,9 +234,9 @@ bool dlgOptions::eventFilter(QObject *watched, QEvent *event)
 
 bool dlgOptions::validateTimeLag()
 {
-    const auto lag = timeLagFromText(m_txtTimeLag->text());
+    const auto lag = timeLagInput(m_txtTimeLag->text());
     if (lag && *lag < 1.0) {
-        m_txtTimeLag->setText(timeLagText(*lag));
+        m_txtTimeLag->setText(timeLagToText(*lag));
         return true;
     }
     m_validating = true;
@@ -238,7 +260,7 @@ void dlgOptions::apply()
     Settings &s = m_engine.settings;
     s.ExcludeDirs = m_txtExcludeDirs->text();
     s.ExcludeFiles = m_txtExcludeFiles->text();
-    s.TimeLag = timeLagFromText(m_txtTimeLag->text()).value_or(0.0);
+    s.TimeLag = timeLagInput(m_txtTimeLag->text()).value_or(0.0);
     s.LogToFile = m_chkLogToFile->isChecked();
     s.ButtonBarsWithText = m_chkButtonBarsWithText->isChecked();
     s.SubDirs = m_chkSubDirs->isChecked();
@@ -246,7 +268,8 @@ void dlgOptions::apply()
         s.sys(i) = m_chkSystem[i]->isChecked();
         s.hidden(i) = m_chkHidden[i]->isChecked();
     }
-    WriteOptions(m_engine);
+    IniFile file(m_engine.SettingsFile);
+    WriteOptions(file, s);
     Q_EMIT optionsApplied();
 }
 

@@ -18,7 +18,7 @@ void setHelpPage(QWidget *window, const QString &page)
 
 QString helpPagePath(const Engine &engine, const QString &page)
 {
-    return QDir(engine.ProgramFolder).filePath(u"Help/" + engine.settings.Language + u'/' + page);
+    return QDir(engine.ShareFolder).filePath(u"Help/" + engine.settings.Language + u'/' + page);
 }
 
 void openHelpFor(const Engine &engine, QWidget *window)

@@ -99,8 +99,10 @@ bool isMessageKey(const QString &key)
 {
     bool numeric = false;
     const int n = key.toInt(&numeric);
-    // Control identifiers (1000-9999) may carry a tool tip; everything else is a message.
-    return !numeric || n < 1000 || n > 9999;
+    // Control identifiers may carry a tool tip: the main window's 1000-9999 and the first 800
+    // numbers of each dialog's block of 10000; everything else is a message.
+    const bool control = (n >= 1000 && n <= 9999) || (n >= 10000 && n % 10000 < 800);
+    return !numeric || !control;
 }
 
 // Every message the program shows, with the parameters its caller passes.

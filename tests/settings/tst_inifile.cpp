@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "common/temptree.h"
+#include "core/platform/nativename.h"
 #include "settings/inifile.h"
 
 using duomir::IniFile;
@@ -25,6 +26,7 @@ private Q_SLOTS:
     void writeFailureLeavesFileAlone_data();
     void writeFailureLeavesFileAlone();
     void writeKeepsKeysAddedByOthers();
+    void batchWritesMatchSingleWrites();
     void badInput_data();
     void badInput();
 };
@@ -152,6 +154,9 @@ void TestIniFile::write_data()
         << QByteArray("[A]\n") << u"A"_qs << u"k"_qs << u" v "_qs << QByteArray("[A]\nk=\" v \"\n");
     QTest::newRow("line break cannot split the entry")
         << QByteArray("[A]\n") << u"A"_qs << u"k"_qs << u"a\nb"_qs << QByteArray("[A]\nk=a b\n");
+    QTest::newRow("a path that is not utf-8 keeps its bytes")
+        << QByteArray("[1]\n") << u"1"_qs << u"S"_qs
+        << duomir::fromNative(QByteArray("/d\xe9j\xe0")) << QByteArray("[1]\nS=/d\xe9j\xe0\n");
     QTest::newRow("invalid utf-8 elsewhere kept")
         << QByteArray("[A]\nx=\xff\xfe\nk=1\n") << u"A"_qs << u"k"_qs << u"2"_qs
         << QByteArray("[A]\nx=\xff\xfe\nk=2\n");
@@ -225,6 +230,39 @@ void TestIniFile::writeKeepsKeysAddedByOthers()
     QVERIFY(mine.writeString(u"A"_qs, u"k"_qs, u"2"_qs));
     QCOMPARE(tree.read(u"a.ini"_qs),
              QByteArray("[A]\nk=2\n[B]\nother=long enough to change the size\n"));
+}
+
+// A profile is saved in one batch; the file must come out as if every key had been written alone.
+void TestIniFile::batchWritesMatchSingleWrites()
+{
+    struct Write
+    {
+        QString section, key, value;
+    };
+    const QList<Write> writes = {
+        {u"0"_qs, u"ED"_qs, u"1"_qs},  {u"1"_qs, u"S"_qs, u"/new"_qs},
+        {u"1"_qs, u"X"_qs, u"x"_qs},   {u"0"_qs, u"F1"_qs, u"2"_qs},
+        {u"2"_qs, u"S"_qs, u"/b"_qs},  {u"2"_qs, u"D"_qs, u"/c"_qs},
+        {u"7"_qs, u"S"_qs, QString()}, {u"1"_qs, u"D"_qs, u"/d"_qs},
+        {QString(), u"k"_qs, u"v"_qs}, {u"0"_qs, u"SO3"_qs, u"0"_qs},
+    };
+    const QByteArray before("; profile\r\n[0]\r\nED=0\r\n[7]\r\nS=/old\r\nD=/x\r\n[1]\r\nS=/a\r\n");
+    TempTree tree;
+    tree.file(u"single.dyp"_qs, before);
+    tree.file(u"batch.dyp"_qs, before);
+    IniFile single(tree.path(u"single.dyp"_qs));
+    for (const Write &w : writes)
+        QVERIFY(single.writeString(w.section, w.key, w.value));
+    IniFile batch(tree.path(u"batch.dyp"_qs));
+    batch.beginBatch();
+    for (const Write &w : writes)
+        QVERIFY(batch.writeString(w.section, w.key, w.value));
+    QCOMPARE(tree.read(u"batch.dyp"_qs), before); // nothing on disk before the end
+    QVERIFY(batch.endBatch());
+    QCOMPARE(tree.read(u"batch.dyp"_qs), tree.read(u"single.dyp"_qs));
+    for (const Write &w : writes)
+        QCOMPARE(batch.readString(w.section, w.key, u"<absent>"_qs),
+                 IniFile(batch.path()).readString(w.section, w.key, u"<absent>"_qs));
 }
 
 void TestIniFile::badInput_data()

@@ -21,6 +21,8 @@ struct OpResult
 namespace OpError {
 // Sockets, FIFOs and device nodes are never opened for reading.
 inline constexpr int NotRegularFile = 0x10001;
+// An empty or relative path: the walks act only on absolute paths.
+inline constexpr int PlaceUnknown = 0x10002;
 } // namespace OpError
 
 // The text shown and logged for an error code: the system's own text for errno values.
@@ -31,7 +33,7 @@ using CopyProgress = std::function<void(std::int64_t total, std::int64_t done)>;
 
 // Every file-system change the synchronization makes goes through this interface, so that tests
 // can inject faults and a dry run can record instead of act. Paths are full paths without a
-// trailing separator.
+// trailing separator; the real implementation refuses an empty or relative one (PlaceUnknown).
 class FileOps
 {
 public:

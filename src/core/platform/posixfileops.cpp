@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/platform/nativepath.h"
+#include "core/platform/nativename.h"
 
 namespace duomir {
 
@@ -53,6 +53,14 @@ QByteArray temporaryTemplate(const QByteArray &target)
     return dir + '.' + name + ".duomir-XXXXXX";
 }
 
+// Every path the walks act on is derived from a pair's root. An empty or relative one (a pair
+// without a root, a row built by hand) would be resolved against the working directory, which is
+// nobody's data to change: such a call is refused before it reaches the system.
+bool placeKnown(const QString &path)
+{
+    return path.startsWith(u'/');
+}
+
 bool fallbackNeeded(int error)
 {
     return error == EXDEV || error == ENOSYS || error == EOPNOTSUPP || error == EINVAL;
@@ -68,18 +76,22 @@ PosixFileOps &PosixFileOps::instance()
 
 bool PosixFileOps::directoryExists(const QString &path)
 {
+    if (!placeKnown(path))
+        return false;
     struct stat st;
-    return ::stat(nativePath(path).constData(), &st) == 0 && S_ISDIR(st.st_mode);
+    return ::stat(toNative(path).constData(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
 OpResult PosixFileOps::makeDirectory(const QString &path, const QString &templateDir)
 {
+    if (!placeKnown(path))
+        return OpResult::failure(OpError::PlaceUnknown);
     mode_t mode = 0777;
     struct stat st;
-    const bool haveTemplate = ::stat(nativePath(templateDir).constData(), &st) == 0;
+    const bool haveTemplate = ::stat(toNative(templateDir).constData(), &st) == 0;
     if (haveTemplate)
         mode = (st.st_mode & 07777) | S_IRWXU;
-    const QByteArray name = nativePath(path);
+    const QByteArray name = toNative(path);
     if (sysMkdir(name.constData(), mode) != 0)
         return lastError();
     // mkdir leaves out the umask bits; the template's bits are the ones wanted.
@@ -90,7 +102,9 @@ OpResult PosixFileOps::makeDirectory(const QString &path, const QString &templat
 
 OpResult PosixFileOps::clearReadOnly(const QString &path)
 {
-    const QByteArray name = nativePath(path);
+    if (!placeKnown(path))
+        return OpResult::failure(OpError::PlaceUnknown);
+    const QByteArray name = toNative(path);
     struct stat st;
     if (::lstat(name.constData(), &st) != 0)
         return lastError();
@@ -103,19 +117,25 @@ OpResult PosixFileOps::clearReadOnly(const QString &path)
 
 OpResult PosixFileOps::removeFile(const QString &path)
 {
-    return sysUnlink(nativePath(path).constData()) == 0 ? OpResult::success() : lastError();
+    if (!placeKnown(path))
+        return OpResult::failure(OpError::PlaceUnknown);
+    return sysUnlink(toNative(path).constData()) == 0 ? OpResult::success() : lastError();
 }
 
 OpResult PosixFileOps::removeDirectory(const QString &path)
 {
-    return sysRmdir(nativePath(path).constData()) == 0 ? OpResult::success() : lastError();
+    if (!placeKnown(path))
+        return OpResult::failure(OpError::PlaceUnknown);
+    return sysRmdir(toNative(path).constData()) == 0 ? OpResult::success() : lastError();
 }
 
 OpResult PosixFileOps::copyFile(const QString &fromText, const QString &toText,
                                 const CopyProgress &progress, const bool &cancel)
 {
-    const QByteArray from = nativePath(fromText);
-    const QByteArray to = nativePath(toText);
+    if (!placeKnown(fromText) || !placeKnown(toText))
+        return OpResult::failure(OpError::PlaceUnknown);
+    const QByteArray from = toNative(fromText);
+    const QByteArray to = toNative(toText);
 
     struct stat st;
     if (::lstat(from.constData(), &st) != 0)

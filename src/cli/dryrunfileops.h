@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QTextStream>
+
+#include "core/platform/fileops.h"
+
+namespace duomir::cli {
+
+// Prints each change instead of making it, and answers success; only the look-ups reach the disk.
+class DryRunFileOps : public FileOps
+{
+public:
+    explicit DryRunFileOps(FileOps &real) : m_real(real), m_out(stdout) {}
+
+    bool directoryExists(const QString &path) override { return m_real.directoryExists(path); }
+    OpResult makeDirectory(const QString &path, const QString &) override
+    {
+        return say(QStringLiteral("create"), path);
+    }
+    OpResult clearReadOnly(const QString &) override { return OpResult::success(); }
+    OpResult removeFile(const QString &path) override
+    {
+        return say(QStringLiteral("delete"), path);
+    }
+    OpResult removeDirectory(const QString &path) override
+    {
+        // Only an empty directory would go; a dry run cannot know whether it would be empty.
+        if (!m_real.directoryExists(path))
+            return OpResult::success();
+        return say(QStringLiteral("remove-if-empty"), path);
+    }
+    OpResult copyFile(const QString &from, const QString &to, const CopyProgress &,
+                      const bool &) override
+    {
+        return say(QStringLiteral("copy"), from + u" -> " + to);
+    }
+
+private:
+    OpResult say(const QString &what, const QString &text)
+    {
+        m_out << what << u' ' << text << u'\n';
+        m_out.flush();
+        return OpResult::success();
+    }
+
+    FileOps &m_real;
+    QTextStream m_out;
+};
+
+} // namespace duomir::cli

@@ -1,0 +1,294 @@
+#include "ui/filelistmodel.h"
+
+#include <QDateTime>
+#include <QTimeZone>
+#include <algorithm>
+#include <cmath>
+
+#include "core/engine.h"
+#include "ui/painticons.h"
+
+namespace duomir {
+
+namespace {
+
+// The text a row is known by: a file's name (either side), a directory's own path.
+const QString &rowName(const CompareEntry &e)
+{
+    if (e.isDirectory())
+        return e.Path[0].isEmpty() ? e.Path[1] : e.Path[0];
+    return e.Name[0].isEmpty() ? e.Name[1] : e.Name[0];
+}
+
+bool presentOn(const CompareEntry &e, int side)
+{
+    return e.isDirectory() ? !e.Path[side].isEmpty() : !e.Name[side].isEmpty();
+}
+
+qint64 sizeOn(const CompareEntry &e, int side)
+{
+    return e.FullSize[side] != 0 ? e.FullSize[side] : e.Size[side];
+}
+
+} // namespace
+
+FileListModel::FileListModel(Engine &engine, QObject *parent)
+    : QAbstractTableModel(parent), m_engine(&engine),
+      m_toDestination(glyphIcon(Glyph::ToDestination)), m_toSource(glyphIcon(Glyph::ToSource)),
+      m_identical(glyphIcon(Glyph::Identical)), m_folder(glyphIcon(Glyph::EmptyFolder))
+{
+    m_headings = {QString(),
+                  QStringLiteral("Name"),
+                  QStringLiteral("Source"),
+                  QStringLiteral("Modified"),
+                  QString(),
+                  QStringLiteral("Destination"),
+                  QStringLiteral("Modified")};
+    m_directoryFont.setBold(true);
+}
+
+void FileListModel::reload()
+{
+    beginResetModel();
+    m_order.clear();
+    endResetModel();
+}
+
+void FileListModel::setHeadings(const QString &headings)
+{
+    const QStringList parts = headings.split(u'|');
+    for (int i = 0; i < parts.size() && i < m_headings.size(); ++i) {
+        if (!parts.at(i).isEmpty())
+            m_headings[i] = parts.at(i);
+    }
+    Q_EMIT headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
+}
+
+int FileListModel::visibleIndex(int row) const
+{
+    if (row < 0 || row >= rowCount())
+        return 0;
+    return m_order.empty() ? row + 1 : m_order[static_cast<size_t>(row)];
+}
+
+int FileListModel::resultIndex(int row) const
+{
+    const int v = visibleIndex(row);
+    if (v <= 0)
+        return 0;
+    const int r = m_engine->VisibleRows[static_cast<size_t>(v)];
+    // A failed Compare drops the results while the list still names them.
+    return r > 0 && static_cast<size_t>(r) < m_engine->CompareResults.size() ? r : 0;
+}
+
+const CompareEntry *FileListModel::entry(int row) const
+{
+    const int r = resultIndex(row);
+    return r > 0 ? &m_engine->CompareResults[static_cast<size_t>(r)] : nullptr;
+}
+
+void FileListModel::setMarked(int row, bool marked)
+{
+    if (const int r = resultIndex(row); r > 0)
+        m_engine->CompareResults[static_cast<size_t>(r)].Marked = marked;
+}
+
+void FileListModel::markAll(bool marked)
+{
+    const int rows = rowCount();
+    for (int row = 0; row < rows; ++row)
+        setMarked(row, marked);
+    if (rows > 0)
+        Q_EMIT dataChanged(index(0, MarkedColumn), index(rows - 1, MarkedColumn),
+                           {Qt::CheckStateRole});
+}
+
+int FileListModel::rowCount(const QModelIndex &parent) const
+{
+    if (parent.isValid())
+        return 0;
+    return std::max(0, static_cast<int>(m_engine->VisibleRows.size()) - 1);
+}
+
+int FileListModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+QString FileListModel::formatDate(double days, const QLocale &locale)
+{
+    // The day count already holds local time; UTC here only stops a second conversion.
+    static const QDateTime epoch(QDate(1899, 12, 30), QTime(0, 0), QTimeZone::utc());
+    const auto seconds = static_cast<qint64>(std::llround(days * 86400.0));
+    return locale.toString(epoch.addSecs(seconds), QLocale::ShortFormat);
+}
+
+QVariant FileListModel::data(const QModelIndex &index, int role) const
+{
+    const CompareEntry *row = entry(index.row());
+    if (!row)
+        return {};
+    const CompareEntry &e = *row;
+    const int column = index.column();
+
+    if (role == Qt::CheckStateRole)
+        return column == MarkedColumn ? QVariant(e.Marked ? Qt::Checked : Qt::Unchecked)
+                                      : QVariant();
+    if (role == Qt::FontRole)
+        return e.isDirectory() && column == NameColumn ? QVariant(m_directoryFont) : QVariant();
+    if (role == Qt::TextAlignmentRole) {
+        if (column == SourceSizeColumn || column == DestinationSizeColumn)
+            return QVariant(Qt::AlignRight | Qt::AlignVCenter);
+        return {};
+    }
+    if (role == Qt::DecorationRole) {
+        if (column == StateColumn) {
+            if (e.State == ModifiedInSource)
+                return m_toDestination;
+            if (e.State == ModifiedInDestination)
+                return m_toSource;
+            return e.isDirectory() ? QVariant() : QVariant(m_identical);
+        }
+        if (column == NameColumn && e.isDirectory())
+            return m_folder;
+        return {};
+    }
+    if (role == Qt::ToolTipRole && column == NameColumn) {
+        return QString(e.Path[0] % e.Name[0] % u'\n' % e.Path[1] % e.Name[1]);
+    }
+    if (role != Qt::DisplayRole)
+        return {};
+
+    switch (column) {
+    case NameColumn:
+        return rowName(e);
+    case SourceSizeColumn:
+    case DestinationSizeColumn: {
+        const int side = column == SourceSizeColumn ? 0 : 1;
+        if (e.isDirectory() || !presentOn(e, side))
+            return {};
+        return m_locale.toString(sizeOn(e, side));
+    }
+    case SourceDateColumn:
+    case DestinationDateColumn: {
+        const int side = column == SourceDateColumn ? 0 : 1;
+        if (e.isDirectory() || !presentOn(e, side))
+            return {};
+        return formatDate(e.Modified[static_cast<size_t>(side)], m_locale);
+    }
+    default:
+        break;
+    }
+    return {};
+}
+
+bool FileListModel::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    if (role != Qt::CheckStateRole || index.column() != MarkedColumn || !index.isValid())
+        return false;
+    setMarked(index.row(), value.value<Qt::CheckState>() == Qt::Checked);
+    Q_EMIT dataChanged(index, index, {Qt::CheckStateRole});
+    return true;
+}
+
+Qt::ItemFlags FileListModel::flags(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return Qt::NoItemFlags;
+    Qt::ItemFlags f = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
+    if (index.column() == MarkedColumn)
+        f |= Qt::ItemIsUserCheckable;
+    return f;
+}
+
+QVariant FileListModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal)
+        return {};
+    if (role == Qt::DisplayRole)
+        return m_headings.value(section);
+    if (role == Qt::TextAlignmentRole &&
+        (section == SourceSizeColumn || section == DestinationSizeColumn))
+        return QVariant(Qt::AlignRight | Qt::AlignVCenter);
+    return {};
+}
+
+void FileListModel::sort(int column, Qt::SortOrder order)
+{
+    const CompareArray &results = m_engine->CompareResults;
+    const RowIndexArray &visible = m_engine->VisibleRows;
+    const int count = rowCount();
+    // Sort keys are read through the visible index; a dangling one reads as the empty root row.
+    static const CompareEntry none;
+    const auto rowAt = [&](int v) -> const CompareEntry & {
+        const auto r = static_cast<size_t>(visible[static_cast<size_t>(v)]);
+        return r > 0 && r < results.size() ? results[r] : none;
+    };
+    Q_EMIT layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+    const QModelIndexList before = persistentIndexList();
+    std::vector<int> oldOrder(static_cast<size_t>(count));
+    for (int r = 0; r < count; ++r)
+        oldOrder[static_cast<size_t>(r)] = visibleIndex(r);
+
+    std::vector<int> newOrder = oldOrder;
+    std::sort(newOrder.begin(), newOrder.end());
+    const auto byKey = [&](auto key) {
+        std::stable_sort(newOrder.begin(), newOrder.end(), [&](int a, int b) {
+            const auto ka = key(rowAt(a));
+            const auto kb = key(rowAt(b));
+            return order == Qt::AscendingOrder ? ka < kb : kb < ka;
+        });
+    };
+    switch (column) {
+    case MarkedColumn:
+        byKey([](const CompareEntry &e) { return e.Marked ? 0 : 1; });
+        break;
+    case StateColumn:
+        byKey([](const CompareEntry &e) { return static_cast<int>(e.State); });
+        break;
+    case NameColumn: {
+        // Folding every name once makes each comparison a plain code-unit compare.
+        std::vector<QString> keys(visible.size());
+        for (const int v : newOrder)
+            keys[static_cast<size_t>(v)] = rowName(rowAt(v)).toCaseFolded();
+        std::stable_sort(newOrder.begin(), newOrder.end(), [&](int a, int b) {
+            const QString &ka = keys[static_cast<size_t>(a)];
+            const QString &kb = keys[static_cast<size_t>(b)];
+            return order == Qt::AscendingOrder ? ka < kb : kb < ka;
+        });
+        break;
+    }
+    case SourceSizeColumn:
+    case DestinationSizeColumn: {
+        const int side = column == SourceSizeColumn ? 0 : 1;
+        byKey([side](const CompareEntry &e) { return presentOn(e, side) ? sizeOn(e, side) : -1; });
+        break;
+    }
+    case SourceDateColumn:
+    case DestinationDateColumn: {
+        const size_t side = column == SourceDateColumn ? 0 : 1;
+        byKey([side](const CompareEntry &e) {
+            return presentOn(e, static_cast<int>(side)) ? e.Modified[side] : -1.0;
+        });
+        break;
+    }
+    default:
+        break;
+    }
+    m_order = std::move(newOrder);
+
+    // Keep selections and the current row on the same entries.
+    std::vector<int> rowOfVisible(visible.size(), -1);
+    for (int r = 0; r < count; ++r)
+        rowOfVisible[static_cast<size_t>(m_order[static_cast<size_t>(r)])] = r;
+    QModelIndexList after;
+    after.reserve(before.size());
+    for (const QModelIndex &old : before) {
+        const int v = oldOrder[static_cast<size_t>(old.row())];
+        after.append(index(rowOfVisible[static_cast<size_t>(v)], old.column()));
+    }
+    changePersistentIndexList(before, after);
+    Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+} // namespace duomir

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QFont>
+#include <QIcon>
+#include <QLocale>
+#include <QStringList>
+#include <vector>
+
+namespace duomir {
+
+class Engine;
+struct CompareEntry;
+
+// The file list flexFiles: row r shows the CompareResults entry that Engine::VisibleRows names at
+// r + 1, so a check mark lands where synchronization reads it. Nothing is stored per row but the
+// sort order, so a million rows cost one int vector.
+class FileListModel : public QAbstractTableModel
+{
+    Q_OBJECT
+
+public:
+    enum Column {
+        MarkedColumn,
+        NameColumn,
+        SourceSizeColumn,
+        SourceDateColumn,
+        StateColumn,
+        DestinationSizeColumn,
+        DestinationDateColumn,
+        ColumnCount
+    };
+
+    explicit FileListModel(Engine &engine, QObject *parent = nullptr);
+
+    // Call after VisibleRows was rebuilt; drops any sort order.
+    void reload();
+    // Headings in column order, split at "|"; empty parts keep the built-in ones.
+    void setHeadings(const QString &headings);
+
+    // The VisibleRows index shown in a model row, and the CompareResults index of that entry
+    // (0 when there is none).
+    int visibleIndex(int row) const;
+    int resultIndex(int row) const;
+    const CompareEntry *entry(int row) const;
+
+    // Sets every shown row's check mark to `marked` (the header check box).
+    void markAll(bool marked);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    bool setData(const QModelIndex &index, const QVariant &value, int role) override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    void sort(int column, Qt::SortOrder order) override;
+
+    // Days since 1899-12-30 as the user's locale writes a short date and time.
+    static QString formatDate(double days, const QLocale &locale);
+
+private:
+    void setMarked(int row, bool marked);
+
+    Engine *m_engine;
+    std::vector<int> m_order; // model row -> visible index; empty = natural order
+    QStringList m_headings;
+    QLocale m_locale;
+    QFont m_directoryFont;
+    QIcon m_toDestination;
+    QIcon m_toSource;
+    QIcon m_identical;
+    QIcon m_folder;
+};
+
+} // namespace duomir

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <functional>
+
+namespace duomir {
+
+struct DirPair;
+class DirPairList;
+class Interaction;
+
+// Message text by key with its parameters (the language's FormatMsg in the program).
+using MessageText = std::function<QString(int key, const QStringList &params)>;
+
+// The pair dialog drops one trailing separator from a path; a path that is only the root keeps it,
+// because the root with its separator removed would be no path at all.
+QString withoutTrailingSeparator(const QString &path);
+
+// Checks `candidate`, meant for slot `slot` of `pairs`, against itself and every other pair, asking
+// the person about each doubtful case. Returns true when every check passed or was accepted with
+// Yes; a warning or a No refuses.
+bool confirmPair(const DirPair &candidate, int slot, const DirPairList &pairs, Interaction &ui,
+                 const MessageText &text);
+
+} // namespace duomir

@@ -1,0 +1,257 @@
+#include <QDir>
+#include <QProcess>
+#include <QTest>
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
+
+#include "common/fakeinteraction.h"
+#include "common/temptree.h"
+#include "core/comparecommand.h"
+#include "core/engine.h"
+#include "core/platform/posixfileops.h"
+#include "core/synchronize.h"
+
+using namespace duomir;
+using namespace duomir::test;
+
+namespace {
+
+constexpr qint64 T0 = 1'600'000'000;
+
+// Runs a test from inside another folder and comes back, so that a path resolved against the
+// working directory would land on files the test can watch.
+class WorkingDirectory
+{
+public:
+    explicit WorkingDirectory(const QString &path) : m_old(QDir::currentPath())
+    {
+        QDir::setCurrent(path);
+    }
+    ~WorkingDirectory() { QDir::setCurrent(m_old); }
+    WorkingDirectory(const WorkingDirectory &) = delete;
+    WorkingDirectory &operator=(const WorkingDirectory &) = delete;
+
+private:
+    QString m_old;
+};
+
+struct Fixture
+{
+    TempTree tree;
+    FakeInteraction ui;
+    Engine engine{ui};
+
+    Fixture()
+    {
+        tree.dir(u"log"_qs);
+        engine.DataFolder = tree.path(u"log/"_qs);
+        engine.settings.LogToFile = true;
+        engine.DontAsk = true;
+    }
+    void addPair(const QString &source, const QString &destination)
+    {
+        DirPair pair;
+        pair.IncludeDirs = pair.IncludeFiles = u"*"_qs;
+        pair.Source = source.isEmpty() ? source : tree.path(source);
+        pair.Destination = destination.isEmpty() ? destination : tree.path(destination);
+        engine.pairs.append(pair);
+    }
+    QString log() const
+    {
+        QString all;
+        for (const QString &f : QDir(tree.path(u"log"_qs)).entryList(QDir::Files))
+            all += QString::fromUtf8(tree.read(u"log/" + f));
+        return all;
+    }
+};
+
+} // namespace
+
+class TestSyncSafety : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // Every operation refuses an empty or relative path before it reaches the system: in the
+    // working directory below, "victim" and "dir" would otherwise be changed.
+    void relativePathsAreRefused_data()
+    {
+        QTest::addColumn<QString>("operation");
+        QTest::addColumn<QString>("path");
+        for (const char *op : {"mkdir", "chmod", "unlink", "rmdir", "copy to", "copy from"}) {
+            const QString name = QString::fromLatin1(op);
+            QTest::addRow("%s, empty", op) << name << QString();
+            QTest::addRow("%s, relative", op) << name
+                                              << (name == u"mkdir"   ? u"new"_qs
+                                                  : name == u"rmdir" ? u"dir"_qs
+                                                                     : u"victim"_qs);
+            QTest::addRow("%s, dot-relative", op) << name << u"./dir"_qs;
+        }
+    }
+    void relativePathsAreRefused()
+    {
+        QFETCH(QString, operation);
+        QFETCH(QString, path);
+        TempTree tree;
+        tree.file(u"victim"_qs, "precious", T0);
+        tree.setMode(u"victim"_qs, 0444);
+        tree.dir(u"dir"_qs);
+        tree.file(u"elsewhere/source"_qs, "new content", T0 + 100);
+        const QStringList before = tree.snapshot();
+        const QString absolute = tree.path(u"elsewhere/source"_qs);
+        WorkingDirectory cwd(tree.root());
+
+        PosixFileOps ops;
+        const bool cancel = false;
+        OpResult r;
+        if (operation == u"mkdir")
+            r = ops.makeDirectory(path, tree.path(u"dir"_qs));
+        else if (operation == u"chmod")
+            r = ops.clearReadOnly(path);
+        else if (operation == u"unlink")
+            r = ops.removeFile(path);
+        else if (operation == u"rmdir")
+            r = ops.removeDirectory(path);
+        else if (operation == u"copy to")
+            r = ops.copyFile(absolute, path, {}, cancel);
+        else
+            r = ops.copyFile(path, tree.path(u"elsewhere/target"_qs), {}, cancel);
+        QCOMPARE(r.error, OpError::PlaceUnknown);
+        QVERIFY(errorText(r.error).contains(u"absolute path"));
+        QCOMPARE(tree.snapshot(), before);
+        QCOMPARE(tree.mode(u"victim"_qs) & 0777, 0444u);
+        QVERIFY(!ops.directoryExists(u"dir"_qs));
+    }
+
+    // A row whose receiving side has no path (as a pair without a destination text would give)
+    // is reported with a clear text and never touched; the walk goes on with the next row.
+    void rowWithoutReceivingPathIsReported()
+    {
+        Fixture f;
+        f.tree.file(u"s/a"_qs, "a", T0);
+        f.tree.file(u"s/b"_qs, "b", T0);
+        f.tree.file(u"d/placeholder"_qs);
+        WorkingDirectory cwd(f.tree.root());
+        CompareEntry root;
+        root.Path = {f.tree.path(u"s"_qs), f.tree.path(u"d"_qs)};
+        root.Attributes = {Attr::Directory, Attr::Directory};
+        f.engine.CompareResults.push_back(root);
+        for (const char *name : {"a", "b"}) {
+            CompareEntry row;
+            row.State = ModifiedInSource;
+            row.Marked = true;
+            row.Path = {f.tree.path(u"s/"_qs), name[0] == 'a' ? QString() : f.tree.path(u"d/"_qs)};
+            row.Name[0] = QString::fromLatin1(name);
+            row.FullSize[0] = 1;
+            f.engine.CompareResults.push_back(row);
+        }
+        f.engine.compareCounters = {2, 0, 0};
+        f.engine.sync.Dest = false;
+
+        QVERIFY(Synchronize(f.engine, 0));
+        QCOMPARE(f.engine.syncStats.failures, 1);
+        QCOMPARE(f.engine.syncStats.filesCopied, 1);
+        QVERIFY(!f.tree.exists(u"a"_qs)); // nothing landed in the working directory
+        QCOMPARE(f.tree.read(u"d/b"_qs), QByteArray("b"));
+        QVERIFY2(f.log().contains(u"No absolute path"), qPrintable(f.log()));
+    }
+
+    // A source that cannot be listed is compared as empty, so every destination file looks
+    // missing in the source. Whatever the directions and Delete, that pair is left alone: the
+    // destination keeps every file and nothing is created where the source should be. A second,
+    // healthy pair of the same run is synchronized as usual.
+    void unlistedSourceLeavesPairAlone_data()
+    {
+        QTest::addColumn<bool>("src");
+        QTest::addColumn<bool>("dest");
+        QTest::addColumn<bool>("del");
+        QTest::addColumn<bool>("sourceIsFile");
+        for (bool sourceIsFile : {false, true}) {
+            const char *kind = sourceIsFile ? "source is a file" : "source missing";
+            QTest::addRow("%s, both ways", kind) << true << true << false << sourceIsFile;
+            QTest::addRow("%s, to source with delete", kind)
+                << false << true << true << sourceIsFile;
+            QTest::addRow("%s, to destination with delete", kind)
+                << true << false << true << sourceIsFile;
+            QTest::addRow("%s, to source", kind) << false << true << false << sourceIsFile;
+        }
+    }
+    void unlistedSourceLeavesPairAlone()
+    {
+        QFETCH(bool, src);
+        QFETCH(bool, dest);
+        QFETCH(bool, del);
+        QFETCH(bool, sourceIsFile);
+        Fixture f;
+        if (sourceIsFile)
+            f.tree.file(u"gone"_qs, "not a directory", T0);
+        f.tree.file(u"d1/kept"_qs, "1", T0);
+        f.tree.file(u"d1/sub/deep"_qs, "2", T0);
+        f.tree.file(u"s2/new"_qs, "3", T0 + 100);
+        f.tree.file(u"d2/new"_qs, "old", T0);
+        f.tree.file(u"d2/only-d"_qs, "4", T0);
+        f.addPair(u"gone"_qs, u"d1"_qs);
+        f.addPair(u"s2"_qs, u"d2"_qs);
+        const QStringList sourceBefore = f.tree.snapshot(u"gone"_qs);
+        const QStringList destinationBefore = f.tree.snapshot(u"d1"_qs);
+
+        int unlisted = 0;
+        QVERIFY(Compare(f.engine, &unlisted));
+        QCOMPARE(unlisted, 1);
+        f.engine.sync = {src, dest, false, del};
+        QVERIFY(Synchronize(f.engine, 0));
+
+        QCOMPARE(f.tree.snapshot(u"d1"_qs), destinationBefore);
+        QCOMPARE(f.tree.exists(u"gone"_qs), sourceIsFile);
+        QCOMPARE(f.tree.snapshot(u"gone"_qs), sourceBefore);
+        // The healthy pair went its way.
+        if (src)
+            QCOMPARE(f.tree.read(u"d2/new"_qs), QByteArray("3"));
+        if (dest && !del)
+            QCOMPARE(f.tree.read(u"s2/only-d"_qs), QByteArray("4"));
+        if (dest && del)
+            QVERIFY(!f.tree.exists(u"d2/only-d"_qs));
+        QCOMPARE(f.engine.syncStats.failures, 0);
+    }
+
+    // A full disk for real: the copy fails with the system's text, the old file stays whole, no
+    // temporary file is left, and the next file still arrives.
+    void fullDiskOnTmpfs()
+    {
+        Fixture f;
+        f.tree.dir(u"small"_qs);
+        const QString small = f.tree.path(u"small"_qs);
+        if (QProcess::execute(u"mount"_qs, {u"-t"_qs, u"tmpfs"_qs, u"-o"_qs, u"size=1m"_qs,
+                                            u"tmpfs"_qs, small}) != 0)
+            QSKIP("mounting a small tmpfs is not permitted here");
+        struct Unmount
+        {
+            QString path;
+            ~Unmount() { QProcess::execute(u"umount"_qs, {path}); }
+        } unmount{small};
+
+        const QByteArray old(200 * 1024, 'o');
+        f.tree.file(u"small/big"_qs, old, T0);
+        f.tree.file(u"small/z"_qs, "old z", T0);
+        f.tree.file(u"s/big"_qs, QByteArray(2 * 1024 * 1024, 'n'), T0 + 100);
+        f.tree.file(u"s/z"_qs, "new z", T0 + 100);
+        f.addPair(u"s"_qs, u"small"_qs);
+        QVERIFY(Compare(f.engine));
+        f.engine.sync.Dest = false;
+        QVERIFY(Synchronize(f.engine, 0));
+
+        QCOMPARE(f.engine.syncStats.failures, 1);
+        QCOMPARE(f.tree.read(u"small/big"_qs), old);
+        QCOMPARE(f.tree.read(u"small/z"_qs), QByteArray("new z"));
+        QCOMPARE(QDir(small).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 (QStringList{u"big"_qs, u"z"_qs}));
+        const QString expected = QString::fromLocal8Bit(std::strerror(ENOSPC));
+        QVERIFY2(f.log().contains(u'\t' + QString::number(ENOSPC) + u'\t' + expected + u'\t' +
+                                  f.tree.path(u"s/big"_qs) + u'\t' + small + u"/big\r\n"),
+                 qPrintable(f.log()));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSyncSafety)
+#include "tst_syncsafety.moc"

@@ -1,0 +1,159 @@
+#include <QtTest>
+#include <numeric>
+
+#include "common/fakeinteraction.h"
+#include "core/engine.h"
+#include "ui/filelistmodel.h"
+
+using namespace duomir;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+CompareEntry fileRow(const QString &name, std::int16_t state, int size = 10)
+{
+    CompareEntry e;
+    e.State = state;
+    e.Marked = state != Identical;
+    e.Path = {u"/s/"_s, u"/d/"_s};
+    e.Name = {state == ModifiedInDestination ? QString() : name,
+              state == ModifiedInSource ? QString() : name};
+    e.Size = {size, size};
+    e.FullSize = {size, size};
+    e.Modified = {45000.5, 45000.5};
+    return e;
+}
+
+CompareEntry dirRow(const QString &path)
+{
+    CompareEntry e;
+    e.Path = {u"/s/"_s + path, u"/d/"_s + path};
+    e.Attributes = {Attr::Directory, Attr::Directory};
+    e.Marked = true;
+    return e;
+}
+
+} // namespace
+
+class TestFileListModel : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // A check mark set in a filtered list must reach the entry of CompareResults that the row
+    // shows, which is what synchronization reads.
+    void markReachesCompareResultsThroughFilter()
+    {
+        test::FakeInteraction ui;
+        Engine engine(ui);
+        engine.CompareResults = {CompareEntry{}, dirRow(u"a"_s), fileRow(u"same.txt"_s, Identical),
+                                 fileRow(u"new.txt"_s, ModifiedInSource),
+                                 fileRow(u"old.txt"_s, ModifiedInDestination)};
+        // A filter that keeps the directory and the destination-side row only.
+        engine.VisibleRows = {0, 1, 4};
+        FileListModel model(engine);
+        QCOMPARE(model.rowCount(), 2);
+        QCOMPARE(model.resultIndex(0), 1);
+        QCOMPARE(model.resultIndex(1), 4);
+
+        const QModelIndex mark = model.index(1, FileListModel::MarkedColumn);
+        QVERIFY(model.setData(mark, Qt::Unchecked, Qt::CheckStateRole));
+        QVERIFY(!engine.CompareResults[4].Marked);
+        QVERIFY(engine.CompareResults[3].Marked);
+
+        model.markAll(false);
+        QVERIFY(!engine.CompareResults[1].Marked);
+        QVERIFY(engine.CompareResults[3].Marked); // not shown, not touched
+    }
+
+    // After a failed Compare the results are gone while the list may still name them.
+    void danglingRowsReadAsEmpty()
+    {
+        test::FakeInteraction ui;
+        Engine engine(ui);
+        engine.VisibleRows = {0, 1, 2};
+        FileListModel model(engine);
+        QCOMPARE(model.resultIndex(0), 0);
+        QVERIFY(model.index(1, FileListModel::NameColumn).data().isNull());
+        QVERIFY(model.setData(model.index(0, 0), Qt::Unchecked, Qt::CheckStateRole));
+        model.sort(FileListModel::NameColumn, Qt::AscendingOrder);
+        QCOMPARE(engine.CompareResults.size(), size_t(1));
+    }
+
+    void columnsShowEachSide()
+    {
+        test::FakeInteraction ui;
+        Engine engine(ui);
+        engine.CompareResults = {CompareEntry{}, dirRow(u"sub"_s),
+                                 fileRow(u"only-here.txt"_s, ModifiedInSource, 1234567)};
+        engine.VisibleRows = {0, 1, 2};
+        FileListModel model(engine);
+        const auto text = [&](int row, int column) {
+            return model.index(row, column).data().toString();
+        };
+        QCOMPARE(text(0, FileListModel::NameColumn), u"/s/sub"_s);
+        QVERIFY(text(0, FileListModel::SourceSizeColumn).isEmpty());
+        QCOMPARE(text(1, FileListModel::NameColumn), u"only-here.txt"_s);
+        QCOMPARE(text(1, FileListModel::SourceSizeColumn), QLocale().toString(1234567));
+        QVERIFY(!text(1, FileListModel::SourceDateColumn).isEmpty());
+        QVERIFY(text(1, FileListModel::DestinationSizeColumn).isEmpty());
+        QVERIFY(text(1, FileListModel::DestinationDateColumn).isEmpty());
+        QVERIFY(!model.index(1, FileListModel::StateColumn).data(Qt::DecorationRole).isNull());
+    }
+
+    void datesCountDaysFrom1899_data()
+    {
+        QTest::addColumn<double>("days");
+        QTest::addColumn<QDateTime>("expected");
+        const auto at = [](int y, int m, int d, int h, int min, int s) {
+            return QDateTime(QDate(y, m, d), QTime(h, min, s), QTimeZone::utc());
+        };
+        QTest::newRow("day zero") << 0.0 << at(1899, 12, 30, 0, 0, 0);
+        QTest::newRow("noon") << 45000.5 << at(2023, 3, 15, 12, 0, 0);
+        QTest::newRow("before day zero") << -1.25 << at(1899, 12, 28, 18, 0, 0);
+        QTest::newRow("a second before midnight")
+            << (45001.0 - 1.0 / 86400.0) << at(2023, 3, 15, 23, 59, 59);
+    }
+    void datesCountDaysFrom1899()
+    {
+        QFETCH(double, days);
+        QFETCH(QDateTime, expected);
+        const QLocale german(QLocale::German);
+        QCOMPARE(FileListModel::formatDate(days, german),
+                 german.toString(expected, QLocale::ShortFormat));
+    }
+
+    // A large list: sorting, reading the last row and a mark on it stay on the right entry.
+    void largeListSortsAndMapsRows()
+    {
+        test::FakeInteraction ui;
+        Engine engine(ui);
+        constexpr int count = 200'000;
+        engine.CompareResults.reserve(count + 1);
+        for (int i = 0; i < count; ++i)
+            engine.CompareResults.push_back(
+                fileRow(u"f%1"_s.arg(count - i, 7, 10, QChar(u'0')), ModifiedInSource, i));
+        engine.VisibleRows.resize(count + 1);
+        std::iota(engine.VisibleRows.begin(), engine.VisibleRows.end(), 0);
+        FileListModel model(engine);
+        QCOMPARE(model.rowCount(), count);
+        QCOMPARE(model.index(count - 1, FileListModel::NameColumn).data().toString(),
+                 u"f0000001"_s);
+
+        model.sort(FileListModel::NameColumn, Qt::AscendingOrder);
+        QCOMPARE(model.index(0, FileListModel::NameColumn).data().toString(), u"f0000001"_s);
+        QCOMPARE(model.resultIndex(0), count);
+        QVERIFY(model.setData(model.index(0, 0), Qt::Unchecked, Qt::CheckStateRole));
+        QVERIFY(!engine.CompareResults[count].Marked);
+        QVERIFY(engine.CompareResults[1].Marked);
+
+        model.sort(FileListModel::SourceSizeColumn, Qt::DescendingOrder);
+        QCOMPARE(model.index(0, FileListModel::NameColumn).data().toString(), u"f0000001"_s);
+
+        model.reload(); // a rebuilt list starts in the engine's order again
+        QCOMPARE(model.resultIndex(0), 1);
+    }
+};
+
+QTEST_MAIN(TestFileListModel)
+#include "tst_filelistmodel.moc"

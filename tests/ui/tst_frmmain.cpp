@@ -1,0 +1,418 @@
+#include <QAction>
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QToolBar>
+#include <QtTest>
+
+#include "common/fakeinteraction.h"
+#include "core/engine.h"
+#include "ui/dirpairmodel.h"
+#include "ui/dlgdirs.h"
+#include "ui/filelistmodel.h"
+#include "ui/frmmain.h"
+
+using namespace duomir;
+using namespace Qt::StringLiterals;
+using Answer = Interaction::Answer;
+
+namespace {
+
+DirPair pair(const QString &source, const QString &destination)
+{
+    DirPair p;
+    p.Source = source;
+    p.Destination = destination;
+    return p;
+}
+
+// A window over an engine with a scripted person; the pair dialog is replaced by `dialog`.
+struct Fixture
+{
+    test::FakeInteraction ui;
+    Engine engine{ui};
+    frmMain window{engine};
+
+    explicit Fixture(int pairs = 0)
+    {
+        for (int i = 1; i <= pairs; ++i)
+            engine.pairs.append(pair(u"/src%1"_s.arg(i), u"/dst%1"_s.arg(i)));
+        static_cast<DirPairModel *>(window.pairGrid()->model())->reload();
+        window.runDirsDialog = [](int) {};
+    }
+};
+
+} // namespace
+
+class TestFrmMain : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void addCancelledLeavesListAsItWas()
+    {
+        Fixture f(1);
+        const DirPairList before = f.engine.pairs;
+        int shownFor = -1;
+        f.window.runDirsDialog = [&](int slot) { shownFor = slot; };
+        f.window.cmdAdd_Click();
+        QCOMPARE(shownFor, 2);
+        QVERIFY(f.engine.pairs == before);
+        QVERIFY(!f.engine.ProfileModified);
+        QVERIFY(!f.window.isStale());
+        QCOMPARE(f.window.pairGrid()->model()->rowCount(), 1);
+    }
+
+    void addAcceptedAppendsAndGreys()
+    {
+        Fixture f(1);
+        f.window.runDirsDialog = [&](int slot) { f.engine.pairs[slot] = pair(u"/n"_s, u"/m"_s); };
+        f.window.cmdAdd_Click();
+        QCOMPARE(f.engine.pairs.count(), 2);
+        QCOMPARE(f.window.pairGrid()->model()->rowCount(), 2);
+        QCOMPARE(f.window.currentSlot(), 2);
+        QVERIFY(f.engine.ProfileModified);
+        QVERIFY(f.window.isStale());
+    }
+
+    // The dialog cannot tell the list whether OK or Cancel ended it, so Edit marks either way.
+    void editCancelledStillMarksModified()
+    {
+        Fixture f(2);
+        f.window.setCurrentSlot(2);
+        int shownFor = -1;
+        f.window.runDirsDialog = [&](int slot) { shownFor = slot; };
+        f.window.cmdEdit_Click();
+        QCOMPARE(shownFor, 2);
+        QVERIFY(f.engine.ProfileModified);
+        QVERIFY(f.window.isStale());
+    }
+
+    void removeOnlyPairLeavesSlotZero()
+    {
+        Fixture f(1);
+        f.window.setCurrentSlot(1);
+        f.window.cmdRemove_Click();
+        QCOMPARE(f.engine.pairs.count(), 0);
+        QCOMPARE(f.window.pairGrid()->model()->rowCount(), 0);
+        QCOMPARE(f.window.currentSlot(), 0);
+        QVERIFY(f.window.isStale());
+        QVERIFY(!f.engine.ProfileModified);
+        QVERIFY(!f.window.findChild<QPushButton *>(u"cmdRemove"_s)->isEnabled());
+    }
+
+    void removeMovesLaterPairsUp()
+    {
+        Fixture f(3);
+        f.window.setCurrentSlot(2);
+        f.window.cmdRemove_Click();
+        QCOMPARE(f.engine.pairs.count(), 2);
+        QCOMPARE(f.engine.pairs[2].Source, u"/src3"_s);
+        QCOMPARE(f.window.currentSlot(), 2);
+    }
+
+    // Columns 2..6 show Su, SD, HD, SF, HF, which is not the record's field order.
+    void clickOnSwitchCellToggles_data()
+    {
+        QTest::addColumn<int>("column");
+        QTest::addColumn<int>("changed");
+        QTest::newRow("Su") << 2 << int(PairSwitch::SubDirs);
+        QTest::newRow("SD") << 3 << int(PairSwitch::SysDirs);
+        QTest::newRow("HD") << 4 << int(PairSwitch::HiddenDirs);
+        QTest::newRow("SF") << 5 << int(PairSwitch::SysFiles);
+        QTest::newRow("HF") << 6 << int(PairSwitch::HiddenFiles);
+    }
+    void clickOnSwitchCellToggles()
+    {
+        QFETCH(int, column);
+        QFETCH(int, changed);
+        Fixture f(2);
+        f.window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&f.window));
+        const DirPair before = f.engine.pairs[2];
+        QTableView *grid = f.window.pairGrid();
+        const QRect cell = grid->visualRect(grid->model()->index(1, column));
+        QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
+        for (int s = 0; s < PairSwitchCount; ++s) {
+            const auto sw = static_cast<PairSwitch>(s);
+            QCOMPARE(switchValue(f.engine.pairs[2], sw),
+                     s == changed ? !switchValue(before, sw) : switchValue(before, sw));
+        }
+        QVERIFY(f.engine.pairs[1] == DirPair(pair(u"/src1"_s, u"/dst1"_s)));
+        QVERIFY(f.window.isStale());
+        QVERIFY(!f.engine.ProfileModified);
+    }
+
+    void doubleClickBelowRowsAdds()
+    {
+        Fixture f(1);
+        f.window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&f.window));
+        int shownFor = -1;
+        f.window.runDirsDialog = [&](int slot) { shownFor = slot; };
+        QTableView *grid = f.window.pairGrid();
+        QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {},
+                           QPoint(20, grid->viewport()->height() - 5));
+        QCOMPARE(shownFor, 2);
+        const QRect row = grid->visualRect(grid->model()->index(0, 0));
+        QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, row.center());
+        QCOMPARE(shownFor, 1);
+    }
+
+    // Space on a selection sets every selected row as the first one flips; others stay.
+    void spaceFlipsSelectedMarks()
+    {
+        Fixture f;
+        f.engine.CompareResults.resize(5);
+        for (size_t i = 1; i < 5; ++i) {
+            f.engine.CompareResults[i].Name = {u"n%1"_s.arg(i), QString()};
+            f.engine.CompareResults[i].Marked = i != 2;
+        }
+        f.engine.VisibleRows = {0, 1, 2, 3, 4};
+        f.window.fileModel()->reload();
+        QTableView *list = f.window.fileList();
+        list->selectRow(0);
+        list->selectionModel()->select(list->model()->index(1, 0),
+                                       QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        QTest::keyClick(list, Qt::Key_Space);
+        const auto marks = [&] {
+            QList<bool> m;
+            for (size_t i = 1; i < 5; ++i)
+                m.append(f.engine.CompareResults[i].Marked);
+            return m;
+        };
+        QCOMPARE(marks(), (QList<bool>{false, false, true, true}));
+        QTest::keyClick(list, Qt::Key_Space);
+        QCOMPARE(marks(), (QList<bool>{true, true, true, true}));
+    }
+
+    void synchronizeRefusedWhileStale()
+    {
+        Fixture f(1);
+        f.engine.CompareResults.resize(3);
+        f.window.greyFileList();
+        f.window.cmdSynch_Click();
+        QCOMPARE(f.ui.shown.size(), 1);
+        QCOMPARE(f.ui.shown[0].icon, Interaction::Icon::Exclamation);
+        QCOMPARE(f.ui.shown[0].buttons, Interaction::Buttons::Ok);
+    }
+
+    // Delete may only go with exactly one direction; otherwise it is released and off.
+    void deleteButtonRule_data()
+    {
+        QTest::addColumn<bool>("src");
+        QTest::addColumn<bool>("dest");
+        QTest::addColumn<bool>("deleteEnabled");
+        QTest::newRow("both directions") << true << true << false;
+        QTest::newRow("source only") << true << false << true;
+        QTest::newRow("destination only") << false << true << true;
+        QTest::newRow("none") << false << false << true;
+    }
+    void deleteButtonRule()
+    {
+        QFETCH(bool, src);
+        QFETCH(bool, dest);
+        QFETCH(bool, deleteEnabled);
+        Fixture f;
+        QAction *srcButton = f.window.toolbarButton(3, 0);
+        QAction *destButton = f.window.toolbarButton(3, 1);
+        QAction *del = f.window.toolbarButton(3, 3);
+        QVERIFY(!del->isEnabled()); // both directions by default
+
+        // Press Delete while it is allowed, then move to the state under test.
+        destButton->trigger();
+        QVERIFY(del->isEnabled());
+        del->trigger();
+        QVERIFY(f.engine.sync.Delete);
+        if (srcButton->isChecked() != src)
+            srcButton->trigger();
+        if (destButton->isChecked() != dest)
+            destButton->trigger();
+
+        QCOMPARE(f.engine.sync.Src, src);
+        QCOMPARE(f.engine.sync.Dest, dest);
+        QCOMPARE(del->isEnabled(), deleteEnabled);
+        QCOMPARE(f.engine.sync.Delete, deleteEnabled);
+        QCOMPARE(del->isChecked(), deleteEnabled);
+        QVERIFY(!f.window.toolbarButton(3, 2)->isVisible());
+    }
+
+    void filterClickMarksProfileOnlyWithPairs_data()
+    {
+        QTest::addColumn<int>("pairs");
+        QTest::addColumn<int>("bar");
+        QTest::addColumn<int>("key");
+        QTest::newRow("file filter, empty list") << 0 << 1 << 2;
+        QTest::newRow("file filter") << 1 << 1 << 2;
+        QTest::newRow("side filter") << 1 << 2 << 1;
+        QTest::newRow("empty directories") << 1 << 0 << 0;
+        QTest::newRow("direction") << 1 << 3 << 1;
+    }
+    void filterClickMarksProfileOnlyWithPairs()
+    {
+        QFETCH(int, pairs);
+        QFETCH(int, bar);
+        QFETCH(int, key);
+        Fixture f(pairs);
+        f.window.toolbarButton(bar, key)->trigger();
+        QCOMPARE(f.engine.ProfileModified, pairs > 0);
+        if (bar == 1)
+            QCOMPARE(f.engine.filter.FileFilter, key);
+        if (bar == 2)
+            QCOMPARE(f.engine.filter.SideFilter, key);
+        if (bar == 0)
+            QVERIFY(f.engine.filter.ShowEmptyDirs);
+    }
+
+    void identicalFilterDisablesSideToolbar()
+    {
+        Fixture f(1);
+        auto *sideBar = f.window.findChild<QToolBar *>(u"tbar2"_s);
+        f.window.toolbarButton(1, 4)->trigger();
+        QVERIFY(!sideBar->isEnabled());
+        f.window.toolbarButton(1, 1)->trigger();
+        QVERIFY(sideBar->isEnabled());
+    }
+
+    void closeAsksToSaveModifiedList_data()
+    {
+        QTest::addColumn<Answer>("answer");
+        QTest::addColumn<QString>("chosenFile");
+        QTest::addColumn<bool>("closes");
+        QTest::addColumn<int>("saveDialogs");
+        QTest::newRow("cancel keeps running") << Answer::Cancel << QString() << false << 0;
+        QTest::newRow("no leaves without saving") << Answer::No << QString() << true << 0;
+        QTest::newRow("yes, save dialog cancelled") << Answer::Yes << QString() << false << 1;
+    }
+    void closeAsksToSaveModifiedList()
+    {
+        QFETCH(Answer, answer);
+        QFETCH(QString, chosenFile);
+        QFETCH(bool, closes);
+        QFETCH(int, saveDialogs);
+        Fixture f(1);
+        f.engine.ProfileModified = true;
+        int dialogs = 0;
+        f.window.chooseProfileFile = [&](bool save) {
+            dialogs += save ? 1 : 100;
+            return chosenFile;
+        };
+        f.ui.answers = {answer};
+        QCOMPARE(f.window.queryClose(), closes);
+        QCOMPARE(f.ui.shown.size(), 1);
+        QCOMPARE(f.ui.shown[0].buttons, Interaction::Buttons::YesNoCancel);
+        QCOMPARE(dialogs, saveDialogs);
+    }
+
+    void unmodifiedListClosesWithoutAsking()
+    {
+        Fixture f(1);
+        QVERIFY(f.window.queryClose());
+        QVERIFY(f.ui.shown.isEmpty());
+    }
+
+    // A cancelled Load dialog forgets the profile but keeps the list on screen.
+    void loadCancelledForgetsPathKeepsList()
+    {
+        Fixture f(2);
+        f.engine.ProfilePath = u"/somewhere/old.dyp"_s;
+        f.window.chooseProfileFile = [](bool) { return QString(); };
+        f.window.mnuPop1_Load_Click();
+        QVERIFY(f.engine.ProfilePath.isEmpty());
+        QCOMPARE(f.engine.pairs.count(), 2);
+        QVERIFY(f.ui.shown.isEmpty());
+    }
+
+    void statusAnimationSwingsBetweenOneAndNine()
+    {
+        Fixture f;
+        f.window.setProgressAnimation(true);
+        auto *timer = f.window.findChild<QTimer *>(u"tmrProgress"_s);
+        QVERIFY(timer->isActive());
+        QList<int> seen;
+        for (int i = 0; i < 20; ++i) {
+            f.window.tmrProgress_Timer();
+            seen.append(int(f.window.statusLabel(0).size()));
+            QCOMPARE(f.window.statusLabel(2), f.window.statusLabel(0));
+        }
+        QCOMPARE(seen.mid(0, 12), (QList<int>{1, 2, 3, 4, 5, 6, 7, 8, 9, 8, 7, 6}));
+        QCOMPARE(*std::min_element(seen.begin(), seen.end()), 1);
+        f.window.setProgressAnimation(false);
+        QVERIFY(!timer->isActive());
+    }
+};
+
+class TestDlgDirs : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void newPairStartsWithPathsOfPairAbove()
+    {
+        test::FakeInteraction ui;
+        Engine engine(ui);
+        engine.pairs.append(pair(u"/a"_s, u"/b"_s));
+        const int slot = engine.pairs.append(DirPair::newFromSettings(engine.settings));
+        dlgDirs dialog(engine);
+        dialog.Init(slot);
+        QCOMPARE(dialog.pathBox(0)->text(), u"/a"_s);
+        QCOMPARE(dialog.pathBox(1)->text(), u"/b"_s);
+        QVERIFY(dialog.workingCopy().Source.isEmpty());
+    }
+
+    // A refused OK keeps the dialog open with the trailing separator already gone.
+    void okTrimsSeparatorThenValidates()
+    {
+        test::FakeInteraction ui;
+        Engine engine(ui);
+        engine.settings.SubDirs = true;
+        const int slot = engine.pairs.append(DirPair::newFromSettings(engine.settings));
+        dlgDirs dialog(engine);
+        dialog.Init(slot);
+        dialog.pathBox(0)->setText(u"/data/"_s);
+        dialog.pathBox(1)->setText(u"/data/copy/"_s);
+        ui.answers = {Answer::No};
+        dialog.cmdOK_Click();
+        QCOMPARE(ui.shown.size(), 1); // 20830: the destination lies inside the source
+        QCOMPARE(dialog.result(), int(QDialog::Rejected));
+        QCOMPARE(dialog.pathBox(0)->text(), u"/data"_s);
+        QCOMPARE(dialog.pathBox(1)->text(), u"/data/copy"_s);
+        QVERIFY(engine.pairs[slot].Source.isEmpty());
+
+        ui.answers = {Answer::Yes};
+        dialog.cmdOK_Click();
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(engine.pairs[slot].Source, u"/data"_s);
+        QCOMPARE(engine.pairs[slot].Destination, u"/data/copy"_s);
+    }
+
+    void subdirectoryControlsFollowTheSwitch()
+    {
+        test::FakeInteraction ui;
+        Engine engine(ui);
+        DirPair p = pair(u"/a"_s, u"/b"_s);
+        p.ExcludeDirs = u"tmp"_s;
+        p.SubDirs = false;
+        engine.pairs.append(p);
+        dlgDirs dialog(engine);
+        dialog.Init(1);
+        QVERIFY(!dialog.maskBox(0)->isEnabled());
+        QVERIFY(!dialog.maskBox(1)->isEnabled());
+        QVERIFY(dialog.maskBox(2)->isEnabled());
+        dialog.subDirsBox()->click();
+        QVERIFY(dialog.maskBox(1)->isEnabled());
+        QCOMPARE(dialog.maskBox(1)->text(), u"tmp"_s);
+        QVERIFY(dialog.workingCopy().SubDirs);
+    }
+};
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    TestFrmMain main;
+    TestDlgDirs dirs;
+    return QTest::qExec(&main, argc, argv) | QTest::qExec(&dirs, argc, argv);
+}
+
+#include "tst_frmmain.moc"

@@ -1,0 +1,137 @@
+#include <QComboBox>
+#include <QMenu>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "common/fakeinteraction.h"
+#include "core/engine.h"
+#include "settings/inifile.h"
+#include "ui/dlglanguage.h"
+#include "ui/frmmain.h"
+#include "ui/localizecontrols.h"
+#include "ui/modal.h"
+#include "ui/optionsmenu.h"
+#include "ui/startup.h"
+
+using namespace duomir;
+
+// The shell around the real main window: the options menu, a language switch and the close.
+class TestMainShell : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void languageSwitchRelocalizesAtOnce();
+    void backgroundRightClickOpensOptionsMenu_data();
+    void backgroundRightClickOpensOptionsMenu();
+    void closeWithUnsavedChanges_data();
+    void closeWithUnsavedChanges();
+
+private:
+    QTemporaryDir m_dir;
+    test::FakeInteraction m_ui;
+    std::unique_ptr<Engine> m_engine;
+    std::unique_ptr<frmMain> m_window;
+    ShellHooks m_hooks;
+};
+
+void TestMainShell::init()
+{
+    m_ui = test::FakeInteraction();
+    m_engine = std::make_unique<Engine>(m_ui);
+    m_engine->ShareFolder = qEnvironmentVariable("DUOMIR_SHARE_DIR");
+    m_engine->SettingsFile = m_dir.filePath(u"Duomir.ini"_qs);
+    m_engine->settings.Language = u"English"_qs;
+    m_engine->language =
+        Language::load(Language::filePath(m_engine->ShareFolder, u"English"_qs), &m_ui);
+    m_window = std::make_unique<frmMain>(*m_engine);
+    m_hooks = ShellHooks();
+    m_hooks.localize = [this] { m_window->localize(); };
+    m_window->localize();
+}
+
+void TestMainShell::cleanup()
+{
+    setModalRunner({});
+    m_window.reset();
+}
+
+void TestMainShell::languageSwitchRelocalizesAtOnce()
+{
+    OptionsMenu menu(*m_engine, m_window.get(), m_hooks);
+    auto *compare = m_window->findChild<QPushButton *>(u"cmdCompare"_qs);
+    QVERIFY(compare);
+    const QString key = QString::number(helpId(compare));
+    const Language german =
+        Language::load(Language::filePath(m_engine->ShareFolder, u"Deutsch"_qs), nullptr);
+    QVERIFY(german.text(key) != m_engine->language.text(key));
+
+    setModalRunner([](QDialog &dlg) {
+        auto *combo = dlg.findChild<QComboBox *>(u"cboLanguage"_qs);
+        combo->setCurrentIndex(combo->findData(u"Deutsch"_qs));
+        dlg.findChild<QPushButton *>(u"cmdOK"_qs)->click();
+        return int(dlg.result());
+    });
+    menu.showLanguage();
+    QCOMPARE(compare->text(), german.text(key));
+    QCOMPARE(menu.menu()->actions().first()->text(), german.text(u"1901"_qs));
+    QCOMPARE(IniFile(m_engine->SettingsFile).readString(u"General"_qs, u"Language"_qs),
+             u"Deutsch"_qs);
+}
+
+void TestMainShell::backgroundRightClickOpensOptionsMenu_data()
+{
+    QTest::addColumn<Qt::MouseButton>("button");
+    QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
+    QTest::addColumn<bool>("opens");
+    QTest::newRow("right") << Qt::RightButton << Qt::KeyboardModifiers() << true;
+    QTest::newRow("right with Shift")
+        << Qt::RightButton << Qt::KeyboardModifiers(Qt::ShiftModifier) << false;
+    QTest::newRow("left") << Qt::LeftButton << Qt::KeyboardModifiers() << false;
+}
+
+void TestMainShell::backgroundRightClickOpensOptionsMenu()
+{
+    QFETCH(Qt::MouseButton, button);
+    QFETCH(Qt::KeyboardModifiers, modifiers);
+    QFETCH(bool, opens);
+    OptionsMenu menu(*m_engine, m_window.get(), m_hooks);
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QTest::mouseClick(m_window.get(), button, modifiers, QPoint(2, 2));
+    QCOMPARE(menu.menu()->isVisible(), opens);
+    menu.menu()->close();
+}
+
+void TestMainShell::closeWithUnsavedChanges_data()
+{
+    QTest::addColumn<Interaction::Answer>("answer");
+    QTest::addColumn<bool>("staysOpen");
+    QTest::newRow("Cancel") << Interaction::Answer::Cancel << true;
+    QTest::newRow("Yes, then the save is cancelled") << Interaction::Answer::Yes << true;
+    QTest::newRow("No") << Interaction::Answer::No << false;
+}
+
+void TestMainShell::closeWithUnsavedChanges()
+{
+    QFETCH(Interaction::Answer, answer);
+    QFETCH(bool, staysOpen);
+    Startup startup(*m_engine, m_window.get(), m_hooks);
+    m_window->chooseProfileFile = [](bool) { return QString(); };
+    m_window->show();
+    m_engine->ProfileModified = true;
+    m_ui.answers = {answer};
+
+    QCOMPARE(m_window->close(), !staysOpen);
+    QCOMPARE(m_window->isVisible(), staysOpen);
+    QCOMPARE(m_ui.shown.size(), 1);
+    QCOMPARE(m_ui.shown.first().buttons, Interaction::Buttons::YesNoCancel);
+    // The placement is stored only by a close that goes through.
+    QCOMPARE(IniFile(m_engine->SettingsFile).contains(u"Form"_qs, u"Pos"_qs), !staysOpen);
+}
+
+QTEST_MAIN(TestMainShell)
+#include "tst_mainshell.moc"

@@ -1,0 +1,257 @@
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "common/fakeinteraction.h"
+#include "core/engine.h"
+#include "settings/inifile.h"
+#include "ui/dlgabout.h"
+#include "ui/dlghint.h"
+#include "ui/dlglanguage.h"
+#include "ui/dlgmakelink.h"
+#include "ui/modal.h"
+
+using namespace duomir;
+
+namespace {
+
+void writeFile(const QString &path, const QByteArray &content)
+{
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(content);
+}
+
+template <class W> W *child(QWidget &dlg, const char *name)
+{
+    auto *w = dlg.findChild<W *>(QString::fromLatin1(name));
+    if (!w)
+        qFatal("missing control %s", name);
+    return w;
+}
+
+} // namespace
+
+class TestShellDialogs : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Receives what the dialogs hand to the desktop (links, help pages).
+    Q_INVOKABLE void openUrl(const QUrl &url) { m_opened.append(url); }
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void makeLinkNeedsNameAndProfile();
+    void makeLinkCancelledFolderKeepsDialog();
+    void makeLinkWritesLauncher();
+
+    void languageListsFilesAndKeepsChoice();
+    void languageCannotBeLeftWithoutChoice();
+    void languageChoiceLoadsFile();
+
+    void hintJoinsPartsAndStoresSwitch();
+    void aboutLinks();
+
+private:
+    void loadLanguage(const QByteArray &content);
+
+    test::FakeInteraction m_ui;
+    std::unique_ptr<Engine> m_engine;
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QList<QUrl> m_opened;
+    int m_beeps = 0;
+};
+
+void TestShellDialogs::init()
+{
+    m_ui = test::FakeInteraction();
+    m_engine = std::make_unique<Engine>(m_ui);
+    m_dir = std::make_unique<QTemporaryDir>();
+    m_engine->ProgramFolder = m_dir->path();
+    m_engine->ShareFolder = m_dir->path();
+    m_engine->SettingsFile = m_dir->filePath(u"Duomir.ini"_qs);
+    m_opened.clear();
+    m_beeps = 0;
+    setBeeper([this] { ++m_beeps; });
+    for (const char *scheme : {"https", "mailto", "file"})
+        QDesktopServices::setUrlHandler(QString::fromLatin1(scheme), this, "openUrl");
+}
+
+void TestShellDialogs::cleanup()
+{
+    setBeeper({});
+    dlgMakeLink::setFolderChooser({});
+    for (const char *scheme : {"https", "mailto", "file"})
+        QDesktopServices::unsetUrlHandler(QString::fromLatin1(scheme));
+}
+
+void TestShellDialogs::loadLanguage(const QByteArray &content)
+{
+    const QString file = m_dir->filePath(u"Test.lang"_qs);
+    writeFile(file, content);
+    m_engine->settings.Language = u"Test"_qs;
+    m_engine->language = Language::load(file, &m_ui);
+}
+
+void TestShellDialogs::makeLinkNeedsNameAndProfile()
+{
+    dlgMakeLink dlg(*m_engine);
+    auto *ok = child<QPushButton>(dlg, "cmdOK");
+    QVERIFY(!ok->isEnabled());
+    QVERIFY(!child<QCheckBox>(dlg, "chkAuto")->isEnabled());
+    QTest::keyClicks(child<QLineEdit>(dlg, "txtName"), u"x"_qs);
+    QVERIFY(ok->isEnabled());
+    QTest::keyClick(child<QLineEdit>(dlg, "txtName"), Qt::Key_Backspace);
+    QVERIFY(!ok->isEnabled());
+
+    m_engine->ProfilePath = u"/p/list.dyp"_qs;
+    dlgMakeLink withProfile(*m_engine);
+    QVERIFY(child<QCheckBox>(withProfile, "chkAuto")->isEnabled());
+}
+
+void TestShellDialogs::makeLinkCancelledFolderKeepsDialog()
+{
+    QString askedTitle;
+    dlgMakeLink::setFolderChooser([&](QWidget *, const QString &title, const QString &) {
+        askedTitle = title;
+        return QString();
+    });
+    dlgMakeLink dlg(*m_engine);
+    dlg.show();
+    child<QLineEdit>(dlg, "txtName")->setText(u"Nightly"_qs);
+    QTest::mouseClick(child<QPushButton>(dlg, "cmdOK"), Qt::LeftButton);
+    QVERIFY(dlg.isVisible());
+    QCOMPARE(dlg.result(), 0);
+    QCOMPARE(child<QLineEdit>(dlg, "txtName")->text(), u"Nightly"_qs);
+    QVERIFY(dlg.isEnabled());
+}
+
+// The launcher of an automatic run with a profile whose path has blanks.
+void TestShellDialogs::makeLinkWritesLauncher()
+{
+    QTemporaryDir target;
+    dlgMakeLink::setFolderChooser(
+        [&](QWidget *, const QString &, const QString &) { return target.path(); });
+    m_engine->ProfilePath = u"/home/u/my lists/backup.dyp"_qs;
+    dlgMakeLink dlg(*m_engine);
+    dlg.show();
+    child<QLineEdit>(dlg, "txtName")->setText(u"Nightly backup"_qs);
+    child<QLineEdit>(dlg, "txtDescription")->setText(u"Mirror the photos"_qs);
+    for (const char *box : {"chkAuto", "chkDontAsk", "chkHide"})
+        child<QCheckBox>(dlg, box)->setChecked(true);
+    QTest::mouseClick(child<QPushButton>(dlg, "cmdOK"), Qt::LeftButton);
+    QCOMPARE(dlg.result(), int(QDialog::Accepted));
+
+    QFile f(target.filePath(u"Nightly backup.desktop"_qs));
+    QVERIFY(f.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(f.readAll());
+    QVERIFY2(text.contains(u" \"/home/u/my lists/backup.dyp\" -auto -dontask -hide\n"_qs),
+             qPrintable(text));
+    QVERIFY(text.contains(u"\nComment=Mirror the photos\n"_qs));
+    QVERIFY(f.permissions() & QFileDevice::ExeOwner);
+}
+
+void TestShellDialogs::languageListsFilesAndKeepsChoice()
+{
+    writeFile(m_dir->filePath(u"English.lang"_qs), "1=x\n");
+    writeFile(m_dir->filePath(u"Deutsch.lang"_qs), "1=x\n");
+    writeFile(m_dir->filePath(u"notes.txt"_qs), "");
+    QCOMPARE(Language::available(m_dir->path()), QStringList({u"Deutsch"_qs, u"English"_qs}));
+
+    m_engine->settings.Language = u"English"_qs;
+    dlgLanguage dlg(*m_engine);
+    auto *combo = child<QComboBox>(dlg, "cboLanguage");
+    QCOMPARE(combo->count(), 2);
+    QCOMPARE(combo->currentText(), u"English"_qs);
+
+    // The match is exact: another spelling selects nothing.
+    m_engine->settings.Language = u"english"_qs;
+    dlgLanguage other(*m_engine);
+    QCOMPARE(child<QComboBox>(other, "cboLanguage")->currentIndex(), -1);
+}
+
+void TestShellDialogs::languageCannotBeLeftWithoutChoice()
+{
+    writeFile(m_dir->filePath(u"English.lang"_qs), "1=x\n");
+    dlgLanguage dlg(*m_engine);
+    dlg.show();
+    QSignalSpy changed(&dlg, &dlgLanguage::languageChanged);
+    QTest::keyClick(&dlg, Qt::Key_Escape);
+    QVERIFY(dlg.isVisible());
+    QTest::mouseClick(child<QPushButton>(dlg, "cmdOK"), Qt::LeftButton);
+    QVERIFY(dlg.isVisible());
+    QCOMPARE(m_beeps, 2);
+    QCOMPARE(changed.size(), 0);
+    QVERIFY(m_engine->settings.Language.isEmpty());
+}
+
+void TestShellDialogs::languageChoiceLoadsFile()
+{
+    // The file may translate the language names themselves; the stored choice is the file's name.
+    writeFile(m_dir->filePath(u"Deutsch.lang"_qs),
+              "Deutsch=Deutsch (German)\n30001=Bitte Sprache auswählen!\n");
+    writeFile(m_dir->filePath(u"English.lang"_qs), "30001=Please select your language!\n");
+    m_engine->settings.Language = u"Deutsch"_qs;
+    m_engine->language = Language::load(m_dir->filePath(u"Deutsch.lang"_qs), &m_ui);
+    dlgLanguage dlg(*m_engine);
+    auto *combo = child<QComboBox>(dlg, "cboLanguage");
+    QCOMPARE(combo->currentText(), u"Deutsch (German)"_qs);
+    QCOMPARE(child<QLabel>(dlg, "lblSelect")->text(), u"Bitte Sprache auswählen!"_qs);
+
+    QSignalSpy changed(&dlg, &dlgLanguage::languageChanged);
+    combo->setCurrentIndex(combo->findData(u"English"_qs));
+    QTest::mouseClick(child<QPushButton>(dlg, "cmdOK"), Qt::LeftButton);
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(m_engine->settings.Language, u"English"_qs);
+    QCOMPARE(IniFile(m_engine->SettingsFile).readString(u"General"_qs, u"Language"_qs),
+             u"English"_qs);
+    QCOMPARE(m_engine->language.FormatMsg(u"30001"_qs), u"Please select your language!"_qs);
+    QCOMPARE(child<QLabel>(dlg, "lblSelect")->text(), u"Please select your language!"_qs);
+}
+
+void TestShellDialogs::hintJoinsPartsAndStoresSwitch()
+{
+    // Missing parts add nothing; the parts carry their own line breaks.
+    loadLanguage("hint1=First\\r\\n\nhint3=Third\n");
+    m_engine->settings.DontShowHint = true;
+    dlgHint dlg(*m_engine);
+    QCOMPARE(child<QPlainTextEdit>(dlg, "txtInfo")->toPlainText(), u"First\nThird"_qs);
+    QVERIFY(child<QPlainTextEdit>(dlg, "txtInfo")->isReadOnly());
+    auto *again = child<QCheckBox>(dlg, "chkAgain");
+    QVERIFY(again->isChecked());
+    again->click();
+    QVERIFY(!m_engine->settings.DontShowHint);
+    // Stored at once, so that the hint appears at the next start.
+    QCOMPARE(IniFile(m_engine->SettingsFile).readString(u"General"_qs, u"DontShowHint"_qs),
+             u"0"_qs);
+    QVERIFY(child<QLabel>(dlg, "lblVersion")->text().endsWith(QStringLiteral(DUOMIR_VERSION)));
+}
+
+void TestShellDialogs::aboutLinks()
+{
+    loadLanguage("homepage=https://example.invalid/duomir\nemail=team@example.invalid\n");
+    dlgAbout dlg(*m_engine);
+    dlg.show();
+    Q_EMIT child<QLabel>(dlg, "lblHomePage")->linkActivated(u"#"_qs);
+    Q_EMIT child<QLabel>(dlg, "lblMailTo")->linkActivated(u"#"_qs);
+    QCOMPARE(m_opened.size(), 2);
+    QCOMPARE(m_opened[0], QUrl(u"https://example.invalid/duomir"_qs));
+    QCOMPARE(m_opened[1].scheme(), u"mailto"_qs);
+    QCOMPARE(m_opened[1].path(), u"team@example.invalid"_qs);
+    QCOMPARE(m_opened[1].query(QUrl::FullyDecoded),
+             u"subject=Duomir Version "_qs + QStringLiteral(DUOMIR_VERSION));
+}
+
+QTEST_MAIN(TestShellDialogs)
+#include "tst_shelldialogs.moc"
