@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Times `duomir-cli sync` of a fresh tree beside `cp -a` and `rsync -a` on the same data:
 #   100,000 small files (1-4 KiB in 1,000 folders) and a few large files (500 MB each).
-# Usage: bench/copy.sh [WORKDIR]   (needs hyperfine and rsync; builds the release preset)
+# Usage: bench/copy.sh [WORKDIR]   (installs hyperfine and rsync when missing; builds the release preset)
 # Targets: small files <= 1.3x cp -a, large files within 10 % of cp -a.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -11,7 +11,9 @@ large=${LARGE_FILES:-3}
 large_mb=${LARGE_MB:-500}
 
 for tool in hyperfine rsync; do
-    command -v "$tool" >/dev/null || { echo "please install $tool (apt-get install $tool)"; exit 2; }
+    command -v "$tool" >/dev/null && continue
+    echo "installing $tool"
+    if [ "$(id -u)" -eq 0 ]; then apt-get install -y "$tool"; else sudo apt-get install -y "$tool"; fi
 done
 cmake --preset release -DDUOMIR_BUILD_GUI=OFF >/dev/null
 cmake --build --preset release --target duomir-cli >/dev/null
