@@ -286,6 +286,8 @@ void frmMain::localize()
     if (const QString headings = m_engine->FormatMsg(1800, {QStringLiteral("|")});
         !headings.isEmpty())
         m_fileModel->setHeadings(headings);
+    // New captions change the buttons' widths.
+    layoutButtonBars();
     updateCaption();
 }
 

@@ -1,8 +1,11 @@
+#include <QCheckBox>
 #include <QComboBox>
 #include <QMenu>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolBar>
+#include <QToolButton>
 
 #include "common/fakeinteraction.h"
 #include "core/engine.h"
@@ -10,6 +13,7 @@
 #include "ui/dlglanguage.h"
 #include "ui/frmmain.h"
 #include "ui/localizecontrols.h"
+#include "ui/mainhooks.h"
 #include "ui/modal.h"
 #include "ui/optionsmenu.h"
 #include "ui/startup.h"
@@ -29,6 +33,8 @@ private Q_SLOTS:
     void backgroundRightClickOpensOptionsMenu();
     void closeWithUnsavedChanges_data();
     void closeWithUnsavedChanges();
+    void buttonBarTextFollowsTheOption_data();
+    void buttonBarTextFollowsTheOption();
 
 private:
     QTemporaryDir m_dir;
@@ -131,6 +137,57 @@ void TestMainShell::closeWithUnsavedChanges()
     QCOMPARE(m_ui.shown.first().buttons, Interaction::Buttons::YesNoCancel);
     // The placement is stored only by a close that goes through.
     QCOMPARE(IniFile(m_engine->SettingsFile).contains(u"Form"_qs, u"Pos"_qs), !staysOpen);
+}
+
+void TestMainShell::buttonBarTextFollowsTheOption_data()
+{
+    QTest::addColumn<bool>("before");
+    QTest::newRow("switched on") << false;
+    QTest::newRow("switched off") << true;
+}
+
+// Apply in the options dialog lays the toolbars out again at once: text under the icons when the
+// option is on, icons alone when it is off; buttons without a caption of their own stay icons.
+void TestMainShell::buttonBarTextFollowsTheOption()
+{
+    QFETCH(bool, before);
+    const bool after = !before;
+    m_engine->settings.ButtonBarsWithText = before;
+    m_hooks = mainWindowHooks(*m_window, *m_engine);
+    m_hooks.localize();
+    auto styleOf = [this](int bar, int key) {
+        auto *tb = m_window->findChild<QToolBar *>(u"tbar%1"_qs.arg(bar));
+        auto *button =
+            qobject_cast<QToolButton *>(tb->widgetForAction(m_window->toolbarButton(bar, key)));
+        return button->toolButtonStyle();
+    };
+    const auto textStyle = [](bool on) {
+        return on ? Qt::ToolButtonTextUnderIcon : Qt::ToolButtonIconOnly;
+    };
+    QCOMPARE(styleOf(1, 3), textStyle(before));
+
+    OptionsMenu menu(*m_engine, m_window.get(), m_hooks);
+    setModalRunner([](QDialog &dlg) {
+        dlg.findChild<QCheckBox *>(u"chkButtonBarsWithText"_qs)->click();
+        dlg.findChild<QPushButton *>(u"cmdApply"_qs)->click();
+        return int(QDialog::Rejected);
+    });
+    menu.showOptions();
+    QCOMPARE(m_engine->settings.ButtonBarsWithText, after);
+    for (const auto &[bar, key] : {std::pair{0, 0}, {1, 3}, {1, 4}, {2, 1}, {2, 2}})
+        QCOMPARE(styleOf(bar, key), textStyle(after));
+    for (const auto &[bar, key] : {std::pair{1, 0}, {2, 0}, {3, 0}, {3, 3}})
+        QCOMPARE(styleOf(bar, key), Qt::ToolButtonIconOnly);
+
+    // A new language brings new captions and keeps the style.
+    setModalRunner([](QDialog &dlg) {
+        auto *combo = dlg.findChild<QComboBox *>(u"cboLanguage"_qs);
+        combo->setCurrentIndex(combo->findData(u"Deutsch"_qs));
+        dlg.findChild<QPushButton *>(u"cmdOK"_qs)->click();
+        return int(dlg.result());
+    });
+    menu.showLanguage();
+    QCOMPARE(styleOf(1, 3), textStyle(after));
 }
 
 QTEST_MAIN(TestMainShell)
