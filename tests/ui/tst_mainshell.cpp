@@ -8,6 +8,7 @@
 #include <QToolButton>
 
 #include "common/fakeinteraction.h"
+#include "common/temptree.h"
 #include "core/engine.h"
 #include "settings/inifile.h"
 #include "ui/dlglanguage.h"
@@ -29,6 +30,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void languageSwitchRelocalizesAtOnce();
+    void languageSwitchKeepsTheCountsOfACompare();
     void backgroundRightClickOpensOptionsMenu_data();
     void backgroundRightClickOpensOptionsMenu();
     void closeWithUnsavedChanges_data();
@@ -86,6 +88,38 @@ void TestMainShell::languageSwitchRelocalizesAtOnce()
     QCOMPARE(menu.menu()->actions().first()->text(), german.text(u"1901"_qs));
     QCOMPARE(IniFile(m_engine->SettingsFile).readString(u"General"_qs, u"Language"_qs),
              u"Deutsch"_qs);
+}
+
+// The status row shows counts after a compare; a new language formats them again and does not
+// bring back "Not yet compared".
+void TestMainShell::languageSwitchKeepsTheCountsOfACompare()
+{
+    test::TempTree tree;
+    tree.file(u"src/a.txt"_qs, "a");
+    tree.file(u"src/sub/b.txt"_qs, "b");
+    tree.dir(u"dst"_qs);
+    DirPair pair = DirPair::newFromSettings(m_engine->settings);
+    pair.Source = tree.path(u"src"_qs);
+    pair.Destination = tree.path(u"dst"_qs);
+    pair.SubDirs = true;
+    pair.IncludeDirs = pair.IncludeFiles = u"*"_qs;
+    m_engine->pairs.append(pair);
+    const QString notCompared = m_window->statusLabel(1);
+    QVERIFY(!notCompared.isEmpty());
+    QVERIFY(m_window->runCompare());
+    // The program's interaction hands the engine's status texts to the window.
+    for (int i = 0; i < 3; ++i)
+        m_window->setStatusLabel(i, m_ui.statusLabels[i]);
+    QCOMPARE(m_window->statusLabel(0), m_engine->FormatMsg(703, {u"2"_qs}));
+    QCOMPARE(m_window->statusLabel(1), QString());
+
+    m_engine->language =
+        Language::load(Language::filePath(m_engine->ShareFolder, u"Deutsch"_qs), &m_ui);
+    m_window->localize();
+    QCOMPARE(m_window->statusLabel(0), m_engine->FormatMsg(703, {u"2"_qs}));
+    QVERIFY(m_window->statusLabel(0).startsWith(u"2 Dateien"_qs));
+    QCOMPARE(m_window->statusLabel(1), QString());
+    QCOMPARE(m_window->statusLabel(2), m_engine->FormatMsg(712, {u"1"_qs}));
 }
 
 void TestMainShell::backgroundRightClickOpensOptionsMenu_data()
