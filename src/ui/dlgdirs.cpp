@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 
 #include "core/engine.h"
+#include "ui/helppage.h"
 #include "ui/localizecontrols.h"
 #include "ui/pairvalidation.h"
 
@@ -34,6 +35,7 @@ dlgDirs::dlgDirs(Engine &engine, QWidget *parent) : QDialog(parent), m_engine(&e
 {
     setObjectName(QStringLiteral("dlgDirs"));
     setHelpId(this, 20000);
+    setHelpPage(this, QStringLiteral("Dirs.htm"));
     setWindowTitle(QStringLiteral("Directory pair"));
     buildLayout();
     LocalizeControls(this, engine.language);

@@ -100,10 +100,10 @@ void dlgOptions::buildControls()
     auto *lblFiles = named(new QLabel(QStringLiteral("&Files:")), "lblSearch3", 10009);
     lblDirs->setBuddy(m_txtExcludeDirs);
     lblFiles->setBuddy(m_txtExcludeFiles);
-    auto *lblHint = named(
-        new QLabel(QStringLiteral(
-            "* Use  ;  (semicolon) to separate entries. ATTENTION:  *  differs from  *.*  !")),
-        "lblSemicolon", 10010);
+    auto *lblHint =
+        named(new QLabel(QStringLiteral(
+                  "Use  ;  (semicolon) to separate entries. ATTENTION:  *  differs from  *.*  !")),
+              "lblSemicolon", 10010);
     lblHint->setWordWrap(true);
     auto *excludeGrid = new QGridLayout(grpExclude);
     excludeGrid->addWidget(lblDirs, 0, 0);

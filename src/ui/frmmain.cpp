@@ -20,6 +20,7 @@
 #include <QVBoxLayout>
 
 #include "core/engine.h"
+#include "core/filters.h"
 #include "core/interaction.h"
 #include "core/profilefile.h"
 #include "ui/checkdelegate.h"
@@ -279,13 +280,31 @@ QWidget *frmMain::buildFilePane()
 
 void frmMain::localize()
 {
+    // Once a list has been built the status row holds counts, which are messages rather than
+    // control texts: they are formatted again in the new language, and the middle label keeps
+    // what it shows instead of going back to "Not yet compared".
+    const bool showsCounts =
+        !m_lblFilesAndDirs[0]->text().isEmpty() || !m_lblFilesAndDirs[2]->text().isEmpty();
+    const QString middle = m_lblFilesAndDirs[1]->text();
     LocalizeControls(this, m_engine->language);
+    if (showsCounts) {
+        m_lblFilesAndDirs[1]->setText(middle);
+        const RowCounts &counts = m_engine->visibleCounts;
+        const std::array<QString, 2> texts{countText(*m_engine, counts.files, 702, 703),
+                                           countText(*m_engine, counts.directories, 712, 713)};
+        for (size_t i = 0; i < texts.size(); ++i) {
+            if (!texts[i].isEmpty())
+                m_lblFilesAndDirs[i * 2]->setText(texts[i]);
+        }
+    }
     if (const QString headings = m_engine->FormatMsg(115, {QStringLiteral("|")});
         !headings.isEmpty())
         m_pairModel->setHeadings(headings);
     if (const QString headings = m_engine->FormatMsg(1800, {QStringLiteral("|")});
         !headings.isEmpty())
         m_fileModel->setHeadings(headings);
+    // New captions change the buttons' widths.
+    layoutButtonBars();
     updateCaption();
 }
 

@@ -36,6 +36,8 @@ public:
 
     // Start-up and shell hooks.
     void localize();
+    // Text under the toolbar icons when the option is on, icons alone when it is off.
+    void layoutButtonBars();
     void setBaseCaption(const QString &caption);
     QString baseCaption() const { return m_baseCaption; }
     // Loads ProfilePath and compares; false when it could not be loaded (already reported).

@@ -7,6 +7,7 @@
 #include <QToolButton>
 #include <vector>
 
+#include "core/engine.h"
 #include "ui/dirpairmodel.h"
 #include "ui/frmmain.h"
 #include "ui/localizecontrols.h"
@@ -61,7 +62,6 @@ void frmMain::buildToolbars(QWidget *parent)
         auto *tb = new QToolBar(parent);
         tb->setObjectName(QStringLiteral("tbar%1").arg(bar));
         tb->setIconSize(QSize(20, 20));
-        tb->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         QActionGroup *group = nullptr;
         if (bar == 1 || bar == 2) {
             group = new QActionGroup(tb);
@@ -80,12 +80,6 @@ void frmMain::buildToolbars(QWidget *parent)
             if (group)
                 group->addAction(action);
             tb->addAction(action);
-            // Buttons without a caption of their own show the icon alone, whatever text the
-            // language file gives them (a tool tip without a text becomes the text too).
-            if (def.caption[0] == u'\0') {
-                if (auto *button = qobject_cast<QToolButton *>(tb->widgetForAction(action)))
-                    button->setToolButtonStyle(Qt::ToolButtonIconOnly);
-            }
             m_buttons[static_cast<size_t>(bar)][key] = action;
             const int k = static_cast<int>(key);
             connect(action, &QAction::triggered, this,
@@ -95,6 +89,27 @@ void frmMain::buildToolbars(QWidget *parent)
     }
     // The reverse direction exists for profiles but is never offered.
     m_buttons[3][2]->setVisible(false);
+    layoutButtonBars();
+}
+
+void frmMain::layoutButtonBars()
+{
+    const bool withText = m_engine->settings.ButtonBarsWithText;
+    const auto &defs = toolButtons();
+    for (size_t bar = 0; bar < m_tbar.size(); ++bar) {
+        QToolBar *tb = m_tbar[bar];
+        // Setting the bar's style resets every button to it, so the exceptions come after.
+        tb->setToolButtonStyle(withText ? Qt::ToolButtonTextUnderIcon : Qt::ToolButtonIconOnly);
+        for (size_t key = 0; key < defs[bar].size(); ++key) {
+            // Buttons without a caption of their own show the icon alone, whatever text the
+            // language file gives them (a tool tip without a text becomes the text too).
+            if (defs[bar][key].caption[0] != u'\0')
+                continue;
+            if (auto *button =
+                    qobject_cast<QToolButton *>(tb->widgetForAction(m_buttons[bar][key])))
+                button->setToolButtonStyle(Qt::ToolButtonIconOnly);
+        }
+    }
 }
 
 void frmMain::buildMenus()

@@ -5,7 +5,7 @@
 #include "ui/frmmain.h"
 #include "ui/guiinteraction.h"
 #include "ui/helppage.h"
-#include "ui/localizecontrols.h"
+#include "ui/mainhooks.h"
 #include "ui/optionsmenu.h"
 #include "ui/startup.h"
 
@@ -43,19 +43,7 @@ int main(int argc, char *argv[])
     duomir::HelpKey helpKey(engine);
     app.installEventFilter(&helpKey);
 
-    duomir::ShellHooks hooks;
-    hooks.localize = [&window, &engine] {
-        window.localize();
-        // The caption before any profile name; a language without one keeps the previous.
-        const QString caption = engine.language.text(QString::number(duomir::helpId(&window)));
-        if (!caption.isEmpty())
-            window.setBaseCaption(caption);
-    };
-    hooks.loadProfile = [&window, &engine](const QString &path) {
-        engine.ProfilePath = path;
-        return window.LoadProfile();
-    };
-    hooks.synchronize = [&window] { window.runSynchronize(); };
+    duomir::ShellHooks hooks = duomir::mainWindowHooks(window, engine);
     duomir::OptionsMenu options(engine, &window, hooks);
     duomir::Startup startup(engine, &window, hooks);
 

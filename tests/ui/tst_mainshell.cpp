@@ -1,15 +1,20 @@
+#include <QCheckBox>
 #include <QComboBox>
 #include <QMenu>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolBar>
+#include <QToolButton>
 
 #include "common/fakeinteraction.h"
+#include "common/temptree.h"
 #include "core/engine.h"
 #include "settings/inifile.h"
 #include "ui/dlglanguage.h"
 #include "ui/frmmain.h"
 #include "ui/localizecontrols.h"
+#include "ui/mainhooks.h"
 #include "ui/modal.h"
 #include "ui/optionsmenu.h"
 #include "ui/startup.h"
@@ -25,10 +30,13 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void languageSwitchRelocalizesAtOnce();
+    void languageSwitchKeepsTheCountsOfACompare();
     void backgroundRightClickOpensOptionsMenu_data();
     void backgroundRightClickOpensOptionsMenu();
     void closeWithUnsavedChanges_data();
     void closeWithUnsavedChanges();
+    void buttonBarTextFollowsTheOption_data();
+    void buttonBarTextFollowsTheOption();
 
 private:
     QTemporaryDir m_dir;
@@ -82,6 +90,38 @@ void TestMainShell::languageSwitchRelocalizesAtOnce()
              u"Deutsch"_qs);
 }
 
+// The status row shows counts after a compare; a new language formats them again and does not
+// bring back "Not yet compared".
+void TestMainShell::languageSwitchKeepsTheCountsOfACompare()
+{
+    test::TempTree tree;
+    tree.file(u"src/a.txt"_qs, "a");
+    tree.file(u"src/sub/b.txt"_qs, "b");
+    tree.dir(u"dst"_qs);
+    DirPair pair = DirPair::newFromSettings(m_engine->settings);
+    pair.Source = tree.path(u"src"_qs);
+    pair.Destination = tree.path(u"dst"_qs);
+    pair.SubDirs = true;
+    pair.IncludeDirs = pair.IncludeFiles = u"*"_qs;
+    m_engine->pairs.append(pair);
+    const QString notCompared = m_window->statusLabel(1);
+    QVERIFY(!notCompared.isEmpty());
+    QVERIFY(m_window->runCompare());
+    // The program's interaction hands the engine's status texts to the window.
+    for (int i = 0; i < 3; ++i)
+        m_window->setStatusLabel(i, m_ui.statusLabels[i]);
+    QCOMPARE(m_window->statusLabel(0), m_engine->FormatMsg(703, {u"2"_qs}));
+    QCOMPARE(m_window->statusLabel(1), QString());
+
+    m_engine->language =
+        Language::load(Language::filePath(m_engine->ShareFolder, u"Deutsch"_qs), &m_ui);
+    m_window->localize();
+    QCOMPARE(m_window->statusLabel(0), m_engine->FormatMsg(703, {u"2"_qs}));
+    QVERIFY(m_window->statusLabel(0).startsWith(u"2 Dateien"_qs));
+    QCOMPARE(m_window->statusLabel(1), QString());
+    QCOMPARE(m_window->statusLabel(2), m_engine->FormatMsg(712, {u"1"_qs}));
+}
+
 void TestMainShell::backgroundRightClickOpensOptionsMenu_data()
 {
     QTest::addColumn<Qt::MouseButton>("button");
@@ -131,6 +171,57 @@ void TestMainShell::closeWithUnsavedChanges()
     QCOMPARE(m_ui.shown.first().buttons, Interaction::Buttons::YesNoCancel);
     // The placement is stored only by a close that goes through.
     QCOMPARE(IniFile(m_engine->SettingsFile).contains(u"Form"_qs, u"Pos"_qs), !staysOpen);
+}
+
+void TestMainShell::buttonBarTextFollowsTheOption_data()
+{
+    QTest::addColumn<bool>("before");
+    QTest::newRow("switched on") << false;
+    QTest::newRow("switched off") << true;
+}
+
+// Apply in the options dialog lays the toolbars out again at once: text under the icons when the
+// option is on, icons alone when it is off; buttons without a caption of their own stay icons.
+void TestMainShell::buttonBarTextFollowsTheOption()
+{
+    QFETCH(bool, before);
+    const bool after = !before;
+    m_engine->settings.ButtonBarsWithText = before;
+    m_hooks = mainWindowHooks(*m_window, *m_engine);
+    m_hooks.localize();
+    auto styleOf = [this](int bar, int key) {
+        auto *tb = m_window->findChild<QToolBar *>(u"tbar%1"_qs.arg(bar));
+        auto *button =
+            qobject_cast<QToolButton *>(tb->widgetForAction(m_window->toolbarButton(bar, key)));
+        return button->toolButtonStyle();
+    };
+    const auto textStyle = [](bool on) {
+        return on ? Qt::ToolButtonTextUnderIcon : Qt::ToolButtonIconOnly;
+    };
+    QCOMPARE(styleOf(1, 3), textStyle(before));
+
+    OptionsMenu menu(*m_engine, m_window.get(), m_hooks);
+    setModalRunner([](QDialog &dlg) {
+        dlg.findChild<QCheckBox *>(u"chkButtonBarsWithText"_qs)->click();
+        dlg.findChild<QPushButton *>(u"cmdApply"_qs)->click();
+        return int(QDialog::Rejected);
+    });
+    menu.showOptions();
+    QCOMPARE(m_engine->settings.ButtonBarsWithText, after);
+    for (const auto &[bar, key] : {std::pair{0, 0}, {1, 3}, {1, 4}, {2, 1}, {2, 2}})
+        QCOMPARE(styleOf(bar, key), textStyle(after));
+    for (const auto &[bar, key] : {std::pair{1, 0}, {2, 0}, {3, 0}, {3, 3}})
+        QCOMPARE(styleOf(bar, key), Qt::ToolButtonIconOnly);
+
+    // A new language brings new captions and keeps the style.
+    setModalRunner([](QDialog &dlg) {
+        auto *combo = dlg.findChild<QComboBox *>(u"cboLanguage"_qs);
+        combo->setCurrentIndex(combo->findData(u"Deutsch"_qs));
+        dlg.findChild<QPushButton *>(u"cmdOK"_qs)->click();
+        return int(dlg.result());
+    });
+    menu.showLanguage();
+    QCOMPARE(styleOf(1, 3), textStyle(after));
 }
 
 QTEST_MAIN(TestMainShell)

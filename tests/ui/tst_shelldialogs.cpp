@@ -14,9 +14,13 @@
 #include "core/engine.h"
 #include "settings/inifile.h"
 #include "ui/dlgabout.h"
+#include "ui/dlgdirs.h"
 #include "ui/dlghint.h"
 #include "ui/dlglanguage.h"
 #include "ui/dlgmakelink.h"
+#include "ui/dlgoptions.h"
+#include "ui/frmmain.h"
+#include "ui/helppage.h"
 #include "ui/modal.h"
 
 using namespace duomir;
@@ -62,6 +66,8 @@ private Q_SLOTS:
 
     void hintJoinsPartsAndStoresSwitch();
     void aboutLinks();
+    void f1OpensThePageOfItsWindow_data();
+    void f1OpensThePageOfItsWindow();
 
 private:
     void loadLanguage(const QByteArray &content);
@@ -251,6 +257,41 @@ void TestShellDialogs::aboutLinks()
     QCOMPARE(m_opened[1].path(), u"team@example.invalid"_qs);
     QCOMPARE(m_opened[1].query(QUrl::FullyDecoded),
              u"subject=Duomir Version "_qs + QStringLiteral(DUOMIR_VERSION));
+}
+
+void TestShellDialogs::f1OpensThePageOfItsWindow_data()
+{
+    QTest::addColumn<QString>("window");
+    QTest::addColumn<QString>("page");
+    QTest::newRow("main window") << u"frmMain"_qs << u"Main.htm"_qs;
+    QTest::newRow("pair dialog") << u"dlgDirs"_qs << u"Dirs.htm"_qs;
+    QTest::newRow("options") << u"dlgOptions"_qs << u"Options.htm"_qs;
+    QTest::newRow("shortcut") << u"dlgMakeLink"_qs << u"Shortcut.htm"_qs;
+}
+
+// F1 in a window (over the main window, as the program opens them) opens that window's page in
+// the help folder of the current language.
+void TestShellDialogs::f1OpensThePageOfItsWindow()
+{
+    QFETCH(QString, window);
+    QFETCH(QString, page);
+    m_engine->settings.Language = u"English"_qs;
+    HelpKey helpKey(*m_engine);
+    qApp->installEventFilter(&helpKey);
+    frmMain main(*m_engine);
+    std::unique_ptr<QWidget> dialog;
+    if (window == u"dlgDirs")
+        dialog = std::make_unique<dlgDirs>(*m_engine, &main);
+    else if (window == u"dlgOptions")
+        dialog = std::make_unique<dlgOptions>(*m_engine, &main);
+    else if (window == u"dlgMakeLink")
+        dialog = std::make_unique<dlgMakeLink>(*m_engine, &main);
+    QWidget *target = dialog ? dialog.get() : &main;
+    target->show();
+    QTest::keyClick(target, Qt::Key_F1);
+    qApp->removeEventFilter(&helpKey);
+    QCOMPARE(m_opened.size(), 1);
+    QCOMPARE(m_opened.first().toLocalFile(), m_dir->filePath(u"Help/English/"_qs + page));
 }
 
 QTEST_MAIN(TestShellDialogs)
