@@ -3,13 +3,12 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QTest>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
+#include "common/clirun.h"
 #include "common/temptree.h"
 
-using duomir::test::TempTree;
+using namespace duomir::test;
+using Run = CliRun;
 
 namespace {
 
@@ -25,27 +24,9 @@ QList<QByteArray> linesWith(const QList<QByteArray> &lines, const QByteArray &pa
     return out;
 }
 
-struct Run
+Run runCompare(const QStringList &args, const QString &home)
 {
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-Run runCli(const QStringList &args, const QString &home)
-{
-    QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    // Settings and data of the run stay inside the test's folder.
-    env.insert(u"HOME"_qs, home);
-    env.insert(u"XDG_CONFIG_HOME"_qs, home + u"/config");
-    env.insert(u"XDG_DATA_HOME"_qs, home + u"/data");
-    p.setProcessEnvironment(env);
-    p.start(qEnvironmentVariable("DUOMIR_BIN_DIR") + u"/duomir-cli",
-            QStringList{u"compare"_qs} + args);
-    if (!p.waitForFinished(30000))
-        return {};
-    return {p.exitCode(), p.readAllStandardOutput(), p.readAllStandardError()};
+    return runCli(QStringList{u"compare"_qs} + args, home);
 }
 
 } // namespace
@@ -61,7 +42,6 @@ private Q_SLOTS:
     void exitCodes_data();
     void exitCodes();
     void rawBytesInArguments();
-    void cleanupTestCase();
 
 private:
     TempTree m_tree;
@@ -75,10 +55,7 @@ void TestCliCompare::initTestCase()
     m_tree.file(u"d/new.txt"_qs, "12", T0);
     m_tree.file(u"s/tab\tname"_qs, "", T0);
     m_tree.file(u"d/Sub/deep.bin"_qs, "x", T0);
-    const QByteArray raw = QFile::encodeName(m_tree.path(u"s/"_qs)) + "caf\xe9";
-    const int fd = ::open(raw.constData(), O_CREAT | O_WRONLY, 0644);
-    QVERIFY(fd >= 0);
-    ::close(fd);
+    m_tree.rawFile("s/caf\xe9");
     m_tree.dir(u"home"_qs);
     m_tree.file(u"p.dyp"_qs, "[1]\nS=" + QFile::encodeName(m_tree.path(u"s"_qs)) + "\nD=" +
                                  QFile::encodeName(m_tree.path(u"d"_qs)) + "\nIS=*\nIF=*\n");
@@ -87,10 +64,10 @@ void TestCliCompare::initTestCase()
 // Header, one line per row, sizes in bytes, raw non-UTF-8 bytes and an escaped tab.
 void TestCliCompare::tsvRowsAndRawNames()
 {
-    const Run r =
-        runCli({u"--source"_qs, m_tree.path(u"s"_qs), u"--destination"_qs, m_tree.path(u"d"_qs)},
-               m_tree.path(u"home"_qs));
-    QCOMPARE(r.exitCode, 0);
+    const Run r = runCompare(
+        {u"--source"_qs, m_tree.path(u"s"_qs), u"--destination"_qs, m_tree.path(u"d"_qs)},
+        m_tree.path(u"home"_qs));
+    QCOMPARE(r.code, 0);
     const QList<QByteArray> lines = r.out.split('\n');
     QCOMPARE(lines.first(), QByteArray("state\tmarked\tkind\tsource\tdestination\tsource_size\t"
                                        "destination_size\tsource_modified\t"
@@ -111,10 +88,10 @@ void TestCliCompare::tsvRowsAndRawNames()
 
 void TestCliCompare::jsonAndFilters()
 {
-    const Run r = runCli({m_tree.path(u"p.dyp"_qs), u"--format"_qs, u"json"_qs, u"--filter"_qs,
-                          u"modified"_qs, u"--side"_qs, u"both"_qs},
-                         m_tree.path(u"home"_qs));
-    QCOMPARE(r.exitCode, 0);
+    const Run r = runCompare({m_tree.path(u"p.dyp"_qs), u"--format"_qs, u"json"_qs, u"--filter"_qs,
+                              u"modified"_qs, u"--side"_qs, u"both"_qs},
+                             m_tree.path(u"home"_qs));
+    QCOMPARE(r.code, 0);
     QJsonParseError error;
     const QJsonArray rows = QJsonDocument::fromJson(r.out, &error).array();
     QCOMPARE(error.error, QJsonParseError::NoError);
@@ -162,8 +139,8 @@ void TestCliCompare::exitCodes()
         if (!a.startsWith(u"-") && !a.startsWith(u"*") && !a.contains(u':'))
             a = m_tree.path(a);
     }
-    const Run r = runCli(args, m_tree.path(u"home"_qs));
-    QCOMPARE(r.exitCode, exitCode);
+    const Run r = runCompare(args, m_tree.path(u"home"_qs));
+    QCOMPARE(r.code, exitCode);
     if (exitCode == 2)
         QVERIFY(r.out.isEmpty());
 }
@@ -171,11 +148,8 @@ void TestCliCompare::exitCodes()
 // A root whose name is not UTF-8, given on the command line: its bytes reach the file system.
 void TestCliCompare::rawBytesInArguments()
 {
-    const QByteArray raw = QFile::encodeName(m_tree.path(u"r"_qs)) + "\xff";
-    QCOMPARE(::mkdir(raw.constData(), 0755), 0);
-    const int fd = ::open(QByteArray(raw + "/inner").constData(), O_CREAT | O_WRONLY, 0644);
-    QVERIFY(fd >= 0);
-    ::close(fd);
+    m_tree.rawFile("r\xff/inner");
+    const QByteArray raw = m_tree.nativePath("r\xff");
 
     // QProcess would encode every argument as UTF-8; the shell passes the byte as it is.
     QProcess p;
@@ -190,17 +164,10 @@ void TestCliCompare::rawBytesInArguments()
                             m_tree.path(u"r"_qs), m_tree.path(u"d"_qs)});
     QVERIFY(p.waitForFinished(30000));
     const QByteArray out = p.readAllStandardOutput();
-    ::unlink(QByteArray(raw + "/inner").constData());
-    ::rmdir(raw.constData());
     QCOMPARE(p.exitCode(), 0);
     QVERIFY(out.split('\n').contains(
         QByteArray("-1\t1\tf\t" + raw + "/inner\t\t0\t\t") +
         linesWith(out.split('\n'), "inner").value(0).split('\t').value(7) + "\t"));
-}
-
-void TestCliCompare::cleanupTestCase()
-{
-    ::unlink(QByteArray(QFile::encodeName(m_tree.path(u"s/"_qs)) + "caf\xe9").constData());
 }
 
 QTEST_GUILESS_MAIN(TestCliCompare)

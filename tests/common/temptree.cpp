@@ -4,15 +4,51 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QTest>
+#include <cstdio>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
+
+#include <ftw.h>
 
 namespace duomir::test {
 
 TempTree::TempTree()
 {
     QVERIFY2(m_dir.isValid(), "cannot create a temporary folder");
+}
+
+// QTemporaryDir cannot remove names that are not UTF-8; removing by bytes first can.
+TempTree::~TempTree()
+{
+    ::nftw(
+        QFile::encodeName(root()).constData(),
+        [](const char *name, const struct stat *, int, struct FTW *) { return std::remove(name); },
+        16, FTW_DEPTH | FTW_PHYS);
+}
+
+QByteArray TempTree::nativePath(const QByteArray &relative) const
+{
+    return QFile::encodeName(root()) + '/' + relative;
+}
+
+void TempTree::rawFile(const QByteArray &relative, const QByteArray &content, qint64 mtime)
+{
+    for (qsizetype slash = relative.indexOf('/'); slash >= 0;
+         slash = relative.indexOf('/', slash + 1)) {
+        const QByteArray dir = nativePath(relative.left(slash));
+        ::mkdir(dir.constData(), 0755);
+    }
+    const QByteArray full = nativePath(relative);
+    const int fd = ::open(full.constData(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
+    QVERIFY2(fd >= 0, full.constData());
+    const bool written = ::write(fd, content.constData(), size_t(content.size())) == content.size();
+    ::close(fd);
+    QVERIFY(written);
+    const struct timespec times[2] = {{mtime, 0}, {mtime, 0}};
+    if (mtime != 0)
+        QCOMPARE(::utimensat(AT_FDCWD, full.constData(), times, 0), 0);
 }
 
 QString TempTree::path(const QString &relative) const

@@ -13,6 +13,9 @@ class TempTree
 {
 public:
     TempTree();
+    ~TempTree();
+    TempTree(const TempTree &) = delete;
+    TempTree &operator=(const TempTree &) = delete;
 
     QString root() const { return m_dir.path(); }
     QString path(const QString &relative) const;
@@ -21,6 +24,10 @@ public:
     void file(const QString &relative, const QByteArray &content = {}, qint64 mtime = 0);
     void dir(const QString &relative);
     void symlink(const QString &relative, const QByteArray &target);
+    // A file whose name need not be UTF-8 (`relative` in the file system's bytes), with its
+    // parent folders.
+    void rawFile(const QByteArray &relative, const QByteArray &content = {}, qint64 mtime = 0);
+    QByteArray nativePath(const QByteArray &relative) const;
     void setMtime(const QString &relative, qint64 mtime);
     void setMode(const QString &relative, unsigned mode);
 

@@ -1,6 +1,7 @@
 #include <QDir>
 #include <QFile>
 #include <QMap>
+#include <QSet>
 #include <QStringDecoder>
 #include <QTest>
 #include <QXmlStreamReader>
@@ -71,16 +72,11 @@ class TestHelpPages : public QObject
 
 private Q_SLOTS:
     void initTestCase();
-    void pageIsComplete_data();
-    void pageIsComplete();
-    void linksLand_data();
-    void linksLand();
-    void sameSectionsAsEnglish_data();
-    void sameSectionsAsEnglish();
+    void page_data();
+    void page();
 
 private:
-    void addPageRows(bool withEnglish);
-    Page page(const QString &language, const QString &name);
+    Page read(const QString &language, const QString &name);
 
     QDir m_help;
     QStringList m_languages;
@@ -98,19 +94,7 @@ void TestHelpPages::initTestCase()
     QVERIFY(m_languages.contains(QStringLiteral("English")));
 }
 
-void TestHelpPages::addPageRows(bool withEnglish)
-{
-    QTest::addColumn<QString>("language");
-    QTest::addColumn<QString>("name");
-    for (const QString &lang : std::as_const(m_languages)) {
-        if (!withEnglish && lang == QStringLiteral("English"))
-            continue;
-        for (const QString &name : helpPages())
-            QTest::addRow("%s/%s", qPrintable(lang), qPrintable(name)) << lang << name;
-    }
-}
-
-Page TestHelpPages::page(const QString &language, const QString &name)
+Page TestHelpPages::read(const QString &language, const QString &name)
 {
     const QString path = m_help.filePath(language + u'/' + name);
     auto it = m_cache.find(path);
@@ -119,63 +103,39 @@ Page TestHelpPages::page(const QString &language, const QString &name)
     return *it;
 }
 
-void TestHelpPages::pageIsComplete_data()
+void TestHelpPages::page_data()
 {
-    addPageRows(true);
+    QTest::addColumn<QString>("language");
+    QTest::addColumn<QString>("name");
+    for (const QString &lang : std::as_const(m_languages))
+        for (const QString &name : helpPages())
+            QTest::addRow("%s/%s", qPrintable(lang), qPrintable(name)) << lang << name;
 }
 
-void TestHelpPages::pageIsComplete()
+// Links between pages stay inside the language's folder (the web is not checked), and
+// translations keep the English section ids, so that links and the structure agree.
+void TestHelpPages::page()
 {
     QFETCH(QString, language);
     QFETCH(QString, name);
-    const Page p = page(language, name);
+    const Page p = read(language, name);
     QVERIFY2(p.found, "page missing for a shipped language");
     QVERIFY2(p.error.isEmpty(), qPrintable(p.error));
     QVERIFY(!p.title.isEmpty());
     QCOMPARE(p.headings, 1);
-    QStringList repeated;
-    for (const QString &id : p.ids) {
-        if (p.ids.count(id) > 1 && !repeated.contains(id))
-            repeated << id;
-    }
-    QVERIFY2(repeated.isEmpty(), qPrintable(QStringLiteral("ids twice: ") + repeated.join(u' ')));
-}
-
-void TestHelpPages::linksLand_data()
-{
-    addPageRows(true);
-}
-
-// Links between pages stay inside the language's folder; the web is not checked.
-void TestHelpPages::linksLand()
-{
-    QFETCH(QString, language);
-    QFETCH(QString, name);
-    const Page p = page(language, name);
+    QCOMPARE(QSet<QString>(p.ids.begin(), p.ids.end()).size(), p.ids.size());
+    QCOMPARE(p.ids, read(QStringLiteral("English"), name).ids);
     QStringList broken;
     for (const QString &link : p.links) {
         if (link.contains(QStringLiteral("://")) || link.startsWith(QStringLiteral("mailto:")))
             continue;
         const QString target = link.section(u'#', 0, 0);
         const QString anchor = link.section(u'#', 1);
-        const Page t = target.isEmpty() ? p : page(language, target);
+        const Page t = target.isEmpty() ? p : read(language, target);
         if (!t.found || (!anchor.isEmpty() && !t.ids.contains(anchor)))
             broken << link;
     }
     QVERIFY2(broken.isEmpty(), qPrintable(QStringLiteral("broken: ") + broken.join(u' ')));
-}
-
-void TestHelpPages::sameSectionsAsEnglish_data()
-{
-    addPageRows(false);
-}
-
-// Translations keep the English section ids, so that links and the structure agree.
-void TestHelpPages::sameSectionsAsEnglish()
-{
-    QFETCH(QString, language);
-    QFETCH(QString, name);
-    QCOMPARE(page(language, name).ids, page(QStringLiteral("English"), name).ids);
 }
 
 QTEST_GUILESS_MAIN(TestHelpPages)

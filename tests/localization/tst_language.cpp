@@ -23,7 +23,6 @@ private Q_SLOTS:
     void available();
     void badInput_data();
     void badInput();
-    void shippedFilesLoadCleanly();
 };
 
 namespace {
@@ -192,21 +191,6 @@ void TestLanguage::badInput()
     tree.dir(u"Dir.lang"_qs);
     QCOMPARE(Language::load(tree.path(u"Dir.lang"_qs), &ui).text(u"2"_qs), QString());
     QVERIFY(ui.shown.isEmpty());
-}
-
-// The language files that ship with the program must not trip the duplicate check.
-void TestLanguage::shippedFilesLoadCleanly()
-{
-    const QString share = qEnvironmentVariable("DUOMIR_SOURCE_DIR") + u"/share"_qs;
-    const QStringList names = Language::available(share);
-    if (names.isEmpty())
-        QSKIP("no source folder");
-    for (const QString &name : names) {
-        FakeInteraction ui;
-        const Language lang = Language::load(Language::filePath(share, name), &ui);
-        QVERIFY2(ui.shown.isEmpty(), qPrintable(name + u": "_qs + ui.shown.value(0).text));
-        QVERIFY(!lang.text(u"800"_qs).isEmpty());
-    }
 }
 
 QTEST_GUILESS_MAIN(TestLanguage)

@@ -12,88 +12,11 @@
 
 namespace {
 
-// The loader reads at most this many characters of a value.
-constexpr int MaxValueLength = 254;
-
-struct Entry
-{
-    int line = 0;
-    QString key;
-    QString value;
-};
-
 struct LanguageFile
 {
-    QString path;
-    QList<Entry> entries;
     QMap<QString, QString> values;
-    QStringList problems; // lines the loader would misread
+    QStringList problems; // everything the loader would misread, one line each
 };
-
-LanguageFile parseLanguageFile(const QString &path)
-{
-    LanguageFile lang;
-    lang.path = path;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        lang.problems << QStringLiteral("cannot open %1").arg(path);
-        return lang;
-    }
-    QStringDecoder decode(QStringDecoder::Utf8);
-    const QString text = decode(file.readAll());
-    if (decode.hasError())
-        lang.problems << QStringLiteral("not valid UTF-8");
-
-    const QStringList lines = text.split(u'\n');
-    for (int i = 0; i < lines.size(); ++i) {
-        QString line = lines.at(i);
-        if (line.endsWith(u'\r'))
-            line.chop(1);
-        const QString trimmed = line.trimmed();
-        if (trimmed.isEmpty() || trimmed.startsWith(u';'))
-            continue;
-        if (trimmed.startsWith(u'[')) {
-            // Only the section with the empty name is read; whatever follows a named header is
-            // lost.
-            if (trimmed != QStringLiteral("[]"))
-                lang.problems
-                    << QStringLiteral("line %1: section header %2").arg(i + 1).arg(trimmed);
-            continue;
-        }
-        const qsizetype eq = line.indexOf(u'=');
-        if (eq <= 0) {
-            lang.problems << QStringLiteral("line %1: not key=value").arg(i + 1);
-            continue;
-        }
-        Entry entry{i + 1, line.left(eq).trimmed(), line.mid(eq + 1)};
-        lang.entries << entry;
-        if (lang.values.contains(entry.key))
-            lang.problems
-                << QStringLiteral("line %1: key %2 occurs twice").arg(i + 1).arg(entry.key);
-        else
-            lang.values.insert(entry.key, entry.value);
-    }
-    return lang;
-}
-
-QSet<int> parameterNumbers(const QString &text)
-{
-    static const QRegularExpression marker(QStringLiteral("%(\\d+)"));
-    QSet<int> numbers;
-    for (const auto &match : marker.globalMatch(text))
-        numbers.insert(match.captured(1).toInt());
-    return numbers;
-}
-
-QString describe(const QSet<int> &numbers)
-{
-    QList<int> sorted(numbers.begin(), numbers.end());
-    std::sort(sorted.begin(), sorted.end());
-    QStringList parts;
-    for (int n : sorted)
-        parts << QStringLiteral("%") + QString::number(n);
-    return parts.isEmpty() ? QStringLiteral("none") : parts.join(u' ');
-}
 
 bool isMessageKey(const QString &key)
 {
@@ -101,18 +24,70 @@ bool isMessageKey(const QString &key)
     const int n = key.toInt(&numeric);
     // Control identifiers may carry a tool tip: the main window's 1000-9999 and the first 800
     // numbers of each dialog's block of 10000; everything else is a message.
-    const bool control = (n >= 1000 && n <= 9999) || (n >= 10000 && n % 10000 < 800);
-    return !numeric || !control;
+    return !numeric || !((n >= 1000 && n <= 9999) || (n >= 10000 && n % 10000 < 800));
 }
 
-// Every message the program shows, with the parameters its caller passes.
-struct RequiredMessage
+// The reader reads only the section with the empty name, keeps the first of two keys that differ
+// only in case, cuts values at 254 characters, drops blanks and a pair of quotes around a value,
+// and splits a value at "|" into text and tool tip: a message must not rely on any of these.
+LanguageFile parseLanguageFile(const QString &path)
 {
-    const char *key;
-    int parameters; // %1 .. %parameters must all occur, no other marker may
-};
+    LanguageFile lang;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {{}, {u"cannot open "_qs + path}};
+    QStringDecoder decode(QStringDecoder::Utf8);
+    const QString text = decode(file.readAll());
+    const QStringList lines = text.split(u'\n');
+    if (decode.hasError())
+        lang.problems << u"not valid UTF-8"_qs;
+    static const QRegularExpression badEscape(u"\\\\(?![rn])"_qs);
+    QSet<QString> seen;
+    for (int i = 0; i < lines.size(); ++i) {
+        const QString line = lines.at(i).endsWith(u'\r') ? lines.at(i).chopped(1) : lines.at(i);
+        const QString trimmed = line.trimmed();
+        auto fault = [&](const QString &what) {
+            lang.problems << QStringLiteral("line %1: %2").arg(i + 1).arg(what);
+        };
+        if (trimmed.isEmpty() || trimmed.startsWith(u';') || trimmed == u"[]")
+            continue;
+        const qsizetype eq = line.indexOf(u'=');
+        if (trimmed.startsWith(u'[') || eq <= 0) {
+            fault(u"not key=value: "_qs + trimmed);
+            continue;
+        }
+        const QString key = line.left(eq).trimmed();
+        const QString value = line.mid(eq + 1);
+        if (seen.contains(key.toLower()))
+            fault(key + u" occurs twice");
+        seen.insert(key.toLower());
+        lang.values.insert(key, value);
+        if (value.size() > 254)
+            fault(key + u" is too long");
+        if (value.trimmed() != value || value.trimmed().isEmpty())
+            fault(key + u" has blanks around it or is empty");
+        if (value.size() >= 2 && value.startsWith(u'"') && value.endsWith(u'"'))
+            fault(key + u" is quoted");
+        if (isMessageKey(key) && (value.contains(u'|') || value.contains(badEscape)))
+            fault(key + u" holds \"|\" or a backslash other than \\r or \\n");
+    }
+    return lang;
+}
 
-constexpr RequiredMessage RequiredMessages[] = {
+QList<int> parameterNumbers(const QString &text)
+{
+    static const QRegularExpression marker(u"%(\\d+)"_qs);
+    QSet<int> numbers;
+    for (const auto &match : marker.globalMatch(text))
+        numbers.insert(match.captured(1).toInt());
+    QList<int> sorted(numbers.begin(), numbers.end());
+    std::sort(sorted.begin(), sorted.end());
+    return sorted;
+}
+
+// Every message the program shows, with the number of parameters its caller passes: a missing
+// marker drops the path the user needs to see; an extra one is shown literally.
+constexpr std::pair<const char *, int> RequiredMessages[] = {
     {"115", 1},   {"702", 1},    {"703", 1},      {"712", 1},   {"713", 1},   {"720", 1},
     {"730", 0},   {"740", 0},    {"800", 0},      {"801", 0},   {"802", 0},   {"803", 0},
     {"804", 0},   {"805", 1},    {"806", 1},      {"807", 1},   {"808", 1},   {"809", 1},
@@ -133,25 +108,10 @@ class TestLanguageFiles : public QObject
 
 private Q_SLOTS:
     void initTestCase();
-
-    void readsCleanly_data();
-    void readsCleanly();
-    void valuesSurviveTheReader_data();
-    void valuesSurviveTheReader();
-    void sameKeysAsEnglish_data();
-    void sameKeysAsEnglish();
-    void requiredMessage_data();
-    void requiredMessage();
-    void sameParametersAsEnglish_data();
-    void sameParametersAsEnglish();
-    void gridHeadingsSplitIntoColumns_data();
-    void gridHeadingsSplitIntoColumns();
-    void profileFilterSplitsIntoPairs_data();
-    void profileFilterSplitsIntoPairs();
+    void languageFile_data();
+    void languageFile();
 
 private:
-    void addFileRows();
-
     QMap<QString, LanguageFile> m_files; // by language name
 };
 
@@ -159,189 +119,68 @@ void TestLanguageFiles::initTestCase()
 {
     const QString source = qEnvironmentVariable("DUOMIR_SOURCE_DIR");
     QVERIFY2(!source.isEmpty(), "DUOMIR_SOURCE_DIR is not set");
-    const QDir share(source + QStringLiteral("/share"));
-    const QStringList names = share.entryList({QStringLiteral("*.lang")}, QDir::Files, QDir::Name);
-    for (const QString &name : names)
+    const QDir share(source + u"/share");
+    for (const QString &name : share.entryList({u"*.lang"_qs}, QDir::Files, QDir::Name))
         m_files.insert(name.chopped(5), parseLanguageFile(share.filePath(name)));
-    QVERIFY2(m_files.contains(QStringLiteral("English")), "English.lang is missing");
+    QVERIFY2(m_files.contains(u"English"_qs), "English.lang is missing");
     QVERIFY2(m_files.size() >= 2, "expected at least one translation beside English");
 }
 
-void TestLanguageFiles::addFileRows()
+void TestLanguageFiles::languageFile_data()
 {
     QTest::addColumn<QString>("language");
-    for (auto it = m_files.cbegin(); it != m_files.cend(); ++it)
-        QTest::newRow(qPrintable(it.key())) << it.key();
+    for (const QString &name : m_files.keys())
+        QTest::newRow(qPrintable(name)) << name;
 }
 
-void TestLanguageFiles::readsCleanly_data()
-{
-    addFileRows();
-}
-
-// Duplicate keys, lines without "=", named sections and broken UTF-8.
-void TestLanguageFiles::readsCleanly()
+void TestLanguageFiles::languageFile()
 {
     QFETCH(QString, language);
     const LanguageFile &lang = m_files[language];
-    QVERIFY2(lang.problems.isEmpty(), qPrintable(lang.problems.join(u'\n')));
-    QVERIFY(!lang.entries.isEmpty());
-}
-
-void TestLanguageFiles::valuesSurviveTheReader_data()
-{
-    addFileRows();
-}
-
-// The reader cuts long values, drops blanks around a value and a pair of quotes around it, and
-// splits a value at "|" into text and tool tip: a message must not rely on any of these.
-void TestLanguageFiles::valuesSurviveTheReader()
-{
-    QFETCH(QString, language);
-    QStringList faults;
-    for (const Entry &e : m_files[language].entries) {
-        const QString where = QStringLiteral("line %1 (%2): ").arg(e.line).arg(e.key);
-        if (e.value.size() > MaxValueLength)
-            faults << where + QStringLiteral("%1 characters").arg(e.value.size());
-        if (e.value.trimmed() != e.value)
-            faults << where + QStringLiteral("blanks around the value");
-        if (e.value.size() >= 2 && e.value.startsWith(u'"') && e.value.endsWith(u'"'))
-            faults << where + QStringLiteral("quoted value");
-        if (e.value.trimmed().isEmpty())
-            faults << where + QStringLiteral("empty value");
-        if (isMessageKey(e.key) && e.value.contains(u'|'))
-            faults << where + QStringLiteral("\"|\" in a message");
-        static const QRegularExpression badEscape(QStringLiteral("\\\\(?![rn])"));
-        if (isMessageKey(e.key) && e.value.contains(badEscape))
-            faults << where + QStringLiteral("backslash other than \\r or \\n");
+    const QMap<QString, QString> &english = m_files[u"English"_qs].values;
+    QStringList faults = lang.problems;
+    auto hasParameters = [&](const QString &key, const QList<int> &expected) {
+        const QList<int> found = parameterNumbers(lang.values.value(key));
+        if (found != expected)
+            faults << QStringLiteral("%1: parameters %2, expected %3")
+                          .arg(key, QDebug::toString(found), QDebug::toString(expected));
+    };
+    for (const auto &[key, count] : RequiredMessages) {
+        QList<int> expected;
+        for (int n = 1; n <= count; ++n)
+            expected << n;
+        hasParameters(QString::fromLatin1(key), expected);
     }
+    // Every key of English, also the control captions, with the same markers; nothing beyond.
+    for (auto it = english.cbegin(); it != english.cend(); ++it) {
+        if (!lang.values.contains(it.key()))
+            faults << it.key() + u" missing";
+        else
+            hasParameters(it.key(), parameterNumbers(it.value()));
+    }
+    for (const QString &key : lang.values.keys())
+        if (!english.contains(key))
+            faults << key + u" only here";
     QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));
-}
 
-void TestLanguageFiles::sameKeysAsEnglish_data()
-{
-    QTest::addColumn<QString>("language");
-    for (const QString &name : m_files.keys()) {
-        if (name != QStringLiteral("English"))
-            QTest::newRow(qPrintable(name)) << name;
-    }
-}
-
-void TestLanguageFiles::sameKeysAsEnglish()
-{
-    QFETCH(QString, language);
-    const auto english = m_files.value(QStringLiteral("English")).values.keys();
-    const auto other = m_files.value(language).values.keys();
-    const QSet<QString> englishKeys(english.begin(), english.end());
-    const QSet<QString> otherKeys(other.begin(), other.end());
-    QStringList missing = (englishKeys - otherKeys).values();
-    QStringList extra = (otherKeys - englishKeys).values();
-    missing.sort();
-    extra.sort();
-    QVERIFY2(missing.isEmpty(), qPrintable(QStringLiteral("missing: ") + missing.join(u' ')));
-    QVERIFY2(extra.isEmpty(), qPrintable(QStringLiteral("only here: ") + extra.join(u' ')));
-}
-
-void TestLanguageFiles::requiredMessage_data()
-{
-    QTest::addColumn<QString>("language");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<int>("parameters");
-    for (const QString &name : m_files.keys()) {
-        for (const RequiredMessage &m : RequiredMessages) {
-            const QString key = QString::fromLatin1(m.key);
-            QTest::addRow("%s/%s", qPrintable(name), m.key) << name << key << m.parameters;
-        }
-    }
-}
-
-// A missing marker drops the path the user needs to see; an extra one is shown literally.
-void TestLanguageFiles::requiredMessage()
-{
-    QFETCH(QString, language);
-    QFETCH(QString, key);
-    QFETCH(int, parameters);
-    const LanguageFile &lang = m_files[language];
-    QVERIFY2(lang.values.contains(key), "key missing");
-    QVERIFY(!lang.values.value(key).trimmed().isEmpty());
-    QSet<int> expected;
-    for (int n = 1; n <= parameters; ++n)
-        expected.insert(n);
-    const QSet<int> found = parameterNumbers(lang.values.value(key));
-    QVERIFY2(
-        found == expected,
-        qPrintable(QStringLiteral("has %1, needs %2").arg(describe(found), describe(expected))));
-}
-
-void TestLanguageFiles::sameParametersAsEnglish_data()
-{
-    QTest::addColumn<QString>("language");
-    QTest::addColumn<QString>("key");
-    const LanguageFile english = m_files.value(QStringLiteral("English"));
-    for (const QString &name : m_files.keys()) {
-        if (name == QStringLiteral("English"))
-            continue;
-        for (const Entry &e : english.entries)
-            QTest::addRow("%s/%s", qPrintable(name), qPrintable(e.key)) << name << e.key;
-    }
-}
-
-// Covers every key, also the control captions that are not in the required list.
-void TestLanguageFiles::sameParametersAsEnglish()
-{
-    QFETCH(QString, language);
-    QFETCH(QString, key);
-    const QMap<QString, QString> &other = m_files[language].values;
-    if (!other.contains(key))
-        QSKIP("key missing; reported by sameKeysAsEnglish");
-    const QSet<int> english =
-        parameterNumbers(m_files[QStringLiteral("English")].values.value(key));
-    const QSet<int> translated = parameterNumbers(other.value(key));
-    QVERIFY2(english == translated,
-             qPrintable(QStringLiteral("English has %1, %2 has %3")
-                            .arg(describe(english), language, describe(translated))));
-}
-
-void TestLanguageFiles::gridHeadingsSplitIntoColumns_data()
-{
-    addFileRows();
-}
-
-// The pair grid has seven columns; the switch columns carry the codes that profiles use too.
-void TestLanguageFiles::gridHeadingsSplitIntoColumns()
-{
-    QFETCH(QString, language);
-    const QString headings = m_files[language].values.value(QStringLiteral("115"));
-    const QStringList columns = headings.split(QStringLiteral("%1"));
+    // The pair grid has seven columns; the switch columns carry the codes that profiles use too.
+    const QStringList columns = lang.values.value(u"115"_qs).split(u"%1"_qs);
     QCOMPARE(columns.size(), 7);
-    for (const QString &column : columns)
-        QVERIFY2(!column.trimmed().isEmpty(), qPrintable(headings));
-    QCOMPARE(columns.mid(2),
-             QStringList({QStringLiteral("Su"), QStringLiteral("SD"), QStringLiteral("HD"),
-                          QStringLiteral("SF"), QStringLiteral("HF")}));
-}
+    QVERIFY(!columns.at(0).trimmed().isEmpty() && !columns.at(1).trimmed().isEmpty());
+    QCOMPARE(columns.mid(2), QStringList({u"Su"_qs, u"SD"_qs, u"HD"_qs, u"SF"_qs, u"HF"_qs}));
 
-void TestLanguageFiles::profileFilterSplitsIntoPairs_data()
-{
-    addFileRows();
-}
-
-// The file dialogs split the filter into description/pattern pairs; a description names its
-// patterns in parentheses so that a Qt dialog can use it alone, and the first pair offers profiles.
-void TestLanguageFiles::profileFilterSplitsIntoPairs()
-{
-    QFETCH(QString, language);
-    const QString filter = m_files[language].values.value(QStringLiteral("720"));
-    const QStringList parts = filter.split(QStringLiteral("%1"));
+    // The file dialogs split the filter into description/pattern pairs; a description names its
+    // patterns in parentheses so that a Qt dialog can use it alone; the first pair offers profiles.
+    const QString filter = lang.values.value(u"720"_qs);
+    const QStringList parts = filter.split(u"%1"_qs);
     QVERIFY2(parts.size() >= 2 && parts.size() % 2 == 0, qPrintable(filter));
-    static const QRegularExpression named(QStringLiteral("^.+\\(([^()]+)\\)$"));
+    static const QRegularExpression named(u"^.+\\(([^()]+)\\)$"_qs);
     for (qsizetype i = 0; i < parts.size(); i += 2) {
         const auto match = named.match(parts.at(i));
         QVERIFY2(match.hasMatch(), qPrintable(parts.at(i)));
-        const QString inDescription = match.captured(1).split(u' ', Qt::SkipEmptyParts).join(u';');
-        QCOMPARE(parts.at(i + 1), inDescription);
+        QCOMPARE(parts.at(i + 1), match.captured(1).split(u' ', Qt::SkipEmptyParts).join(u';'));
     }
-    QCOMPARE(parts.at(1), QStringLiteral("*.dyp"));
+    QCOMPARE(parts.at(1), u"*.dyp"_qs);
 }
 
 QTEST_GUILESS_MAIN(TestLanguageFiles)

@@ -87,43 +87,6 @@ class TestSyncWalks : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // Both directions: afterwards each side holds every file with the newer side's content and
-    // time.
-    void twoWayRunMakesTreesEqual()
-    {
-        Fixture f;
-        f.tree.file(u"s/both-new-in-s"_qs, "source wins", T0 + 100);
-        f.tree.file(u"d/both-new-in-s"_qs, "old", T0);
-        f.tree.file(u"s/both-new-in-d"_qs, "old", T0);
-        f.tree.file(u"d/both-new-in-d"_qs, "destination wins", T0 + 100);
-        f.tree.file(u"s/only-s"_qs, "s", T0);
-        f.tree.file(u"d/only-d"_qs, "d", T0);
-        f.tree.file(u"s/sub/deep/x"_qs, "deep", T0);
-        f.tree.file(u"d/other/y"_qs, "y", T0);
-        f.tree.symlink(u"s/link"_qs, QFile::encodeName(f.tree.path(u"s/only-s"_qs)));
-        RowBuilder r = f.rows();
-        for (const char *name : {"both-new-in-d", "both-new-in-s", "link", "only-d", "only-s"})
-            r.file(QString::fromLatin1(name));
-        r.dir(u"other"_qs);
-        r.file(u"other/y"_qs);
-        r.dir(u"sub"_qs);
-        r.dir(u"sub/deep"_qs);
-        r.file(u"sub/deep/x"_qs);
-
-        QVERIFY(Synchronize(f.engine, 0));
-        QCOMPARE(f.tree.snapshot(u"s"_qs), f.tree.snapshot(u"d"_qs));
-        QCOMPARE(f.tree.read(u"s/both-new-in-d"_qs), QByteArray("destination wins"));
-        QCOMPARE(f.tree.read(u"d/both-new-in-s"_qs), QByteArray("source wins"));
-        QCOMPARE(f.engine.syncStats.filesCopied, 7);
-        QCOMPARE(f.engine.syncStats.directoriesCreated, 3);
-        QCOMPARE(f.engine.syncStats.failures, 0);
-        const QStringList log = f.logLines();
-        QCOMPARE(log.size(), 2);
-        QVERIFY(log[0].endsWith(u"\t\tStart\t\t" + f.tree.path(u"s"_qs) + u'\t' +
-                                f.tree.path(u"d"_qs)));
-        QVERIFY(log[1].contains(u"\t\tEnd\t"));
-    }
-
     // One direction with Delete: the receiving side decides which names exist. The sending side
     // loses what the receiving side lacks; only files on both sides are brought up to date.
     void oneDirectionWithDelete_data()
