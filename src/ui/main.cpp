@@ -8,6 +8,7 @@
 #include "ui/mainhooks.h"
 #include "ui/optionsmenu.h"
 #include "ui/startup.h"
+#include "ui/terminationguard.h"
 
 namespace {
 
@@ -37,6 +38,7 @@ int main(int argc, char *argv[])
 
     duomir::GuiInteraction gui;
     duomir::Engine engine(gui);
+    const duomir::TerminationGuard termination(engine.CancelFlag);
     duomir::frmMain window(engine);
     gui.setWindow(&window);
 
@@ -48,6 +50,9 @@ int main(int argc, char *argv[])
     duomir::Startup startup(engine, &window, hooks);
 
     if (!startup.run(duomir::SettingsEnvironment::current(), QApplication::arguments().mid(1)))
-        return 0;
+        return termination.requestedExitCode();
+    // A signal during an automatic run at start-up came before the event loop could end.
+    if (termination.requestedExitCode() != 0)
+        return termination.requestedExitCode();
     return QApplication::exec();
 }
