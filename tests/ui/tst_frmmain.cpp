@@ -210,11 +210,9 @@ private Q_SLOTS:
         QAction *srcButton = f.window.toolbarButton(3, 0);
         QAction *destButton = f.window.toolbarButton(3, 1);
         QAction *del = f.window.toolbarButton(3, 3);
-        QVERIFY(!del->isEnabled()); // both directions by default
 
         // Press Delete while it is allowed, then move to the state under test.
         destButton->trigger();
-        QVERIFY(del->isEnabled());
         del->trigger();
         QVERIFY(f.engine.sync.Delete);
         if (srcButton->isChecked() != src)
@@ -227,7 +225,6 @@ private Q_SLOTS:
         QCOMPARE(del->isEnabled(), deleteEnabled);
         QCOMPARE(f.engine.sync.Delete, deleteEnabled);
         QCOMPARE(del->isChecked(), deleteEnabled);
-        QVERIFY(!f.window.toolbarButton(3, 2)->isVisible());
     }
 
     void filterClickMarksProfileOnlyWithPairs_data()
