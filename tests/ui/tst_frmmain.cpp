@@ -374,7 +374,7 @@ private Q_SLOTS:
         m_engine->pairs.append(p);
         dlgDirs dialog(*m_engine);
         dialog.Init(1);
-        QVERIFY(!dialog.maskBox(1)->isEnabled());
+        QVERIFY(!dialog.maskBox(0)->isEnabled() && !dialog.maskBox(1)->isEnabled());
         QVERIFY(dialog.maskBox(2)->isEnabled());
         dialog.subDirsBox()->click();
         QVERIFY(dialog.maskBox(1)->isEnabled());
