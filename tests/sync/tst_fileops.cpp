@@ -52,7 +52,6 @@ private Q_SLOTS:
         FaultyFileOps ops(chunk);
         ops.copyRangeErrno = copyRangeErrno;
         std::int64_t lastDone = 0;
-        int calls = 0;
         const bool cancel = false;
         const OpResult r = ops.copyFile(
             tree.path(QStringLiteral("s/f")), tree.path(QStringLiteral("d/f")),
@@ -60,14 +59,13 @@ private Q_SLOTS:
                 QVERIFY(done > lastDone);
                 QCOMPARE(total, std::int64_t(size));
                 lastDone = done;
-                ++calls;
             },
             cancel);
         QCOMPARE(r.error, 0);
         QCOMPARE(tree.read(QStringLiteral("d/f")), data);
         QCOMPARE(tree.mtime(QStringLiteral("d/f")), 1'600'000'000);
         QCOMPARE(tree.mode(QStringLiteral("d/f")), mode);
-        QCOMPARE(calls, int((size + chunk - 1) / chunk));
+        QCOMPARE(lastDone, std::int64_t(size));
         QVERIFY(leftovers(tree, QStringLiteral("d")).isEmpty());
     }
 
@@ -114,41 +112,40 @@ private Q_SLOTS:
                  qPrintable(leftovers(tree, QStringLiteral("d")).join(u' ')));
     }
 
-    void symbolicLinkIsCopiedAsLink()
+    // A link is copied as a link, its target not followed; a FIFO would block a reader forever and
+    // is refused with a text that says why, leaving the file in the way alone.
+    void nonRegularSource_data()
     {
+        QTest::addColumn<bool>("fifo");
+        QTest::newRow("symbolic link") << false;
+        QTest::newRow("FIFO") << true;
+    }
+    void nonRegularSource()
+    {
+        QFETCH(bool, fifo);
         TempTree tree;
-        tree.dir(QStringLiteral("d"));
-        tree.symlink(QStringLiteral("link"), "../no/such target");
-        tree.file(QStringLiteral("d/link"), "a file in the way");
+        tree.file(QStringLiteral("d/x"), "a file in the way");
+        if (fifo)
+            QVERIFY(::mkfifo(tree.nativePath("x").constData(), 0644) == 0);
+        else
+            tree.symlink(QStringLiteral("x"), "../no/such target");
         const bool cancel = false;
-        const OpResult r = PosixFileOps().copyFile(tree.path(QStringLiteral("link")),
-                                                   tree.path(QStringLiteral("d/link")), {}, cancel);
-        QCOMPARE(r.error, 0);
-        QCOMPARE(QFile::symLinkTarget(tree.path(QStringLiteral("d/link"))).isEmpty(), false);
+        const OpResult r = PosixFileOps().copyFile(tree.path(QStringLiteral("x")),
+                                                   tree.path(QStringLiteral("d/x")), {}, cancel);
         QCOMPARE(tree.snapshot(QStringLiteral("d")).size(), 1);
+        if (fifo) {
+            QCOMPARE(r.error, int(OpError::NotRegularFile));
+            QVERIFY(errorText(r.error).contains(u"FIFO"));
+            QCOMPARE(tree.read(QStringLiteral("d/x")), QByteArray("a file in the way"));
+            return;
+        }
+        QCOMPARE(r.error, 0);
         char target[64] = {};
-        QVERIFY(::readlink(QFile::encodeName(tree.path(QStringLiteral("d/link"))).constData(),
-                           target, sizeof target - 1) > 0);
+        QVERIFY(::readlink(tree.nativePath("d/x").constData(), target, sizeof target - 1) > 0);
         QCOMPARE(QByteArray(target), QByteArray("../no/such target"));
     }
 
-    // A FIFO would block a reader forever; it is refused with a text that says why.
-    void specialFileIsRefused()
-    {
-        TempTree tree;
-        tree.dir(QStringLiteral("d"));
-        const QByteArray fifo = QFile::encodeName(tree.path(QStringLiteral("fifo")));
-        QVERIFY(::mkfifo(fifo.constData(), 0644) == 0);
-        const bool cancel = false;
-        const OpResult r = PosixFileOps().copyFile(tree.path(QStringLiteral("fifo")),
-                                                   tree.path(QStringLiteral("d/fifo")), {}, cancel);
-        QCOMPARE(r.error, OpError::NotRegularFile);
-        QVERIFY(errorText(r.error).contains(u"FIFO"));
-        QVERIFY(!tree.exists(QStringLiteral("d/fifo")));
-        QVERIFY(leftovers(tree, QStringLiteral("d")).isEmpty());
-    }
-
-    void attributeAndDirectoryOperations_data()
+    void clearReadOnlyKeepsOtherBits_data()
     {
         QTest::addColumn<unsigned>("before");
         QTest::addColumn<unsigned>("after");
@@ -156,7 +153,7 @@ private Q_SLOTS:
         QTest::newRow("setgid kept") << 02555u << 02755u;
         QTest::newRow("already writable") << 0600u << 0600u;
     }
-    void attributeAndDirectoryOperations()
+    void clearReadOnlyKeepsOtherBits()
     {
         QFETCH(unsigned, before);
         QFETCH(unsigned, after);
@@ -173,23 +170,16 @@ private Q_SLOTS:
         tree.dir(QStringLiteral("template"));
         tree.setMode(QStringLiteral("template"), 0750);
         PosixFileOps ops;
-        QCOMPARE(ops.makeDirectory(tree.path(QStringLiteral("new")),
-                                   tree.path(QStringLiteral("template")))
-                     .error,
-                 0);
+        const auto make = [&] {
+            return ops.makeDirectory(tree.path(u"new"_qs), tree.path(u"template"_qs)).error;
+        };
+        QCOMPARE(make(), 0);
         QCOMPARE(tree.mode(QStringLiteral("new")), 0750u);
-        QCOMPARE(ops.makeDirectory(tree.path(QStringLiteral("new")),
-                                   tree.path(QStringLiteral("template")))
-                     .error,
-                 EEXIST);
+        QCOMPARE(make(), EEXIST); // an existing folder is no success: the caller reports it
         QCOMPARE(ops.makeDirectory(tree.path(QStringLiteral("a/b")), {}).error, ENOENT);
         tree.file(QStringLiteral("new/x"));
         QCOMPARE(ops.removeDirectory(tree.path(QStringLiteral("new"))).error, ENOTEMPTY);
-
-        FaultyFileOps faulty;
-        faulty.mkdirErrno = EROFS;
-        QCOMPARE(faulty.makeDirectory(tree.path(QStringLiteral("other")), {}).error, EROFS);
-        QVERIFY(!tree.exists(QStringLiteral("other")));
+        QVERIFY(tree.exists(QStringLiteral("new/x")));
     }
 };
 
