@@ -186,6 +186,9 @@ private Q_SLOTS:
 
         QTest::newRow("xdg data home")
             << u"xdg"_qs << true << false << u"xdg/Duomir/"_qs << u"bin/Duomir.ini"_qs;
+        QTest::newRow("xdg data home not made yet")
+            << u"missing/share"_qs << true << false << u"missing/share/Duomir/"_qs
+            << u"bin/Duomir.ini"_qs;
         QTest::newRow("relative xdg ignored")
             << u"rel"_qs << true << false << u"home/.local/share/Duomir/"_qs
             << u"bin/Duomir.ini"_qs;
@@ -235,14 +238,8 @@ private Q_SLOTS:
         QCOMPARE(findShareFolder(tree.path(u"prefix/bin"_qs)), tree.path(u"prefix/bin"_qs));
         QCOMPARE(findShareFolder(tree.path(u"none"_qs)), tree.path(u"none"_qs));
 
-        // A fresh account without the data home yet still gets its data folder.
-        SettingsEnvironment env;
-        env.programFolder = tree.path(u"prefix/bin"_qs);
-        env.dataHome = tree.path(u"missing/share"_qs);
-        QCOMPARE(InitDataFolder(env), tree.path(u"missing/share/Duomir/"_qs));
-        QVERIFY(QFileInfo(tree.path(u"missing/share/Duomir"_qs)).isDir());
-
         // Without a usable program folder the settings go to the configuration folder.
+        SettingsEnvironment env;
         env.programFolder = tree.path(u"gone/bin"_qs);
         env.configHome = tree.path(u"cfg"_qs);
         QCOMPARE(settingsFilePath(env), tree.path(u"cfg/Duomir/Duomir.ini"_qs));
