@@ -11,64 +11,60 @@ class TestCommandLine : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void parse_data();
-    void parse();
-    void emptyProfileFile();
+    void parse_data()
+    {
+        // argv as the program receives it; the flags as "dontask hide auto" in 0/1.
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("profile");
+        QTest::addColumn<QString>("flags");
+
+        QTest::newRow("shortcut run")
+            << QStringList{u"/p/my list.dyp"_qs, u"-auto"_qs, u"-dontask"_qs, u"-hide"_qs}
+            << u"/p/my list.dyp"_qs << u"111"_qs;
+        QTest::newRow("switch in capitals")
+            << QStringList{u"/p/list.dyp"_qs, u"-AUTO"_qs} << u"/p/list.dyp"_qs << u"001"_qs;
+        QTest::newRow("switch only names itself")
+            << QStringList{u"-hide"_qs} << u"-hide"_qs << u"010"_qs;
+        QTest::newRow("switches first")
+            << QStringList{u"-DontAsk"_qs, u"/p/a.dyp"_qs} << u"-DontAsk"_qs << u"100"_qs;
+        QTest::newRow("quoted later")
+            << QStringList{u"-auto"_qs, u"/p/a b.dyp"_qs} << u"/p/a b.dyp"_qs << u"001"_qs;
+        QTest::newRow("nothing") << QStringList{} << QString() << u"000"_qs;
+        QTest::newRow("empty arguments dropped")
+            << QStringList{QString(), u"/p/a.dyp"_qs} << u"/p/a.dyp"_qs << u"000"_qs;
+        // The switches are matched anywhere, also inside a file name.
+        QTest::newRow("switch inside the name")
+            << QStringList{u"/p/x-autosave.dyp"_qs} << u"/p/x-autosave.dyp"_qs << u"001"_qs;
+        QTest::newRow("tab counts as blank")
+            << QStringList{u"/p/a\tb.dyp"_qs} << u"/p/a\tb.dyp"_qs << u"000"_qs;
+    }
+
+    void parse()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, profile);
+        QFETCH(QString, flags);
+        const CommandLine cl = parseCommandLine(joinCommandLine(arguments));
+        QCOMPARE(cl.ProfilePath, profile);
+        QCOMPARE(cl.hasProfile(), !profile.isEmpty());
+        const auto b = [](bool v) { return v ? u'1' : u'0'; };
+        QCOMPARE(QString(b(cl.DontAsk)) + b(cl.Hide) + b(cl.AutoRequested), flags);
+    }
+
+    void emptyProfileFile()
+    {
+        TempTree tree;
+        tree.file(u"empty.dyp"_qs);
+        tree.file(u"full.dyp"_qs, "[Pairs]\n");
+        tree.dir(u"folder.dyp"_qs);
+        QVERIFY(isEmptyProfileFile(tree.path(u"empty.dyp"_qs)));
+        QVERIFY(!isEmptyProfileFile(tree.path(u"full.dyp"_qs)));
+        QVERIFY(!isEmptyProfileFile(tree.path(u"missing.dyp"_qs)));
+        QVERIFY(!isEmptyProfileFile(tree.path(u"folder.dyp"_qs)));
+        // Raw command-line text: an unclosed quote runs to the end.
+        QCOMPARE(parseCommandLine(u"\"/p/open end -auto"_qs).ProfilePath, u"/p/open end -auto"_qs);
+    }
 };
-
-void TestCommandLine::parse_data()
-{
-    // argv as the program receives it; the flags as "dontask hide auto" in 0/1.
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("profile");
-    QTest::addColumn<QString>("flags");
-
-    QTest::newRow("shortcut run") << QStringList{u"/p/my list.dyp"_qs, u"-auto"_qs, u"-dontask"_qs,
-                                                 u"-hide"_qs}
-                                  << u"/p/my list.dyp"_qs << u"111"_qs;
-    QTest::newRow("switch in capitals")
-        << QStringList{u"/p/list.dyp"_qs, u"-AUTO"_qs} << u"/p/list.dyp"_qs << u"001"_qs;
-    QTest::newRow("switch only names itself")
-        << QStringList{u"-hide"_qs} << u"-hide"_qs << u"010"_qs;
-    QTest::newRow("switches first")
-        << QStringList{u"-DontAsk"_qs, u"/p/a.dyp"_qs} << u"-DontAsk"_qs << u"100"_qs;
-    QTest::newRow("quoted later") << QStringList{u"-auto"_qs, u"/p/a b.dyp"_qs} << u"/p/a b.dyp"_qs
-                                  << u"001"_qs;
-    QTest::newRow("nothing") << QStringList{} << QString() << u"000"_qs;
-    QTest::newRow("empty arguments dropped")
-        << QStringList{QString(), u"/p/a.dyp"_qs} << u"/p/a.dyp"_qs << u"000"_qs;
-    // The switches are matched anywhere, also inside a file name.
-    QTest::newRow("switch inside the name")
-        << QStringList{u"/p/x-autosave.dyp"_qs} << u"/p/x-autosave.dyp"_qs << u"001"_qs;
-    QTest::newRow("tab counts as blank")
-        << QStringList{u"/p/a\tb.dyp"_qs} << u"/p/a\tb.dyp"_qs << u"000"_qs;
-}
-
-void TestCommandLine::parse()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, profile);
-    QFETCH(QString, flags);
-    const CommandLine cl = parseCommandLine(joinCommandLine(arguments));
-    QCOMPARE(cl.ProfilePath, profile);
-    QCOMPARE(cl.hasProfile(), !profile.isEmpty());
-    const auto b = [](bool v) { return v ? u'1' : u'0'; };
-    QCOMPARE(QString(b(cl.DontAsk)) + b(cl.Hide) + b(cl.AutoRequested), flags);
-}
-
-void TestCommandLine::emptyProfileFile()
-{
-    TempTree tree;
-    tree.file(u"empty.dyp"_qs);
-    tree.file(u"full.dyp"_qs, "[Pairs]\n");
-    tree.dir(u"folder.dyp"_qs);
-    QVERIFY(isEmptyProfileFile(tree.path(u"empty.dyp"_qs)));
-    QVERIFY(!isEmptyProfileFile(tree.path(u"full.dyp"_qs)));
-    QVERIFY(!isEmptyProfileFile(tree.path(u"missing.dyp"_qs)));
-    QVERIFY(!isEmptyProfileFile(tree.path(u"folder.dyp"_qs)));
-    // Raw command-line text: an unclosed quote runs to the end.
-    QCOMPARE(parseCommandLine(u"\"/p/open end -auto"_qs).ProfilePath, u"/p/open end -auto"_qs);
-}
 
 QTEST_GUILESS_MAIN(TestCommandLine)
 #include "tst_commandline.moc"

@@ -1,4 +1,5 @@
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -19,16 +20,8 @@ QString unescapeValue(const QString &value)
             continue;
         }
         const QChar next = value[++i];
-        if (next == u's')
-            out += u' ';
-        else if (next == u'n')
-            out += u'\n';
-        else if (next == u't')
-            out += u'\t';
-        else if (next == u'r')
-            out += u'\r';
-        else
-            out += next;
+        const qsizetype code = QStringView(u"sntr").indexOf(next);
+        out += code < 0 ? next : QStringView(u" \n\t\r")[code];
     }
     return out;
 }
@@ -40,29 +33,22 @@ QStringList splitExec(const QString &exec)
     bool quoted = false, inArg = false;
     for (qsizetype i = 0; i < exec.size(); ++i) {
         const QChar c = exec[i];
-        if (quoted) {
-            if (c == u'\\' && i + 1 < exec.size()) {
-                cur += exec[++i];
-            } else if (c == u'"') {
-                quoted = false;
-            } else {
-                cur += c;
-            }
-        } else if (c == u'"') {
-            quoted = inArg = true;
-        } else if (c == u' ') {
+        if (!quoted && c == u' ') {
             if (inArg)
                 args.append(cur);
             cur.clear();
             inArg = false;
-        } else if (c == u'%' && i + 1 < exec.size() && exec[i + 1] == u'%') {
-            cur += u'%';
-            ++i;
-            inArg = true;
-        } else {
-            cur += c;
-            inArg = true;
+            continue;
         }
+        inArg = true;
+        if (c == u'"')
+            quoted = !quoted;
+        else if (quoted && c == u'\\' && i + 1 < exec.size())
+            cur += exec[++i];
+        else if (!quoted && c == u'%' && exec.mid(i + 1, 1) == u"%")
+            cur += exec[++i];
+        else
+            cur += c;
     }
     if (inArg)
         args.append(cur);
@@ -71,9 +57,14 @@ QStringList splitExec(const QString &exec)
 
 QString valueOf(const QString &entry, const QString &key)
 {
+    // Blanks after '=' belong to the syntax, not to the value.
     for (const QString &line : entry.split(u'\n')) {
-        if (line.startsWith(key + u'='))
-            return line.mid(key.size() + 1);
+        if (line.startsWith(key + u'=')) {
+            qsizetype start = key.size() + 1;
+            while (start < line.size() && line[start] == u' ')
+                ++start;
+            return line.mid(start);
+        }
     }
     return {};
 }
@@ -85,125 +76,100 @@ class TestLauncher : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void arguments_data();
-    void arguments();
-    void execRoundTrip_data();
-    void execRoundTrip();
-    void entryForAutomaticRun();
-    void writesExecutableFile();
-    void refusesWhatCannotBeWritten();
-};
-
-void TestLauncher::arguments_data()
-{
-    QTest::addColumn<QString>("profile");
-    QTest::addColumn<bool>("autoRun");
-    QTest::addColumn<bool>("dontAsk");
-    QTest::addColumn<bool>("hide");
-    QTest::addColumn<QString>("expected");
-
-    QTest::newRow("blanks, all switches in fixed order")
-        << u"/home/a b/my list.dyp"_qs << true << true << true
-        << u"\"/home/a b/my list.dyp\" -auto -dontask -hide"_qs;
-    QTest::newRow("no profile, switches keep their blank")
-        << QString() << false << true << true << u" -dontask -hide"_qs;
-    QTest::newRow("nothing at all") << QString() << false << false << false << QString();
-    QTest::newRow("profile only") << u"/p/l.dyp"_qs << false << false << false
-                                  << u"\"/p/l.dyp\""_qs;
-}
-
-void TestLauncher::arguments()
-{
-    QFETCH(QString, profile);
-    QFETCH(bool, autoRun);
-    QFETCH(bool, dontAsk);
-    QFETCH(bool, hide);
-    QFETCH(QString, expected);
-    QCOMPARE(launcherArguments(profile, autoRun, dontAsk, hide), expected);
-}
-
-void TestLauncher::execRoundTrip_data()
-{
-    QTest::addColumn<QString>("program");
-    QTest::addColumn<QString>("profile");
-
-    QTest::newRow("plain") << u"/usr/bin/duomir"_qs << u"/home/u/list.dyp"_qs;
-    QTest::newRow("blanks") << u"/opt/my apps/duomir"_qs << u"/home/u/my lists/a b.dyp"_qs;
-    QTest::newRow("shell characters")
-        << u"/usr/bin/duomir"_qs << u"/home/u/$HOME `x` & (y);z.dyp"_qs;
-    QTest::newRow("quote and backslash") << u"/usr/bin/duomir"_qs << u"/home/u/it's \\ a.dyp"_qs;
-    QTest::newRow("percent is no field code") << u"/usr/bin/duomir"_qs << u"/home/u/100%f.dyp"_qs;
-    QTest::newRow("non-ASCII") << u"/usr/bin/duomir"_qs << u"/home/u/Übersicht ß.dyp"_qs;
-}
-
-// Whatever the path holds, a desktop that follows the format starts exactly the program with the
-// profile and the three switches as separate arguments.
-void TestLauncher::execRoundTrip()
-{
-    QFETCH(QString, program);
-    QFETCH(QString, profile);
-    Launcher l;
-    l.program = program;
-    l.name = u"Sync"_qs;
-    l.arguments = launcherArguments(profile, true, true, true);
-    const QString exec = unescapeValue(valueOf(desktopEntryText(l), u"Exec"_qs));
-    const QStringList expected{program, profile, u"-auto"_qs, u"-dontask"_qs, u"-hide"_qs};
-    QCOMPARE(splitExec(exec), expected);
-}
-
-void TestLauncher::entryForAutomaticRun()
-{
-    Launcher l;
-    l.program = u"/usr/bin/duomir"_qs;
-    l.workingFolder = u"/usr/bin"_qs;
-    l.arguments = launcherArguments(u"/home/u/my list.dyp"_qs, true, true, true);
-    l.icon = u"duomir"_qs;
-    l.name = u"Nightly backup"_qs;
-    l.description = u" Line one\nline two"_qs;
-    const QString text = desktopEntryText(l);
-
-    QVERIFY(text.startsWith(u"[Desktop Entry]\n"_qs));
-    QCOMPARE(valueOf(text, u"Type"_qs), u"Application"_qs);
-    QCOMPARE(valueOf(text, u"Name"_qs), u"Nightly backup"_qs);
-    QCOMPARE(valueOf(text, u"Exec"_qs),
-             u"/usr/bin/duomir \"/home/u/my list.dyp\" -auto -dontask -hide"_qs);
-    QCOMPARE(valueOf(text, u"Path"_qs), u"/usr/bin"_qs);
-    QCOMPARE(valueOf(text, u"Icon"_qs), u"duomir"_qs);
-    // A line break or leading blank in the description must not end or trim the value.
-    QCOMPARE(valueOf(text, u"Comment"_qs), u"\\sLine one\\nline two"_qs);
-}
-
-void TestLauncher::writesExecutableFile()
-{
-    QTemporaryDir dir;
-    const QString path = launcherFilePath(dir.path(), u"My sync"_qs);
-    QCOMPARE(path, dir.path() + u"/My sync.desktop"_qs);
+    void arguments_data()
     {
-        QFile old(path);
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write("stale content that is longer than the new file will be, by quite a lot......");
-    }
-    Launcher l;
-    l.program = u"/usr/bin/duomir"_qs;
-    l.name = u"My sync"_qs;
-    QVERIFY(CreateShortcut(path, l));
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::ReadOnly));
-    QCOMPARE(QString::fromUtf8(f.readAll()), desktopEntryText(l));
-    QVERIFY(f.permissions() & QFileDevice::ExeOwner);
-}
+        QTest::addColumn<QString>("profile");
+        QTest::addColumn<bool>("autoRun");
+        QTest::addColumn<bool>("dontAsk");
+        QTest::addColumn<bool>("hide");
+        QTest::addColumn<QString>("expected");
 
-void TestLauncher::refusesWhatCannotBeWritten()
-{
-    QTemporaryDir dir;
-    Launcher l;
-    l.program = u"/usr/bin/duomir"_qs;
-    QVERIFY(!CreateShortcut(QString(), l));
-    QVERIFY(!CreateShortcut(dir.path() + u"/missing/folder/x.desktop"_qs, l));
-    l.program.clear();
-    QVERIFY(!CreateShortcut(dir.path() + u"/x.desktop"_qs, l));
-    QVERIFY(!QFile::exists(dir.path() + u"/x.desktop"_qs));
-}
+        QTest::newRow("no profile, switches keep their blank")
+            << QString() << false << true << true << u" -dontask -hide"_qs;
+        QTest::newRow("nothing at all") << QString() << false << false << false << QString();
+        QTest::newRow("profile only")
+            << u"/p/l.dyp"_qs << false << false << false << u"\"/p/l.dyp\""_qs;
+    }
+
+    void arguments()
+    {
+        QFETCH(QString, profile);
+        QFETCH(bool, autoRun);
+        QFETCH(bool, dontAsk);
+        QFETCH(bool, hide);
+        QFETCH(QString, expected);
+        QCOMPARE(launcherArguments(profile, autoRun, dontAsk, hide), expected);
+    }
+
+    void entryRoundTrip_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QString>("profile");
+
+        QTest::newRow("plain") << u"/usr/bin/duomir"_qs << u"/home/u/list.dyp"_qs;
+        QTest::newRow("blanks") << u"/opt/my apps/duomir"_qs << u"/home/u/my lists/a b.dyp"_qs;
+        QTest::newRow("shell characters")
+            << u"/usr/bin/duomir"_qs << u"/home/u/$HOME `x` & (y);z.dyp"_qs;
+        QTest::newRow("quote and backslash")
+            << u"/usr/bin/duomir"_qs << u"/home/u/it's \\ a.dyp"_qs;
+        QTest::newRow("percent is no field code")
+            << u"/usr/bin/duomir"_qs << u"/home/u/100%f.dyp"_qs;
+        QTest::newRow("non-ASCII") << u"/usr/bin/duomir"_qs << u"/home/u/Übersicht ß.dyp"_qs;
+    }
+
+    // Whatever the texts hold, a desktop that follows the format reads back exactly the program,
+    // the profile and the three switches as separate arguments, and every other value unchanged.
+    void entryRoundTrip()
+    {
+        QFETCH(QString, program);
+        QFETCH(QString, profile);
+        Launcher l;
+        l.program = program;
+        l.workingFolder = QFileInfo(program).path();
+        l.arguments = launcherArguments(profile, true, true, true);
+        l.icon = u"duomir"_qs;
+        l.name = u"Nightly "_qs + QFileInfo(profile).fileName();
+        l.description = u" Line one\nline two for "_qs + profile;
+        const QString text = desktopEntryText(l);
+        QVERIFY(text.startsWith(u"[Desktop Entry]\n"_qs));
+        const auto value = [&](const QString &key) { return unescapeValue(valueOf(text, key)); };
+        QCOMPARE(value(u"Type"_qs), u"Application"_qs);
+        QCOMPARE(splitExec(value(u"Exec"_qs)),
+                 QStringList({program, profile, u"-auto"_qs, u"-dontask"_qs, u"-hide"_qs}));
+        QCOMPARE(value(u"Name"_qs), l.name);
+        QCOMPARE(value(u"Path"_qs), l.workingFolder);
+        QCOMPARE(value(u"Icon"_qs), l.icon);
+        QCOMPARE(value(u"Comment"_qs), l.description);
+    }
+
+    // A stale file of the same name is replaced whole; what cannot be written leaves no file.
+    void writesExecutableFileOrNothing()
+    {
+        QTemporaryDir dir;
+        const QString path = launcherFilePath(dir.path(), u"My sync"_qs);
+        QCOMPARE(path, dir.path() + u"/My sync.desktop"_qs);
+        {
+            QFile old(path);
+            QVERIFY(old.open(QIODevice::WriteOnly));
+            old.write(
+                "stale content that is longer than the new file will be, by quite a lot......");
+        }
+        Launcher l;
+        l.program = u"/usr/bin/duomir"_qs;
+        l.name = u"My sync"_qs;
+        QVERIFY(CreateShortcut(path, l));
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(f.readAll()), desktopEntryText(l));
+        QVERIFY(f.permissions() & QFileDevice::ExeOwner);
+
+        QVERIFY(!CreateShortcut(QString(), l));
+        QVERIFY(!CreateShortcut(dir.path() + u"/missing/folder/x.desktop"_qs, l));
+        l.program.clear();
+        QVERIFY(!CreateShortcut(dir.path() + u"/x.desktop"_qs, l));
+        QVERIFY(!QFile::exists(dir.path() + u"/x.desktop"_qs));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestLauncher)
 #include "tst_launcher.moc"
