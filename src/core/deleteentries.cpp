@@ -51,13 +51,23 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
 
     const int last = int(rows.size()) - 1;
     const int other = side ^ 1;
+    // Below a directory whose other side could not be read, "missing on the other side" only
+    // means "not seen": such files are kept.
+    QString unseenBelow;
     for (int i = std::max(start + 1, 2); i <= last; ++i) {
         const CompareEntry &x = rows[size_t(i)];
         if (x.Attributes[side] & Attr::Directory) {
             if (start >= 1 && separatorCount(x.Path[side]) <= depth)
                 return;
+            if (!unseenBelow.isEmpty() && !x.Path[side].startsWith(unseenBelow))
+                unseenBelow.clear();
+            if (unseenBelow.isEmpty() && (mode & DeleteMode::OnlyMissingOnOtherSide) &&
+                (x.Attributes[other] & Attr::Unlisted))
+                unseenBelow = x.Path[side] + u'/';
             continue;
         }
+        if (!unseenBelow.isEmpty() && x.Path[side].startsWith(unseenBelow))
+            continue;
         if (x.Name[side].isEmpty() || !x.Marked || engine.isInUnlistedPair(i))
             continue;
         if ((mode & DeleteMode::OnlyMissingOnOtherSide) && !x.Name[other].isEmpty())

@@ -10,11 +10,13 @@ namespace duomir {
 // Attribute bits as the engine tests them (the platform layer maps the file system's facts to
 // them).
 namespace Attr {
-inline constexpr std::uint32_t ReadOnly = 0x01;      // the owner has no write permission
-inline constexpr std::uint32_t Hidden = 0x02;        // the name begins with "."
-inline constexpr std::uint32_t System = 0x04;        // socket, FIFO, device node
-inline constexpr std::uint32_t Directory = 0x10;     // a real directory, not a link to one
-inline constexpr std::uint32_t Reparse = 0x400;      // a symbolic link, kept as an entry of its own
+inline constexpr std::uint32_t ReadOnly = 0x01;  // the owner has no write permission
+inline constexpr std::uint32_t Hidden = 0x02;    // the name begins with "."
+inline constexpr std::uint32_t System = 0x04;    // socket, FIFO, device node
+inline constexpr std::uint32_t Directory = 0x10; // a real directory, not a link to one
+inline constexpr std::uint32_t Reparse = 0x400;  // a symbolic link, kept as an entry of its own
+inline constexpr std::uint32_t Unlisted =
+    0x40000000;                                      // a directory whose contents could not be read
 inline constexpr std::uint32_t Invalid = 0xFFFFFFFF; // the root does not exist
 } // namespace Attr
 

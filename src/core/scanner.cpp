@@ -41,7 +41,7 @@ public:
     bool scanRoot(const QString &directory);
 
 private:
-    void scan(const QString &directory, const QByteArray &nativeDirectory, bool root);
+    bool scan(const QString &directory, const QByteArray &nativeDirectory, bool root);
     FileEntry &append()
     {
         if (m_chunks.empty() || m_chunks.back().size() == ChunkSize) {
@@ -96,11 +96,11 @@ void Scanner::collect()
     m_chunks.clear();
 }
 
-void Scanner::scan(const QString &directory, const QByteArray &nativeDirectory, bool root)
+bool Scanner::scan(const QString &directory, const QByteArray &nativeDirectory, bool root)
 {
     std::vector<ListedItem> items;
     if (!listDirectory(nativeDirectory, root, items))
-        return;
+        return false;
     if (root)
         m_rootListed = true;
 
@@ -116,7 +116,11 @@ void Scanner::scan(const QString &directory, const QByteArray &nativeDirectory, 
                 const QString inner = e.Path + Separator;
                 QByteArray nativeInner = nativeDirectory + item.native + '/';
                 yield();
-                scan(inner, nativeInner, false);
+                // The directory stays in the list as an empty one, but marked: nothing is known of
+                // its contents, so deletion must not take them for missing. A failed listing adds
+                // no entries, so `e` still refers to this directory.
+                if (!scan(inner, nativeInner, false))
+                    e.Attributes |= Attr::Unlisted;
             }
         } else if (passesHiddenSystem(item.attributes, m_flags.HiddenFiles, m_flags.SysFiles) &&
                    MatchesMasks(item.name, m_fileMasks)) {
@@ -130,6 +134,7 @@ void Scanner::scan(const QString &directory, const QByteArray &nativeDirectory, 
         }
         yield();
     }
+    return true;
 }
 
 } // namespace

@@ -1,8 +1,12 @@
 #include <QDir>
+#include <QDirIterator>
+#include <QFile>
 #include <QProcess>
 #include <QTest>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "common/fakeinteraction.h"
@@ -66,6 +70,29 @@ struct Fixture
     }
 };
 
+// Makes `levels` nested folders of 250-character names below `base` (walking with openat, since
+// the full path may outgrow PATH_MAX) and, when `file` is given, a file in the innermost one.
+void makeDeep(const QByteArray &base, int levels, const char *file = nullptr)
+{
+    const QByteArray name(250, 'n');
+    int fd = ::open(base.constData(), O_RDONLY | O_DIRECTORY);
+    QVERIFY(fd >= 0);
+    for (int i = 0; i < levels; ++i) {
+        ::mkdirat(fd, name.constData(), 0755);
+        const int inner = ::openat(fd, name.constData(), O_RDONLY | O_DIRECTORY);
+        ::close(fd);
+        fd = inner;
+        QVERIFY(fd >= 0);
+    }
+    if (file) {
+        const int f = ::openat(fd, file, O_CREAT | O_WRONLY, 0644);
+        QVERIFY(f >= 0);
+        QCOMPARE(::write(f, "kept", 4), 4);
+        ::close(f);
+    }
+    ::close(fd);
+}
+
 } // namespace
 
 class TestSyncSafety : public QObject
@@ -73,6 +100,37 @@ class TestSyncSafety : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // A source folder whose path outgrows PATH_MAX cannot be listed and shows as empty. Mirroring
+    // towards the source with Delete must not take its files for deleted and remove the
+    // destination's copies.
+    void unreadableFolderIsNotMirroredAway()
+    {
+        Fixture f;
+        f.tree.dir(u"s"_qs);
+        f.tree.dir(u"d/sub"_qs);
+        makeDeep(QFile::encodeName(f.tree.path(u"s"_qs)), 10); // a long source root
+        QString source = u"s"_qs;
+        for (int i = 0; i < 10; ++i)
+            source += u'/' + QString(250, u'n');
+        f.tree.dir(source + u"/sub"_qs);
+        makeDeep(QFile::encodeName(f.tree.path(source + u"/sub"_qs)), 7, "file.txt");
+        makeDeep(QFile::encodeName(f.tree.path(u"d/sub"_qs)), 7, "file.txt");
+        f.addPair(source, u"d"_qs);
+
+        QVERIFY(Compare(f.engine));
+        f.engine.sync = {false, true, false, true};
+        Synchronize(f.engine, 0);
+        int left = 0;
+        QDirIterator it(f.tree.path(u"d"_qs), {u"file.txt"_qs}, QDir::Files,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            it.next();
+            ++left;
+        }
+        QCOMPARE(left, 1);
+        QProcess::execute(u"rm"_qs, {u"-rf"_qs, f.tree.path(u"s"_qs)});
+    }
+
     // Every operation refuses an empty or relative path before it reaches the system: in the
     // working directory below, "victim" and "dir" would otherwise be changed.
     void relativePathsAreRefused_data()
