@@ -186,6 +186,14 @@ void Merger::run()
             const qsizetype ti = twinCount(src, m_in.sourceKeys, i);
             const qsizetype tj = twinCount(dst, m_in.destinationKeys, j);
             if (ti == 1 && tj == 1) {
+                // Names holding the key's own separator characters (legal on Linux) can give a
+                // file and a directory one key; they are still never one entry. The roots always
+                // pair, whatever they are.
+                if (i > 0 && j > 0 && src[i].isDirectory() != dst[j].isDirectory()) {
+                    sourceOnly(src[i++]);
+                    destinationOnly(dst[j++]);
+                    continue;
+                }
                 matched(src[i++], dst[j++]);
                 continue;
             }

@@ -164,6 +164,17 @@ void TestCompare::fileAndDirectoryOfOneNameNeverPair()
     QVERIFY(Compare(f.engine));
     QCOMPARE(f.rows(), QStringList({u"0 1 d s d"_qs, u"-1 1 f s/item [d/item]"_qs,
                                     u"1 1 d [s/item] d/item"_qs}));
+
+    // Control characters in names can make a file's key equal a directory's; still two rows.
+    Fixture g;
+    g.tree.file(u"s/a/b\u0001"_qs, "file", T0);
+    g.tree.dir(u"d/a\u0001\u0002b"_qs);
+    g.addPair(u"s"_qs, u"d"_qs);
+    QVERIFY(Compare(g.engine));
+    for (size_t r = 2; r < g.engine.CompareResults.size(); ++r) {
+        const CompareEntry &row = g.engine.CompareResults[r];
+        QVERIFY(row.Name[0].isEmpty() || row.Name[1].isEmpty());
+    }
 }
 
 void TestCompare::keysAndOrder_data()
