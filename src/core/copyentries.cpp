@@ -71,19 +71,27 @@ void CopyWalk::tree(int start)
     const qsizetype depth = separatorCount(entry(first).Path[m_d]);
     const int last = int(m_engine.CompareResults.size()) - 1;
 
+    // Below a receiving directory that could not be listed, a file that looks absent may be
+    // there after all (and newer): nothing is copied into such a directory.
+    QString unseenBelow;
     for (int i = first; i <= last; ++i) {
         if (m_engine.CancelFlag)
             return;
         const CompareEntry &x = entry(i);
+        if (!unseenBelow.isEmpty() && !x.Path[m_r].startsWith(unseenBelow))
+            unseenBelow.clear();
         if (x.Attributes[m_d] & Attr::Directory) {
             if (start > 0 && i > start && separatorCount(x.Path[m_d]) <= depth)
                 return;
+            if (unseenBelow.isEmpty() && !x.Name[m_r].isEmpty() &&
+                (x.Attributes[m_r] & Attr::Unlisted))
+                unseenBelow = x.Path[m_r] + u'/';
             if (!(m_mode & CopyMode::ReceivingDecides) && x.State == sendingState() && x.Marked &&
                 !m_counting)
                 makeReceivingDirectory(i, x.Path[m_r], x.Path[m_d]);
             continue;
         }
-        if (!qualifies(x, false))
+        if (!unseenBelow.isEmpty() || !qualifies(x, false))
             continue;
         clearReadOnly(i);
         countOrCopy(i);
@@ -125,9 +133,11 @@ void CopyWalk::copy(int index)
         progress.ShowFile(e.Path[m_d], e.Path[m_r], e.Name[m_d]);
         ui.yieldEvents();
     }
-    // The sending name is used on both sides, so a case-twin on the receiving side stays alone.
+    // A file present on both sides is replaced under its own receiving name (a.txt paired with
+    // A.TXT replaces A.TXT, as a case-blind file system would); a new file takes the sending name.
+    const QString &receivingName = e.Name[m_r].isEmpty() ? e.Name[m_d] : e.Name[m_r];
     const OpResult result = m_ops.copyFile(
-        e.Path[m_d] + e.Name[m_d], e.Path[m_r] + e.Name[m_d],
+        e.Path[m_d] + e.Name[m_d], e.Path[m_r] + receivingName,
         [&](std::int64_t total, std::int64_t done) {
             if (progress.isVisible())
                 progress.Update(total, done);

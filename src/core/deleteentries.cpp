@@ -36,7 +36,11 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     if (start > 0 && engine.isInUnlistedPair(first))
         return;
     if (start > 0 && !e.isDirectory()) {
-        if (!e.Name[side].isEmpty())
+        // Synchronizing one file with Delete must not delete it when the other side has it: the
+        // copy that follows would then have nothing to send, and the newer file would be gone.
+        const bool onOtherSide = !e.Name[side ^ 1].isEmpty();
+        if (!e.Name[side].isEmpty() &&
+            !((mode & DeleteMode::OnlyMissingOnOtherSide) && onOtherSide))
             deleteFile(engine, side, first);
         return;
     }

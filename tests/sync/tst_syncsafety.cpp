@@ -100,6 +100,32 @@ class TestSyncSafety : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // One row synchronized with Delete: a file the other side has is never deleted first, and a
+    // file paired across letter case is replaced under its own name, not duplicated beside it.
+    void singleRowsKeepTheirFiles()
+    {
+        Fixture f;
+        f.tree.file(u"s/a.txt"_qs, "newer", T0 + 100);
+        f.tree.file(u"d/a.txt"_qs, "older", T0);
+        f.tree.file(u"s/b.txt"_qs, "newer", T0 + 100);
+        f.tree.file(u"d/B.TXT"_qs, "older", T0);
+        f.addPair(u"s"_qs, u"d"_qs);
+        QVERIFY(Compare(f.engine));
+        f.engine.sync = {true, false, false, true};
+        for (size_t r = 1; r < f.engine.CompareResults.size(); ++r) {
+            if (f.engine.CompareResults[r].Name[0] == u"a.txt"_qs)
+                QVERIFY(Synchronize(f.engine, int(r)));
+        }
+        QCOMPARE(f.tree.read(u"s/a.txt"_qs), QByteArray("newer"));
+        QCOMPARE(f.tree.read(u"d/a.txt"_qs), QByteArray("newer"));
+
+        QVERIFY(Compare(f.engine));
+        QVERIFY(Synchronize(f.engine, 0));
+        QCOMPARE(f.tree.read(u"d/B.TXT"_qs), QByteArray("newer"));
+        QVERIFY(!f.tree.exists(u"d/b.txt"_qs));
+        QCOMPARE(f.tree.read(u"s/b.txt"_qs), QByteArray("newer"));
+    }
+
     // A source folder whose path outgrows PATH_MAX cannot be listed and shows as empty. Mirroring
     // towards the source with Delete must not take its files for deleted and remove the
     // destination's copies.
