@@ -30,7 +30,7 @@ public:
         return say(QStringLiteral("remove-if-empty"), path);
     }
     OpResult copyFile(const QString &from, const QString &to, const CopyProgress &,
-                      const bool &) override
+                      const std::atomic<bool> &) override
     {
         return say(QStringLiteral("copy"), from + u" -> " + to);
     }

@@ -1,5 +1,6 @@
 #include <QDir>
 #include <QFileInfo>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 
@@ -84,7 +85,7 @@ QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
 // chunks, removes its temporary file and leaves the old target whole, and the run ends in order.
 // The handler fires once; a second signal ends the program at once.
 volatile std::sig_atomic_t g_interrupted = 0;
-bool *g_cancel = nullptr;
+std::atomic<bool> *g_cancel = nullptr; // lock-free, so the handler may store to it
 
 extern "C" void onInterrupt(int)
 {
@@ -96,7 +97,7 @@ extern "C" void onInterrupt(int)
 class InterruptGuard
 {
 public:
-    explicit InterruptGuard(bool &cancel)
+    explicit InterruptGuard(std::atomic<bool> &cancel)
     {
         g_cancel = &cancel;
         struct sigaction sa = {};

@@ -1,5 +1,6 @@
 #include "core/copyentries.h"
 
+#include "core/copypipeline.h"
 #include "core/engine.h"
 #include "core/errorlog.h"
 #include "core/interaction.h"
@@ -15,11 +16,13 @@ class CopyWalk
 public:
     CopyWalk(Engine &engine, int d, int mode)
         : m_engine(engine), m_ops(*engine.fileOps), m_d(d), m_r(d ^ 1), m_mode(mode),
-          m_counting((mode & CopyMode::CountOnly) != 0)
+          m_counting((mode & CopyMode::CountOnly) != 0),
+          m_pipeline(m_ops, engine.CancelFlag, hooks(), !engine.DontAsk)
     {}
 
     void singleFile(int index);
     void tree(int start);
+    void finish() { m_pipeline.finish(); }
 
 private:
     std::int16_t sendingState() const
@@ -42,7 +45,8 @@ private:
     void makeReceivingDirectory(int index, const QString &receiving, const QString &sending);
     void clearReadOnly(int index);
     void countOrCopy(int index);
-    void copy(int index);
+    CopyPipeline::Hooks hooks();
+    void report(const CopyStep &step);
 
     Engine &m_engine;
     FileOps &m_ops;
@@ -50,6 +54,7 @@ private:
     int m_r;
     int m_mode;
     bool m_counting;
+    CopyPipeline m_pipeline;
 };
 
 void CopyWalk::singleFile(int index)
@@ -100,11 +105,9 @@ void CopyWalk::tree(int start)
 
 void CopyWalk::makeReceivingDirectory(int index, const QString &receiving, const QString &sending)
 {
-    const OpResult result =
-        m_ops.makeDirectory(withoutTrailingSeparator(receiving), withoutTrailingSeparator(sending));
-    if (result.ok())
-        ++m_engine.syncStats.directoriesCreated;
-    ReportResult(m_engine, result, What::MakeDirectory, m_d, index);
+    m_pipeline.add(What::MakeDirectory, index,
+                   m_ops.makeDirectory(withoutTrailingSeparator(receiving),
+                                       withoutTrailingSeparator(sending)));
 }
 
 void CopyWalk::clearReadOnly(int index)
@@ -112,45 +115,59 @@ void CopyWalk::clearReadOnly(int index)
     const CompareEntry &e = entry(index);
     if (m_counting || e.Name[m_r].isEmpty() || !(e.Attributes[m_r] & Attr::ReadOnly))
         return;
-    ReportResult(m_engine, m_ops.clearReadOnly(e.Path[m_r] + e.Name[m_r]),
-                 What::ClearReadOnlyForCopy, m_d, index);
+    m_pipeline.add(What::ClearReadOnlyForCopy, index,
+                   m_ops.clearReadOnly(e.Path[m_r] + e.Name[m_r]));
 }
 
 void CopyWalk::countOrCopy(int index)
 {
-    if (m_counting)
+    if (m_counting) {
         m_engine.ByteTotal += entry(index).FullSize[m_d];
-    else
-        copy(index);
-}
-
-void CopyWalk::copy(int index)
-{
-    const CompareEntry &e = entry(index);
-    ProgressModel &progress = m_engine.progress;
-    Interaction &ui = m_engine.ui();
-    if (progress.isVisible()) {
-        progress.ShowFile(e.Path[m_d], e.Path[m_r], e.Name[m_d]);
-        ui.yieldEvents();
+        return;
     }
+    const CompareEntry &e = entry(index);
     // A file present on both sides is replaced under its own receiving name (a.txt paired with
     // A.TXT replaces A.TXT, as a case-blind file system would); a new file takes the sending name.
     const QString &receivingName = e.Name[m_r].isEmpty() ? e.Name[m_d] : e.Name[m_r];
-    const OpResult result = m_ops.copyFile(
-        e.Path[m_d] + e.Name[m_d], e.Path[m_r] + receivingName,
-        [&](std::int64_t total, std::int64_t done) {
-            if (progress.isVisible())
-                progress.Update(total, done);
-            ui.yieldEvents(); // lets Cancel be pressed
-        },
-        m_engine.CancelFlag);
-    if (result.ok()) {
+    m_pipeline.copy(What::Copy, index, e.Path[m_d] + e.Name[m_d], e.Path[m_r] + receivingName,
+                    e.FullSize[m_d]);
+}
+
+CopyPipeline::Hooks CopyWalk::hooks()
+{
+    ProgressModel &progress = m_engine.progress;
+    Interaction &ui = m_engine.ui();
+    return {
+        .started =
+            [this, &progress, &ui](const CopyStep &step) {
+                if (!progress.isVisible())
+                    return;
+                const CompareEntry &e = entry(step.index);
+                progress.ShowFile(e.Path[m_d], e.Path[m_r], e.Name[m_d]);
+                ui.yieldEvents();
+            },
+        .progress =
+            [&progress, &ui](std::int64_t total, std::int64_t done) {
+                if (progress.isVisible())
+                    progress.Update(total, done);
+                ui.yieldEvents(); // lets Cancel be pressed
+            },
+        .yield = [&ui] { ui.yieldEvents(); },
+        .finished = [this](const CopyStep &step) { report(step); },
+    };
+}
+
+void CopyWalk::report(const CopyStep &step)
+{
+    if (step.what == What::MakeDirectory && step.result.ok())
+        ++m_engine.syncStats.directoriesCreated;
+    if (step.what == What::Copy && step.result.ok()) {
         ++m_engine.syncStats.filesCopied;
-        m_engine.syncStats.bytesCopied += e.FullSize[m_d];
+        m_engine.syncStats.bytesCopied += step.size;
     }
-    ReportResult(m_engine, result, What::Copy, m_d, index);
-    if (!m_engine.DontAsk)
-        progress.FileDone(e.FullSize[m_d]);
+    ReportResult(m_engine, step.result, step.what, m_d, step.index);
+    if (step.what == What::Copy && !m_engine.DontAsk)
+        m_engine.progress.FileDone(step.size);
 }
 
 } // namespace
@@ -167,6 +184,7 @@ void CopyEntries(Engine &engine, int d, int start, int mode)
         walk.singleFile(first);
     else
         walk.tree(start);
+    walk.finish();
 }
 
 } // namespace duomir

@@ -17,6 +17,8 @@ inline constexpr int IgnoreState = 4;      // copy whichever side is newer (a se
 // writable, and copies the marked files whose State names `d` as the newer side (or any marked
 // file with IgnoreState). Stops before the next entry once Engine::CancelFlag is set. Every
 // failure goes to ReportResult and the walk goes on. Drives Engine::progress when it is visible.
+// Small files are copied on worker threads (see CopyPipeline); every result is still reported on
+// the calling thread, in walk order.
 void CopyEntries(Engine &engine, int d, int start, int mode);
 
 } // namespace duomir

@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QString>
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -125,7 +126,9 @@ public:
 
     // Synchronization run state.
     SyncOptions sync;
-    bool CancelFlag = false;
+    // Set by Cancel and by termination signals, read by copies on worker threads.
+    std::atomic<bool> CancelFlag = false;
+    static_assert(std::atomic<bool>::is_always_lock_free);
     std::int64_t ByteTotal = 0;
     ProgressModel progress; // the GUI sets a sink; without one nothing is shown
     SyncStats syncStats;

@@ -47,6 +47,8 @@ set(DUOMIR_CORE_SOURCES
     core/syncpaths.h
     core/copyentries.h
     core/copyentries.cpp
+    core/copypipeline.h
+    core/copypipeline.cpp
     core/deleteentries.h
     core/deleteentries.cpp
     core/synchronize.h

@@ -11,7 +11,7 @@ namespace duomir {
 namespace {
 
 int g_fds[2] = {-1, -1};
-bool *g_cancel = nullptr;
+std::atomic<bool> *g_cancel = nullptr; // lock-free, so a handler may store to it
 volatile std::sig_atomic_t g_signal = 0;
 constexpr int Signals[] = {SIGINT, SIGTERM, SIGHUP};
 
@@ -26,7 +26,7 @@ extern "C" void onTerminationSignal(int sig)
 
 } // namespace
 
-TerminationGuard::TerminationGuard(bool &cancelFlag, QObject *parent) : QObject(parent)
+TerminationGuard::TerminationGuard(std::atomic<bool> &cancelFlag, QObject *parent) : QObject(parent)
 {
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, g_fds) != 0)
         return;

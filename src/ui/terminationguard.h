@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <atomic>
 
 class QSocketNotifier;
 
@@ -15,7 +16,7 @@ class TerminationGuard : public QObject
     Q_OBJECT
 
 public:
-    explicit TerminationGuard(bool &cancelFlag, QObject *parent = nullptr);
+    explicit TerminationGuard(std::atomic<bool> &cancelFlag, QObject *parent = nullptr);
     ~TerminationGuard() override;
 
     // The exit code the program should end with (128 + the signal), or 0 when none came.

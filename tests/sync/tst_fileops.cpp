@@ -64,7 +64,7 @@ private Q_SLOTS:
         ops.failWriteAt = fault.startsWith(u"write") ? 2 : 0;
         ops.renameErrno = fault == u"rename" ? EACCES : 0;
         ops.sourcesVanish = fault == u"vanish";
-        bool cancel = false;
+        std::atomic<bool> cancel = false;
         std::int64_t lastDone = 0;
         const OpResult r = ops.copyFile(
             tree.path(QStringLiteral("s/f")), tree.path(QStringLiteral("d/f")),

@@ -26,7 +26,13 @@ public:
     bool sourcesVanish = false;
     QByteArray onlyPathsWith;
 
-    int writes = 0; // data writes so far
+    std::atomic<int> writes = 0; // data writes so far
+
+    // Counting writes is only meaningful in one order.
+    std::int64_t parallelCopyLimit() const override
+    {
+        return failWriteAt > 0 ? 0 : PosixFileOps::parallelCopyLimit();
+    }
 
 protected:
     int sysOpenSource(const char *path) override;

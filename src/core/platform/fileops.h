@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 
@@ -56,7 +57,11 @@ public:
     // it at the end; a failed or cancelled copy (`cancel` read between chunks, result ECANCELED)
     // removes the temporary file and leaves an existing `to` untouched.
     virtual OpResult copyFile(const QString &from, const QString &to, const CopyProgress &progress,
-                              const bool &cancel) = 0;
+                              const std::atomic<bool> &cancel) = 0;
+
+    // Files up to this many bytes may be copied on several threads at once (copyFile is then
+    // called concurrently); 0 keeps every copy on the caller's thread, one after the other.
+    virtual std::int64_t parallelCopyLimit() const { return 0; }
 };
 
 } // namespace duomir

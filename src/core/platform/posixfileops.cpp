@@ -130,7 +130,7 @@ OpResult PosixFileOps::removeDirectory(const QString &path)
 }
 
 OpResult PosixFileOps::copyFile(const QString &fromText, const QString &toText,
-                                const CopyProgress &progress, const bool &cancel)
+                                const CopyProgress &progress, const std::atomic<bool> &cancel)
 {
     if (!placeKnown(fromText) || !placeKnown(toText))
         return OpResult::failure(OpError::PlaceUnknown);
@@ -179,7 +179,7 @@ OpResult PosixFileOps::copyFile(const QString &fromText, const QString &toText,
 }
 
 OpResult PosixFileOps::copyData(int in, int out, std::int64_t size, const CopyProgress &progress,
-                                const bool &cancel)
+                                const std::atomic<bool> &cancel)
 {
     std::int64_t done = 0;
     bool useRange = true;

@@ -22,7 +22,9 @@ public:
     OpResult removeFile(const QString &path) override;
     OpResult removeDirectory(const QString &path) override;
     OpResult copyFile(const QString &from, const QString &to, const CopyProgress &progress,
-                      const bool &cancel) override;
+                      const std::atomic<bool> &cancel) override;
+    // A file of one chunk reports its progress once: nothing is lost by copying it beside others.
+    std::int64_t parallelCopyLimit() const override { return m_chunkSize; }
 
 protected:
     // The system calls everything above is built from, with the system's convention (-1 and
@@ -38,7 +40,7 @@ protected:
 
 private:
     OpResult copyData(int in, int out, std::int64_t size, const CopyProgress &progress,
-                      const bool &cancel);
+                      const std::atomic<bool> &cancel);
     OpResult copyLink(const QByteArray &from, const QByteArray &to);
 
     std::int64_t m_chunkSize;

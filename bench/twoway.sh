@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Times a two-way `duomir-cli sync` of the generated trees (compare, copy both ways, compare
+# again) beside `rsync -a` updating the destination one way. Before every run both working trees
+# are put back to the generated state, so every run copies the same files.
+#
+#   bench/twoway.sh [FILES] [WORKDIR]      (defaults: 300000, /tmp/duomir-bench; RUNS=5)
+#
+# Target: duomir's two-way run takes less time than rsync's one-way run.
+set -euo pipefail
+files=${1:-300000}
+work=${2:-/tmp/duomir-bench}
+here=$(cd "$(dirname "$0")" && pwd)
+root=$(dirname "$here")
+cli=$root/build/release/bin/duomir-cli
+
+for tool in hyperfine rsync; do
+    command -v "$tool" >/dev/null && continue
+    echo "installing $tool"
+    if [ "$(id -u)" -eq 0 ]; then apt-get install -y "$tool"; else sudo apt-get install -y "$tool"; fi
+done
+(cd "$root" && cmake --preset release >/dev/null && cmake --build --preset release --target duomir-cli >/dev/null)
+
+tree=$work/$files
+if [ ! -d "$tree/dst" ]; then
+    mkdir -p "$tree"
+    python3 "$here/gentree.py" "$tree" --files "$files"
+fi
+run=$work/twoway
+if [ ! -d "$run/dst" ]; then
+    mkdir -p "$run"
+    cp -a "$tree/src" "$tree/dst" "$run/" # keeps the generated files sparse
+fi
+# rsync restores just the files a run changed.
+reset="rsync -a --delete '$tree/src/' '$run/src/' && rsync -a --delete '$tree/dst/' '$run/dst/' && sync"
+sh -c "$reset"
+
+export XDG_CONFIG_HOME=$work/config XDG_DATA_HOME=$work/data
+hyperfine --runs "${RUNS:-5}" --prepare "$reset" --export-markdown "$work/twoway.md" \
+    -n "duomir-cli sync, two-way + re-compare" \
+    "'$cli' sync --source '$run/src' --destination '$run/dst' --hidden-files --hidden-dirs --system-files --system-dirs >/dev/null" \
+    -n "rsync -a, one-way" "rsync -a '$run/src/' '$run/dst/'"
+sh -c "$reset"
+"$cli" sync --source "$run/src" --destination "$run/dst" --hidden-files --hidden-dirs \
+    --system-files --system-dirs | tail -n 1
+echo "Results in $work/twoway.md"

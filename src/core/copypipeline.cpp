@@ -1,0 +1,183 @@
+#include "core/copypipeline.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace duomir {
+
+namespace {
+
+// Enough copies ahead of the one shown to keep the workers fed past a slow file, few enough that
+// Cancel or a failure message stops the run close to where it is seen.
+constexpr size_t Lookahead = 32;
+
+// How long the walk's thread waits for the head before it yields to the event loop again.
+constexpr std::chrono::milliseconds YieldInterval{15};
+
+int workerCount()
+{
+    // Beyond the cores a few more threads still help: much of a small copy is waiting on locks
+    // and on the disk.
+    return std::clamp(int(std::thread::hardware_concurrency()), 2, 4);
+}
+
+} // namespace
+
+CopyPipeline::CopyPipeline(FileOps &ops, const std::atomic<bool> &cancel, Hooks hooks,
+                           bool holdOnFailure)
+    : m_ops(ops), m_cancel(cancel), m_hooks(std::move(hooks)), m_holdOnFailure(holdOnFailure),
+      m_limit(ops.parallelCopyLimit())
+{}
+
+CopyPipeline::~CopyPipeline()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stopping = true;
+    }
+    m_workAdded.notify_all();
+    for (std::thread &worker : m_workers)
+        worker.join();
+}
+
+void CopyPipeline::copy(int what, int index, QString from, QString to, std::int64_t size)
+{
+    auto slot = std::make_unique<Slot>();
+    CopyStep &step = slot->step;
+    step.isCopy = true;
+    step.what = what;
+    step.index = index;
+    step.from = std::move(from);
+    step.to = std::move(to);
+    step.size = size;
+    if (m_limit <= 0 || size > m_limit) {
+        finish();
+        copyHere(step);
+        return;
+    }
+    if (m_workers.empty()) {
+        for (int i = workerCount(); i > 0; --i)
+            m_workers.emplace_back(&CopyPipeline::work, this);
+    }
+    while (m_slots.size() >= Lookahead)
+        reportHead();
+    enqueue(std::move(slot), true);
+}
+
+void CopyPipeline::add(int what, int index, OpResult result)
+{
+    auto slot = std::make_unique<Slot>();
+    slot->step.what = what;
+    slot->step.index = index;
+    slot->step.result = result;
+    slot->done = true;
+    if (m_slots.empty())
+        m_hooks.finished(slot->step);
+    else
+        enqueue(std::move(slot), false);
+}
+
+void CopyPipeline::enqueue(std::unique_ptr<Slot> slot, bool forWorkers)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (forWorkers)
+            m_waiting.push_back(slot.get());
+        m_slots.push_back(std::move(slot));
+    }
+    if (forWorkers)
+        m_workAdded.notify_one();
+}
+
+void CopyPipeline::finish()
+{
+    while (!m_slots.empty())
+        reportHead();
+}
+
+void CopyPipeline::copyHere(CopyStep &step)
+{
+    if (m_cancel)
+        return;
+    m_hooks.started(step);
+    step.result = m_ops.copyFile(step.from, step.to, m_hooks.progress, m_cancel);
+    m_hooks.finished(step);
+}
+
+void CopyPipeline::reportHead()
+{
+    Slot &head = *m_slots.front();
+    std::unique_lock lock(m_mutex);
+    const bool show = head.step.isCopy && !head.skipped && !m_cancel;
+    lock.unlock();
+    if (show)
+        m_hooks.started(head.step);
+    std::int64_t shown = 0;
+    for (bool done = false; !done;) {
+        lock.lock();
+        if (!head.done)
+            m_headDone.wait_for(lock, YieldInterval);
+        done = head.done;
+        lock.unlock();
+        const std::int64_t bytes = head.bytes;
+        if (bytes != shown) {
+            shown = bytes;
+            m_hooks.progress(head.total, bytes);
+        } else if (!done) {
+            m_hooks.yield();
+        }
+    }
+    lock.lock();
+    const std::unique_ptr<Slot> slot = std::move(m_slots.front());
+    m_slots.pop_front();
+    lock.unlock();
+
+    if (slot->skipped)
+        return;
+    const bool hold = m_holdOnFailure && !slot->step.result.ok();
+    if (hold)
+        setHeld(true);
+    m_hooks.finished(slot->step);
+    if (hold)
+        setHeld(false);
+}
+
+void CopyPipeline::setHeld(bool held)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_held = held;
+    }
+    if (!held)
+        m_workAdded.notify_all();
+}
+
+void CopyPipeline::work()
+{
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_workAdded.wait(lock, [this] { return m_stopping || (!m_held && !m_waiting.empty()); });
+        if (m_stopping)
+            return;
+        Slot *slot = m_waiting.front();
+        m_waiting.pop_front();
+        if (m_cancel) {
+            slot->skipped = true;
+        } else {
+            lock.unlock();
+            slot->step.result = m_ops.copyFile(
+                slot->step.from, slot->step.to,
+                [slot](std::int64_t total, std::int64_t done) {
+                    slot->total = total;
+                    slot->bytes = done;
+                },
+                m_cancel);
+            lock.lock();
+        }
+        slot->done = true;
+        if (m_slots.front().get() == slot)
+            m_headDone.notify_one();
+    }
+}
+
+} // namespace duomir

@@ -1,0 +1,224 @@
+#include <QTest>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <set>
+#include <thread>
+
+#include "core/copypipeline.h"
+
+using namespace duomir;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int Copy = 1;
+constexpr int Made = 2;
+
+// A file layer whose copies run a test's script: each copy learns its source name and may wait on
+// the others. Records which copies started and on which thread.
+class ScriptedOps : public FileOps
+{
+public:
+    std::function<OpResult(const QString &from, const CopyProgress &)> script;
+    std::int64_t limit = 100;
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    QStringList started;
+    std::set<QString> finished;
+    std::set<std::thread::id> threads;
+
+    bool directoryExists(const QString &) override { return true; }
+    OpResult makeDirectory(const QString &, const QString &) override { return {}; }
+    OpResult clearReadOnly(const QString &) override { return {}; }
+    OpResult removeFile(const QString &) override { return {}; }
+    OpResult removeDirectory(const QString &) override { return {}; }
+    std::int64_t parallelCopyLimit() const override { return limit; }
+
+    OpResult copyFile(const QString &from, const QString &, const CopyProgress &progress,
+                      const std::atomic<bool> &) override
+    {
+        {
+            const std::lock_guard lock(mutex);
+            started << from;
+            threads.insert(std::this_thread::get_id());
+        }
+        const OpResult result = script ? script(from, progress) : OpResult{};
+        {
+            const std::lock_guard lock(mutex);
+            finished.insert(from);
+        }
+        changed.notify_all();
+        return result;
+    }
+
+    // Waits (at most a few seconds, so that a broken pipeline fails instead of hanging).
+    bool waitFor(const std::function<bool()> &condition)
+    {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, 5s, condition);
+    }
+    qsizetype startedCount()
+    {
+        const std::lock_guard lock(mutex);
+        return started.size();
+    }
+};
+
+struct Run
+{
+    ScriptedOps ops;
+    std::atomic<bool> cancel = false;
+    QStringList reported; // "name" or "name!" for a failure, in the order handed back
+    std::function<void(const CopyStep &)> onFinished;
+
+    CopyPipeline::Hooks hooks()
+    {
+        return {.started = [](const CopyStep &) {},
+                .progress = [](std::int64_t, std::int64_t) {},
+                .yield = [] {},
+                .finished =
+                    [this](const CopyStep &step) {
+                        const QString name = step.isCopy ? step.from : u"made"_qs;
+                        reported << (step.result.ok() ? name : name + u'!');
+                        if (onFinished)
+                            onFinished(step);
+                    }};
+    }
+};
+
+} // namespace
+
+class TestCopyPipeline : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // "a" finishes only after "d" has: the copies really run side by side, and still every step,
+    // the walk's own results among them, comes back in walk order on the walk's thread.
+    void laterCopiesMayFinishFirstButReportsKeepWalkOrder()
+    {
+        Run run;
+        const auto walkThread = std::this_thread::get_id();
+        run.ops.script = [&](const QString &from, const CopyProgress &) -> OpResult {
+            if (from == u"a")
+                return run.ops.waitFor([&] { return run.ops.finished.count(u"d"_qs) > 0; })
+                           ? OpResult{}
+                           : OpResult::failure(ETIMEDOUT);
+            return from == u"b" ? OpResult::failure(ENOSPC) : OpResult{};
+        };
+        run.onFinished = [&](const CopyStep &) {
+            QCOMPARE(std::this_thread::get_id(), walkThread);
+        };
+        {
+            CopyPipeline pipeline(run.ops, run.cancel, run.hooks(), false);
+            pipeline.copy(Copy, 1, u"a"_qs, u"to"_qs, 10);
+            pipeline.copy(Copy, 2, u"b"_qs, u"to"_qs, 10);
+            pipeline.add(Made, 3, OpResult::failure(EACCES));
+            pipeline.copy(Copy, 4, u"c"_qs, u"to"_qs, 10);
+            pipeline.copy(Copy, 5, u"d"_qs, u"to"_qs, 10);
+            pipeline.finish();
+        }
+        QCOMPARE(run.reported, QStringList({u"a"_qs, u"b!"_qs, u"made!"_qs, u"c"_qs, u"d"_qs}));
+        QVERIFY(!run.ops.threads.count(walkThread));
+    }
+
+    // A file above the limit waits until everything before it is reported, is copied on the walk's
+    // own thread with its progress, and nothing after it starts before it is done.
+    void aLargeFileIsCopiedAlone()
+    {
+        Run run;
+        const auto walkThread = std::this_thread::get_id();
+        QStringList progress;
+        QStringList reportedBeforeBig;
+        std::thread::id bigThread;
+        run.ops.script = [&](const QString &from, const CopyProgress &report) -> OpResult {
+            if (from == u"big") {
+                reportedBeforeBig = run.reported;
+                bigThread = std::this_thread::get_id();
+                report(500, 250);
+                report(500, 500);
+            }
+            return {};
+        };
+        CopyPipeline::Hooks hooks = run.hooks();
+        hooks.progress = [&](std::int64_t total, std::int64_t done) {
+            progress << u"%1/%2"_qs.arg(done).arg(total);
+        };
+        CopyPipeline pipeline(run.ops, run.cancel, hooks, false);
+        pipeline.copy(Copy, 1, u"s1"_qs, u"to"_qs, 100);
+        pipeline.copy(Copy, 2, u"s2"_qs, u"to"_qs, 0);
+        pipeline.copy(Copy, 3, u"big"_qs, u"to"_qs, 101);
+        QCOMPARE(run.ops.started.last(), u"big"_qs);
+        pipeline.copy(Copy, 4, u"s3"_qs, u"to"_qs, 1);
+        pipeline.finish();
+        QCOMPARE(reportedBeforeBig, QStringList({u"s1"_qs, u"s2"_qs}));
+        QCOMPARE(bigThread, walkThread);
+        QCOMPARE(run.reported, QStringList({u"s1"_qs, u"s2"_qs, u"big"_qs, u"s3"_qs}));
+        QCOMPARE(progress, QStringList({u"250/500"_qs, u"500/500"_qs}));
+    }
+
+    // Copies no worker has taken when Cancel is set are dropped without a report; every copy that
+    // did start is reported.
+    void cancelDropsWhatHasNotStarted()
+    {
+        Run run;
+        run.ops.script = [&](const QString &from, const CopyProgress &) -> OpResult {
+            if (from == u"f0") {
+                run.cancel = true;
+                return OpResult::failure(ECANCELED);
+            }
+            std::this_thread::sleep_for(1ms);
+            return {};
+        };
+        CopyPipeline pipeline(run.ops, run.cancel, run.hooks(), false);
+        for (int i = 0; i < 30; ++i)
+            pipeline.copy(Copy, i + 1, u"f%1"_qs.arg(i), u"to"_qs, 1);
+        pipeline.finish();
+        pipeline.copy(Copy, 31, u"late"_qs, u"to"_qs, 1000); // cancelled before it began
+        QVERIFY(run.ops.started.size() < 30);
+        QCOMPARE(run.reported.first(), u"f0!"_qs);
+        QStringList startedInOrder = run.ops.started;
+        startedInOrder.sort();
+        QStringList reportedNames = run.reported;
+        reportedNames.first().chop(1);
+        reportedNames.sort();
+        QCOMPARE(reportedNames, startedInOrder);
+    }
+
+    // While a failure is being reported (a message box in the window), the workers finish what
+    // they hold but start nothing new, so Cancel pressed after it still stops the run there.
+    void noNewCopiesWhileAFailureIsReported()
+    {
+        Run run;
+        std::atomic<bool> gateOpen = false;
+        run.ops.script = [&](const QString &from, const CopyProgress &) -> OpResult {
+            if (from == u"f0")
+                return OpResult::failure(ENOSPC);
+            run.ops.waitFor([&] { return gateOpen.load(); });
+            return {};
+        };
+        qsizetype startedDuringReport = -1;
+        run.onFinished = [&](const CopyStep &step) {
+            if (step.result.ok())
+                return;
+            gateOpen = true;
+            run.ops.changed.notify_all();
+            std::this_thread::sleep_for(100ms);
+            startedDuringReport = run.ops.startedCount();
+            run.cancel = true;
+        };
+        CopyPipeline pipeline(run.ops, run.cancel, run.hooks(), true);
+        for (int i = 0; i < 30; ++i)
+            pipeline.copy(Copy, i + 1, u"f%1"_qs.arg(i), u"to"_qs, 1);
+        pipeline.finish();
+        // f0 and at most one copy per worker already taken.
+        QVERIFY2(startedDuringReport >= 1 && startedDuringReport <= 5,
+                 qPrintable(QString::number(startedDuringReport)));
+        QCOMPARE(run.ops.startedCount(), startedDuringReport);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCopyPipeline)
+#include "tst_copypipeline.moc"
