@@ -1,4 +1,5 @@
 #include <QDir>
+#include <QFile>
 #include <QTest>
 #include <cerrno>
 #include <sys/stat.h>
@@ -84,6 +85,59 @@ private Q_SLOTS:
         }
         QVERIFY2(leftovers(tree, QStringLiteral("d")).isEmpty(),
                  qPrintable(leftovers(tree, QStringLiteral("d")).join(u' ')));
+    }
+
+    // Holes in the source stay holes, on both copy paths, wherever they lie; the data between them
+    // arrives unchanged.
+    void holesStayHoles_data()
+    {
+        QTest::addColumn<QString>("fault");
+        QTest::addColumn<QList<int>>("layout"); // alternating hole and data lengths, in chunks
+        QTest::newRow("hole, data, hole") << QString() << QList<int>{8, 2, 8};
+        QTest::newRow("data, hole, data") << QString() << QList<int>{0, 1, 16, 3};
+        QTest::newRow("only a hole") << QString() << QList<int>{20};
+        QTest::newRow("read/write fallback") << u"exdev"_qs << QList<int>{8, 2, 8};
+    }
+    void holesStayHoles()
+    {
+        QFETCH(QString, fault);
+        QFETCH(QList<int>, layout);
+        TempTree tree;
+        tree.file(QStringLiteral("d/f"), "previous");
+        QByteArray expected;
+        {
+            QFile f(tree.path(QStringLiteral("s")));
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            for (qsizetype i = 0; i < layout.size(); ++i) {
+                const qsizetype bytes = layout[i] * chunk;
+                const QByteArray part(bytes, i % 2 ? char('a' + i) : '\0');
+                if (i % 2)
+                    f.write(part);
+                else
+                    f.seek(f.pos() + bytes);
+                expected += part;
+            }
+            QVERIFY(f.resize(expected.size()));
+        }
+        struct stat st;
+        QVERIFY(::stat(tree.nativePath("s").constData(), &st) == 0);
+        if (st.st_blocks * 512 >= st.st_size)
+            QSKIP("this file system keeps no holes");
+
+        FaultyFileOps ops(chunk);
+        ops.copyRangeErrno = fault.contains(u"exdev") ? EXDEV : 0;
+        const std::atomic<bool> cancel = false;
+        std::int64_t lastDone = 0;
+        const OpResult r = ops.copyFile(
+            tree.path(QStringLiteral("s")), tree.path(QStringLiteral("d/f")),
+            [&](std::int64_t, std::int64_t done) { lastDone = done; }, cancel);
+        QCOMPARE(r.error, 0);
+        QCOMPARE(tree.read(QStringLiteral("d/f")), expected);
+        QCOMPARE(lastDone, std::int64_t(expected.size()));
+        struct stat copied;
+        QVERIFY(::stat(tree.nativePath("d/f").constData(), &copied) == 0);
+        QVERIFY2(copied.st_blocks <= st.st_blocks + 16,
+                 qPrintable(u"%1 blocks for %2"_qs.arg(copied.st_blocks).arg(st.st_blocks)));
     }
 
     // A link is copied as a link, its target not followed; a FIFO would block a reader forever and

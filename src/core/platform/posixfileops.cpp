@@ -160,7 +160,8 @@ OpResult PosixFileOps::copyFile(const QString &fromText, const QString &toText,
     if (out.get() < 0)
         return lastError();
 
-    OpResult result = copyData(in.get(), out.get(), st.st_size, progress, cancel);
+    DataCopy copy(in.get(), out.get(), st.st_size, progress, cancel);
+    OpResult result = copyData(copy, st.st_blocks);
     if (result.ok()) {
         const struct timespec times[2] = {st.st_atim, st.st_mtim};
         if (::fchmod(out.get(), st.st_mode & 07777) != 0 || ::futimens(out.get(), times) != 0)
@@ -178,31 +179,64 @@ OpResult PosixFileOps::copyFile(const QString &fromText, const QString &toText,
     return result;
 }
 
-OpResult PosixFileOps::copyData(int in, int out, std::int64_t size, const CopyProgress &progress,
-                                const std::atomic<bool> &cancel)
+OpResult PosixFileOps::copyData(DataCopy &copy, blkcnt_t blocks)
 {
-    std::int64_t done = 0;
-    bool useRange = true;
-    std::vector<char> buffer;
-    for (;;) {
-        if (cancel)
+    // Fewer blocks than bytes: the source has holes. They stay holes in the copy, so that a sparse
+    // file (a disk image, a database) takes no more room on the receiving side than here.
+    if (std::int64_t(blocks) * 512 < copy.size) {
+        while (copy.pos < copy.size && !copy.endOfFile) {
+            const off_t data = ::lseek(copy.in, copy.pos, SEEK_DATA);
+            if (data < 0 && errno != ENXIO)
+                break; // no word on holes here: the rest is copied as data
+            const std::int64_t next = data < 0 ? copy.size : data; // ENXIO: a hole to the end
+            if (next > copy.pos) {
+                copy.pos = next;
+                if (::lseek(copy.in, next, SEEK_SET) < 0 || ::lseek(copy.out, next, SEEK_SET) < 0)
+                    return lastError();
+                if (copy.progress)
+                    copy.progress(copy.size, copy.pos);
+            }
+            const off_t hole = data < 0 ? -1 : ::lseek(copy.in, data, SEEK_HOLE);
+            if (hole < 0 || ::lseek(copy.in, data, SEEK_SET) < 0)
+                break;
+            if (const OpResult r = copyRun(copy, hole); !r.ok())
+                return r;
+        }
+    }
+    // The rest, and whatever was appended since the size was read.
+    if (const OpResult r = copyRun(copy, -1); !r.ok())
+        return r;
+    // A hole at the end has no data to write: the length says it.
+    if (copy.pos > copy.writtenEnd && ::ftruncate(copy.out, copy.pos) != 0)
+        return lastError();
+    return OpResult::success();
+}
+
+// Copies from the current offsets until `end` (-1: the end of the file) in chunks, with a cancel
+// check before and a progress call after each.
+OpResult PosixFileOps::copyRun(DataCopy &copy, std::int64_t end)
+{
+    while (!copy.endOfFile && (end < 0 || copy.pos < end)) {
+        if (copy.cancel)
             return OpResult::failure(ECANCELED);
-        const auto want = static_cast<size_t>(m_chunkSize);
+        const std::int64_t want = end < 0 ? m_chunkSize : std::min(m_chunkSize, end - copy.pos);
         ssize_t n = -1;
-        if (useRange) {
-            n = sysCopyRange(in, out, want);
-            if (n < 0 && done == 0 && fallbackNeeded(errno)) {
-                useRange = false;
+        if (copy.useRange) {
+            n = sysCopyRange(copy.in, copy.out, static_cast<size_t>(want));
+            if (n < 0 && !copy.copiedAny && fallbackNeeded(errno)) {
+                copy.useRange = false;
                 continue;
             }
             if (n < 0)
                 return lastError();
         } else {
+            std::vector<char> &buffer = copy.buffer;
             if (buffer.empty())
-                buffer.resize(std::min<size_t>(want, 1 << 20));
+                buffer.resize(std::min<size_t>(static_cast<size_t>(m_chunkSize), 1 << 20));
             std::int64_t chunkDone = 0;
-            while (chunkDone < m_chunkSize) {
-                const ssize_t got = ::read(in, buffer.data(), buffer.size());
+            while (chunkDone < want) {
+                const size_t ask = std::min<size_t>(buffer.size(), size_t(want - chunkDone));
+                const ssize_t got = ::read(copy.in, buffer.data(), ask);
                 if (got < 0 && errno == EINTR)
                     continue;
                 if (got < 0)
@@ -210,7 +244,7 @@ OpResult PosixFileOps::copyData(int in, int out, std::int64_t size, const CopyPr
                 if (got == 0)
                     break;
                 for (ssize_t put = 0; put < got;) {
-                    const ssize_t w = sysWrite(out, buffer.data() + put, size_t(got - put));
+                    const ssize_t w = sysWrite(copy.out, buffer.data() + put, size_t(got - put));
                     if (w < 0 && errno == EINTR)
                         continue;
                     if (w < 0)
@@ -221,12 +255,17 @@ OpResult PosixFileOps::copyData(int in, int out, std::int64_t size, const CopyPr
             }
             n = static_cast<ssize_t>(chunkDone);
         }
-        if (n == 0)
-            return OpResult::success();
-        done += n;
-        if (progress)
-            progress(std::max(size, done), done);
+        if (n == 0) {
+            copy.endOfFile = true;
+            break;
+        }
+        copy.copiedAny = true;
+        copy.pos += n;
+        copy.writtenEnd = copy.pos;
+        if (copy.progress)
+            copy.progress(std::max(copy.size, copy.pos), copy.pos);
     }
+    return OpResult::success();
 }
 
 OpResult PosixFileOps::copyLink(const QByteArray &from, const QByteArray &to)

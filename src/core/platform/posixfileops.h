@@ -1,6 +1,7 @@
 #pragma once
 
 #include <sys/types.h>
+#include <vector>
 
 #include "core/platform/fileops.h"
 
@@ -39,8 +40,28 @@ protected:
     virtual int sysChmod(const char *path, mode_t mode);
 
 private:
-    OpResult copyData(int in, int out, std::int64_t size, const CopyProgress &progress,
-                      const std::atomic<bool> &cancel);
+    // Where the copy of one file's data stands.
+    struct DataCopy
+    {
+        DataCopy(int source, int target, std::int64_t sourceSize, const CopyProgress &report,
+                 const std::atomic<bool> &stop)
+            : in(source), out(target), size(sourceSize), progress(report), cancel(stop)
+        {}
+
+        int in;
+        int out;
+        std::int64_t size; // as the source's fstat gave it
+        const CopyProgress &progress;
+        const std::atomic<bool> &cancel;
+        std::int64_t pos = 0;        // next byte of the source, the same offset in the copy
+        std::int64_t writtenEnd = 0; // end of the data written so far
+        bool useRange = true;
+        bool copiedAny = false;
+        bool endOfFile = false;
+        std::vector<char> buffer;
+    };
+    OpResult copyData(DataCopy &copy, blkcnt_t blocks);
+    OpResult copyRun(DataCopy &copy, std::int64_t end);
     OpResult copyLink(const QByteArray &from, const QByteArray &to);
 
     std::int64_t m_chunkSize;
