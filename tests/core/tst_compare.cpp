@@ -390,6 +390,8 @@ void TestCompare::hostileTrees()
     f.tree.symlink(u"s/broken"_qs, "does-not-exist");
     f.tree.file(u"s/closed/secret"_qs, "x", T0);
     f.tree.setMode(u"s/closed"_qs, 0);
+    f.tree.file(u"s/unsearchable/item"_qs, "x", T0);
+    f.tree.setMode(u"s/unsearchable"_qs, 0644);
     const QByteArray rawName("caf\xe9.txt");
     f.tree.rawFile("s/" + rawName);
     f.tree.dir(u"d"_qs);
@@ -397,6 +399,7 @@ void TestCompare::hostileTrees()
 
     QVERIFY(Compare(f.engine));
     f.tree.setMode(u"s/closed"_qs, 0755);
+    f.tree.setMode(u"s/unsearchable"_qs, 0755);
 
     QStringList kinds;
     bool sawRaw = false;
@@ -413,6 +416,11 @@ void TestCompare::hostileTrees()
         const QStringList rows = f.rows();
         QVERIFY(rows.contains(u"-1 1 d s/closed [d/closed]"_qs));
         QVERIFY(!rows.contains(u"-1 1 f s/closed/secret [d/closed/secret]"_qs));
+        // Read but not entered: its names are known, their sizes and dates are not.
+        for (const CompareEntry &row : f.engine.CompareResults) {
+            if (row.Name[0] == u"unsearchable")
+                QVERIFY(row.Attributes[0] & Attr::Unlisted);
+        }
     }
 }
 

@@ -1,5 +1,6 @@
 #include "core/platform/dirlister.h"
 
+#include <cerrno>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
@@ -53,13 +54,32 @@ bool listDirectory(const QByteArray &nativePath, bool followLink, std::vector<Li
         ::close(fd);
         return false;
     }
-    while (const dirent *d = ::readdir(dir)) {
+    // A listing that is not whole must not count as one: an item missing from it looks deleted,
+    // and a mirroring run would delete its copy on the other side. Only an item that went away
+    // since the listing is left out; a directory that can be read but not entered (every fstatat
+    // refused) or a read that breaks off fails the whole listing.
+    const auto fail = [&] {
+        ::closedir(dir); // closes fd too
+        items.clear();
+        return false;
+    };
+    for (;;) {
+        errno = 0;
+        const dirent *d = ::readdir(dir);
+        if (!d) {
+            if (errno != 0)
+                return fail();
+            break;
+        }
         const char *name = d->d_name;
         if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0)))
             continue;
         struct stat st;
-        if (::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0)
-            continue; // gone since the listing
+        if (::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0) {
+            if (errno == ENOENT)
+                continue; // gone since the listing
+            return fail();
+        }
         const std::size_t length = std::strlen(name);
         ListedItem item;
         item.name = fromNative(name, length);
