@@ -55,14 +55,6 @@ bool nestingAccepted(const Asker &ask, const QString &x, bool candidateSubDirs, 
 
 } // namespace
 
-QString withoutTrailingSeparator(const QString &path)
-{
-    const QChar sep = QDir::separator();
-    if (path.size() > 1 && path.endsWith(sep))
-        return path.left(path.size() - 1);
-    return path;
-}
-
 bool confirmPair(const DirPair &candidate, int slot, const DirPairList &pairs, Interaction &ui,
                  const MessageText &text)
 {

@@ -4,6 +4,8 @@
 #include <QStringList>
 #include <functional>
 
+#include "core/syncpaths.h" // withoutTrailingSeparator, which the pair dialog applies
+
 namespace duomir {
 
 struct DirPair;
@@ -12,10 +14,6 @@ class Interaction;
 
 // Message text by key with its parameters (the language's FormatMsg in the program).
 using MessageText = std::function<QString(int key, const QStringList &params)>;
-
-// The pair dialog drops one trailing separator from a path; a path that is only the root keeps it,
-// because the root with its separator removed would be no path at all.
-QString withoutTrailingSeparator(const QString &path);
 
 // Checks `candidate`, meant for slot `slot` of `pairs`, against itself and every other pair, asking
 // the person about each doubtful case. Returns true when every check passed or was accepted with
