@@ -102,7 +102,7 @@ public:
         g_cancel = &cancel;
         struct sigaction sa = {};
         sa.sa_handler = onInterrupt;
-        sa.sa_flags = SA_RESETHAND;
+        sa.sa_flags = SA_RESETHAND | SA_RESTART; // copies stop at the flag, not at EINTR
         ::sigaction(SIGINT, &sa, &m_oldInt);
         ::sigaction(SIGTERM, &sa, &m_oldTerm);
     }

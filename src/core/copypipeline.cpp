@@ -1,7 +1,9 @@
 #include "core/copypipeline.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <utility>
 
 namespace duomir {
 
@@ -101,7 +103,14 @@ void CopyPipeline::copyHere(CopyStep &step)
         return;
     m_hooks.started(step);
     step.result = m_ops.copyFile(step.from, step.to, m_hooks.progress, m_cancel);
-    m_hooks.finished(step);
+    if (!isRepeatedCancel(step))
+        m_hooks.finished(step);
+}
+
+// One Cancel stops every copy in flight; the person hears of it once, as after a serial copy.
+bool CopyPipeline::isRepeatedCancel(const CopyStep &step)
+{
+    return step.result.error == ECANCELED && std::exchange(m_cancelReported, true);
 }
 
 void CopyPipeline::reportHead()
@@ -132,7 +141,7 @@ void CopyPipeline::reportHead()
     m_slots.pop_front();
     lock.unlock();
 
-    if (slot->skipped)
+    if (slot->skipped || isRepeatedCancel(slot->step))
         return;
     const bool hold = m_holdOnFailure && !slot->step.result.ok();
     if (hold)

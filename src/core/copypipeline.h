@@ -73,6 +73,7 @@ private:
     void enqueue(std::unique_ptr<Slot> slot, bool forWorkers);
     void reportHead();
     void setHeld(bool held);
+    bool isRepeatedCancel(const CopyStep &step);
     void work();
 
     FileOps &m_ops;
@@ -80,6 +81,7 @@ private:
     Hooks m_hooks;
     const bool m_holdOnFailure;
     const std::int64_t m_limit;
+    bool m_cancelReported = false;
 
     std::mutex m_mutex;
     std::condition_variable m_workAdded;

@@ -10,11 +10,12 @@ namespace duomir {
 
 namespace {
 
+// A name on the receiving side is the one acted on (a.txt replaces A.TXT), so it is the one named.
 QString sideText(const CompareEntry &e, int side, int d, bool withName)
 {
     QString text = e.Path[side];
     if (withName)
-        text += e.Name[d];
+        text += e.Name[side].isEmpty() ? e.Name[d] : e.Name[side];
     return text;
 }
 

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -230,13 +231,14 @@ OpResult PosixFileOps::copyRun(DataCopy &copy, std::int64_t end)
             if (n < 0)
                 return lastError();
         } else {
-            std::vector<char> &buffer = copy.buffer;
-            if (buffer.empty())
-                buffer.resize(std::min<size_t>(static_cast<size_t>(m_chunkSize), 1 << 20));
+            // One buffer a thread, kept: between two file systems every file takes this path, and
+            // allocating (and zeroing) a buffer per small file would cost more than its copy.
+            constexpr size_t bufferSize = 1 << 20;
+            thread_local const std::unique_ptr<char[]> buffer(new char[bufferSize]);
             std::int64_t chunkDone = 0;
             while (chunkDone < want) {
-                const size_t ask = std::min<size_t>(buffer.size(), size_t(want - chunkDone));
-                const ssize_t got = ::read(copy.in, buffer.data(), ask);
+                const size_t ask = std::min<size_t>(bufferSize, size_t(want - chunkDone));
+                const ssize_t got = ::read(copy.in, buffer.get(), ask);
                 if (got < 0 && errno == EINTR)
                     continue;
                 if (got < 0)
@@ -244,7 +246,7 @@ OpResult PosixFileOps::copyRun(DataCopy &copy, std::int64_t end)
                 if (got == 0)
                     break;
                 for (ssize_t put = 0; put < got;) {
-                    const ssize_t w = sysWrite(copy.out, buffer.data() + put, size_t(got - put));
+                    const ssize_t w = sysWrite(copy.out, buffer.get() + put, size_t(got - put));
                     if (w < 0 && errno == EINTR)
                         continue;
                     if (w < 0)

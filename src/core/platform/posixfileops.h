@@ -1,7 +1,6 @@
 #pragma once
 
 #include <sys/types.h>
-#include <vector>
 
 #include "core/platform/fileops.h"
 
@@ -58,7 +57,6 @@ private:
         bool useRange = true;
         bool copiedAny = false;
         bool endOfFile = false;
-        std::vector<char> buffer;
     };
     OpResult copyData(DataCopy &copy, blkcnt_t blocks);
     OpResult copyRun(DataCopy &copy, std::int64_t end);
