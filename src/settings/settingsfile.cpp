@@ -194,11 +194,13 @@ void WritePlacementOnClose(IniFile &file, const Settings &startup, WindowState s
                            const Placement &placement)
 {
     const QString form = QStringLiteral("Form");
+    file.beginBatch(); // one rewrite of the file, not one a key
     if (state == WindowState::Normal && parsePlacement(startup.FormPos) != placement)
         file.writeString(form, QStringLiteral("Pos"), placementText(placement));
     if (int(state) != startup.FormState && state != WindowState::Minimized)
         file.writeString(form, QStringLiteral("State"), QString::number(int(state)));
     file.deleteKey(QStringLiteral("General"), QStringLiteral("FilesColWidth"));
+    file.endBatch();
 }
 
 } // namespace duomir

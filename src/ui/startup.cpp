@@ -80,7 +80,10 @@ bool Startup::run(const SettingsEnvironment &env, const QStringList &arguments)
     BusyPointer busy;
     InitSettings(m_engine, env);
 
-    if (m_engine.settings.Language.isEmpty()) {
+    // An unattended run (-dontask, often hidden, from cron or a launcher) on an account that never
+    // chose a language must not wait for a dialog nobody sees: it runs in English.
+    const CommandLine cmd = parseCommandLine(joinCommandLine(arguments));
+    if (m_engine.settings.Language.isEmpty() && !cmd.DontAsk) {
         // The dialog waits for the user: the normal pointer, and a beep to call them.
         busy.release();
         beep();
@@ -102,7 +105,6 @@ bool Startup::run(const SettingsEnvironment &env, const QStringList &arguments)
     if (!m_engine.settings.FormPos.isEmpty())
         applyPlacement(m_window, parsePlacement(m_engine.settings.FormPos));
 
-    const CommandLine cmd = parseCommandLine(joinCommandLine(arguments));
     if (cmd.DontAsk)
         m_engine.DontAsk = true;
     if (cmd.Hide) {

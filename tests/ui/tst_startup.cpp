@@ -89,6 +89,15 @@ private Q_SLOTS:
         QVERIFY(QGuiApplication::overrideCursor() == nullptr);
     }
 
+    // An unattended first start asks nothing: it must not wait on a dialog nobody sees.
+    void firstStartUnattended()
+    {
+        QVERIFY(start({u"-dontask"_qs, u"-hide"_qs}));
+        QVERIFY2(!m_events.contains(u"dlgLanguage"_qs), qPrintable(m_events.join(u", ")));
+        QVERIFY(!m_events.contains(u"beep"_qs));
+        QCOMPARE(m_engine->language.FormatMsg(u"30000"_qs), u"Language"_qs);
+    }
+
     void commandLine_data()
     {
         QTest::addColumn<QStringList>("args");
