@@ -19,18 +19,19 @@ install_missing() {
     local sudo=()
     [ "$(id -u)" -ne 0 ] && sudo=(sudo)
     "${sudo[@]}" apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq "${missing[@]}"
+    # Through env: sudo would drop the variable from the environment.
+    "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "${missing[@]}"
 }
 
 build() {
     cmake --preset "$1" >/dev/null
-    cmake --build --preset "$1"
+    cmake --build --preset "$1" "${@:2}"
 }
 
 case "${1:-}" in
 run)
     install_missing
-    build release
+    build release --target duomir duomir_share # the program, not the tests
     shift
     if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
         exec xvfb-run -a build/release/bin/duomir "$@"

@@ -15,7 +15,7 @@ for tool in hyperfine rsync; do
     echo "installing $tool"
     if [ "$(id -u)" -eq 0 ]; then apt-get install -y "$tool"; else sudo apt-get install -y "$tool"; fi
 done
-cmake --preset release -DDUOMIR_BUILD_GUI=OFF >/dev/null
+cmake --preset release >/dev/null
 cmake --build --preset release --target duomir-cli >/dev/null
 cli=$PWD/build/release/bin/duomir-cli
 
