@@ -1,5 +1,6 @@
 #include "core/platform/nativename.h"
 
+#include <QVarLengthArray>
 #include <cstdint>
 
 namespace duomir {
@@ -64,10 +65,14 @@ QString fromNative(const char *bytes, std::size_t size)
     if (q == end)
         return QString::fromLatin1(bytes, static_cast<qsizetype>(size));
 
-    // UTF-8 never yields more UTF-16 units than it has bytes.
-    QString out(static_cast<qsizetype>(size), Qt::Uninitialized);
-    auto *dst = reinterpret_cast<char16_t *>(out.data());
+    // UTF-8 never yields more UTF-16 units than it has bytes. The units go to a scratch buffer
+    // first: a QString cut down after the fact keeps its whole allocation, and a name lives on in
+    // every row of a large comparison.
+    QVarLengthArray<char16_t, 256> units(static_cast<qsizetype>(size));
+    char16_t *dst = units.data();
     char16_t *const begin = dst;
+    for (; p != q; ++p)
+        *dst++ = *p;
     while (p != end) {
         char32_t cp = 0;
         const int n = validSequence(p, end, cp);
@@ -84,8 +89,7 @@ QString fromNative(const char *bytes, std::size_t size)
             *dst++ = static_cast<char16_t>(cp);
         }
     }
-    out.truncate(dst - begin);
-    return out;
+    return QString(reinterpret_cast<const QChar *>(begin), dst - begin);
 }
 
 void appendNative(QByteArray &out, const QString &text)
