@@ -12,11 +12,10 @@ void prepareEngine(Engine &engine, Interaction &ui)
     InitSettings(engine, SettingsEnvironment::current());
     const QString name =
         engine.settings.Language.isEmpty() ? u"English"_qs : engine.settings.Language;
-    QString file = engine.ShareFolder + u'/' + name + u".lang";
+    QString file = Language::filePath(engine.ShareFolder, name);
     if (!QFileInfo::exists(file))
-        file = engine.ShareFolder + u"/English.lang";
-    if (QFileInfo::exists(file))
-        engine.language = Language::load(file, &ui);
+        file = Language::filePath(engine.ShareFolder, u"English"_qs);
+    engine.language = Language::load(file, &ui); // a missing file loads nothing
 }
 
 } // namespace duomir::cli

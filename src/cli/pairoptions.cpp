@@ -30,10 +30,7 @@ QString pairText(const QString &dir)
 {
     if (dir.isEmpty())
         return dir;
-    QString path = QDir::cleanPath(QDir::current().absoluteFilePath(dir));
-    if (path.size() > 1 && path.endsWith(u'/'))
-        path.chop(1);
-    return path;
+    return QDir::cleanPath(QDir::current().absoluteFilePath(dir)); // drops a trailing "/"
 }
 
 } // namespace

@@ -29,7 +29,6 @@ public:
 private:
     void field(const QString &head, const QString &tail);
     void path(const CompareEntry &entry, int side);
-    void date(Date value);
     void flushIfFull();
 
     std::FILE *m_out;
