@@ -34,8 +34,13 @@ void releaseSpent(FileArray &entries, qsizetype &from, qsizetype to)
     static const bool zero = defaultEntryIsZero();
     for (qsizetype k = from; k < to; ++k)
         entries[static_cast<std::size_t>(k)] = FileEntry();
-    if (zero && to > 0)
-        releaseZeroPages(entries.data(), entries.data() + to);
+    if (zero && to > 0) {
+        // The pages before were handed back by earlier calls; only the one that straddled their
+        // end (at most 64 KiB back, the largest page size in use) is still held.
+        constexpr qsizetype largestPage = 64 * 1024 / qsizetype(sizeof(FileEntry)) + 1;
+        const qsizetype begin = std::max<qsizetype>(0, from - largestPage);
+        releaseZeroPages(entries.data() + begin, entries.data() + to);
+    }
     from = to;
 }
 
