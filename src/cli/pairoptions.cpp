@@ -9,20 +9,13 @@ namespace duomir::cli {
 
 namespace {
 
-// A lag as the settings write it; anything else is refused rather than read as zero.
+// A lag as the settings write it, H:MM:SS; anything else ("+1:00:00" too) is refused rather
+// than read as zero.
 std::optional<double> parseLag(const QString &text)
 {
-    const QStringList parts = text.split(u':');
-    if (parts.size() != 3)
+    if (text.count(u':') != 2)
         return std::nullopt;
-    for (const QString &p : parts) {
-        bool ok = false;
-        if (p.isEmpty() || p.toInt(&ok) < 0 || !ok)
-            return std::nullopt;
-    }
-    if (parts[1].toInt() > 59 || parts[2].toInt() > 59)
-        return std::nullopt;
-    return timeLagFromText(text);
+    return parseTimeLag(text);
 }
 
 // A directory as a stored pair text: absolute, without a trailing separator (except "/").

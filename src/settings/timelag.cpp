@@ -9,16 +9,21 @@ namespace {
 constexpr double SecondsPerDay = 86400.0;
 }
 
-double timeLagFromText(const QString &text)
+std::optional<double> parseTimeLag(const QString &text)
 {
     static const QRegularExpression time(
         QStringLiteral(R"(^\s*(\d{1,6}):([0-5]?\d)(?::([0-5]?\d))?\s*$)"));
     const QRegularExpressionMatch m = time.match(text);
     if (!m.hasMatch())
-        return 0.0;
+        return std::nullopt;
     const qint64 seconds =
         m.captured(1).toLongLong() * 3600 + m.captured(2).toInt() * 60 + m.captured(3).toInt();
     return double(seconds) / SecondsPerDay;
+}
+
+double timeLagFromText(const QString &text)
+{
+    return parseTimeLag(text).value_or(0.0);
 }
 
 QString timeLagToText(double days)

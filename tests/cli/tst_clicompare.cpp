@@ -116,6 +116,10 @@ void TestCliCompare::exitCodes_data()
     QTest::newRow("bad lag") << QStringList{u"--source"_qs, u"s"_qs,          u"--destination"_qs,
                                             u"d"_qs,        u"--time-lag"_qs, u"2s"_qs}
                              << 2;
+    QTest::newRow("signed lag") << QStringList{u"--source"_qs,      u"s"_qs,
+                                               u"--destination"_qs, u"d"_qs,
+                                               u"--time-lag"_qs,    u"+1:00:00"_qs}
+                                << 2;
     QTest::newRow("source alone") << QStringList{u"--source"_qs, u"s"_qs} << 2;
     QTest::newRow("profile missing") << QStringList{u"none.dyp"_qs} << 2;
     QTest::newRow("destination missing")
