@@ -43,7 +43,6 @@ private:
     }
     const CompareEntry &entry(int index) const { return m_engine.CompareResults[size_t(index)]; }
     void makeReceivingDirectory(int index, const QString &receiving, const QString &sending);
-    void clearReadOnly(int index);
     void countOrCopy(int index);
     CopyPipeline::Hooks hooks();
     void report(const CopyStep &step);
@@ -66,7 +65,6 @@ void CopyWalk::singleFile(int index)
         return;
     if (!m_counting && !m_ops.directoryExists(withoutTrailingSeparator(e.Path[m_r])))
         makeReceivingDirectory(index, e.Path[m_r], e.Path[m_d]);
-    clearReadOnly(index);
     countOrCopy(index);
 }
 
@@ -98,7 +96,6 @@ void CopyWalk::tree(int start)
         }
         if (!unseenBelow.isEmpty() || !qualifies(x, false))
             continue;
-        clearReadOnly(i);
         countOrCopy(i);
     }
 }
@@ -110,15 +107,6 @@ void CopyWalk::makeReceivingDirectory(int index, const QString &receiving, const
                                        withoutTrailingSeparator(sending)));
 }
 
-void CopyWalk::clearReadOnly(int index)
-{
-    const CompareEntry &e = entry(index);
-    if (m_counting || e.Name[m_r].isEmpty() || !(e.Attributes[m_r] & Attr::ReadOnly))
-        return;
-    m_pipeline.add(What::ClearReadOnlyForCopy, index,
-                   m_ops.clearReadOnly(e.Path[m_r] + e.Name[m_r]));
-}
-
 void CopyWalk::countOrCopy(int index)
 {
     if (m_counting) {
@@ -128,9 +116,12 @@ void CopyWalk::countOrCopy(int index)
     const CompareEntry &e = entry(index);
     // A file present on both sides is replaced under its own receiving name (a.txt paired with
     // A.TXT replaces A.TXT, as a case-blind file system would); a new file takes the sending name.
-    const QString &receivingName = e.Name[m_r].isEmpty() ? e.Name[m_d] : e.Name[m_r];
+    const bool replaces = !e.Name[m_r].isEmpty();
+    const QString &receivingName = replaces ? e.Name[m_r] : e.Name[m_d];
+    const int clearWhat =
+        replaces && (e.Attributes[m_r] & Attr::ReadOnly) ? What::ClearReadOnlyForCopy : 0;
     m_pipeline.copy(What::Copy, index, e.Path[m_d] + e.Name[m_d], e.Path[m_r] + receivingName,
-                    e.FullSize[m_d]);
+                    e.FullSize[m_d], clearWhat);
 }
 
 CopyPipeline::Hooks CopyWalk::hooks()

@@ -16,15 +16,15 @@ constexpr size_t Lookahead = 32;
 // How long the walk's thread waits for the head before it yields to the event loop again.
 constexpr std::chrono::milliseconds YieldInterval{15};
 
-int workerCount()
+} // namespace
+
+int CopyPipeline::workerCount()
 {
     // Far beyond the cores more threads still help: most of a small copy is spent waiting, on a
     // source block not yet read, on the inode table, on the directory lock another copy holds.
     // On two cores twelve threads copied a tree of small files a third faster than two did.
     return std::clamp(6 * int(std::thread::hardware_concurrency()), 8, 16);
 }
-
-} // namespace
 
 CopyPipeline::CopyPipeline(FileOps &ops, const std::atomic<bool> &cancel, Hooks hooks,
                            bool holdOnFailure)
@@ -43,7 +43,8 @@ CopyPipeline::~CopyPipeline()
         worker.join();
 }
 
-void CopyPipeline::copy(int what, int index, QString from, QString to, std::int64_t size)
+void CopyPipeline::copy(int what, int index, QString from, QString to, std::int64_t size,
+                        int clearWhat)
 {
     auto slot = std::make_unique<Slot>();
     CopyStep &step = slot->step;
@@ -53,6 +54,7 @@ void CopyPipeline::copy(int what, int index, QString from, QString to, std::int6
     step.from = std::move(from);
     step.to = std::move(to);
     step.size = size;
+    step.clearWhat = clearWhat;
     if (m_limit <= 0 || size > m_limit) {
         finish();
         copyHere(step);
@@ -98,14 +100,46 @@ void CopyPipeline::finish()
         reportHead();
 }
 
+// Making the target writable waits for the copy itself: a copy that Cancel drops leaves its
+// target as read-only as it was.
+void CopyPipeline::clearTarget(CopyStep &step)
+{
+    if (step.clearWhat != 0)
+        step.cleared = m_ops.clearReadOnly(step.to);
+}
+
 void CopyPipeline::copyHere(CopyStep &step)
 {
     if (m_cancel)
         return;
     m_hooks.started(step);
+    clearTarget(step);
+    reportCleared(step); // a Cancel answered here stops the copy at its first chunk
     step.result = m_ops.copyFile(step.from, step.to, m_hooks.progress, m_cancel);
-    if (!isRepeatedCancel(step))
-        m_hooks.finished(step);
+    report(step);
+}
+
+void CopyPipeline::reportCleared(const CopyStep &copy)
+{
+    if (copy.clearWhat == 0)
+        return;
+    CopyStep step;
+    step.what = copy.clearWhat;
+    step.index = copy.index;
+    step.result = copy.cleared;
+    report(step);
+}
+
+void CopyPipeline::report(const CopyStep &step)
+{
+    if (isRepeatedCancel(step))
+        return;
+    const bool hold = m_holdOnFailure && !step.result.ok();
+    if (hold)
+        setHeld(true);
+    m_hooks.finished(step);
+    if (hold)
+        setHeld(false);
 }
 
 // One Cancel stops every copy in flight; the person hears of it once, as after a serial copy.
@@ -142,14 +176,10 @@ void CopyPipeline::reportHead()
     m_slots.pop_front();
     lock.unlock();
 
-    if (slot->skipped || isRepeatedCancel(slot->step))
+    if (slot->skipped)
         return;
-    const bool hold = m_holdOnFailure && !slot->step.result.ok();
-    if (hold)
-        setHeld(true);
-    m_hooks.finished(slot->step);
-    if (hold)
-        setHeld(false);
+    reportCleared(slot->step);
+    report(slot->step);
 }
 
 void CopyPipeline::setHeld(bool held)
@@ -175,6 +205,7 @@ void CopyPipeline::work()
             slot->skipped = true;
         } else {
             lock.unlock();
+            clearTarget(slot->step);
             slot->step.result = m_ops.copyFile(
                 slot->step.from, slot->step.to,
                 [slot](std::int64_t total, std::int64_t done) {

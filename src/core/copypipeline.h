@@ -26,6 +26,10 @@ struct CopyStep
     QString to;
     std::int64_t size = 0;
     OpResult result;
+    // Copies only: non-zero when the target is read-only. It is made writable just before the
+    // copy, on the copy's thread, and that result is reported first under these failure bits.
+    int clearWhat = 0;
+    OpResult cleared;
 };
 
 // Copies small files on worker threads while the walk goes on. Creating many small files is
@@ -53,11 +57,13 @@ public:
     CopyPipeline(const CopyPipeline &) = delete;
     CopyPipeline &operator=(const CopyPipeline &) = delete;
 
-    void copy(int what, int index, QString from, QString to, std::int64_t size);
+    void copy(int what, int index, QString from, QString to, std::int64_t size, int clearWhat = 0);
     // A result the walk made itself.
     void add(int what, int index, OpResult result);
     // Reports every step still queued.
     void finish();
+
+    static int workerCount();
 
 private:
     struct Slot
@@ -69,7 +75,10 @@ private:
         std::atomic<std::int64_t> bytes = 0;
     };
 
+    void clearTarget(CopyStep &step);
     void copyHere(CopyStep &step);
+    void reportCleared(const CopyStep &copy);
+    void report(const CopyStep &step);
     void enqueue(std::unique_ptr<Slot> slot, bool forWorkers);
     void reportHead();
     void setHeld(bool held);
