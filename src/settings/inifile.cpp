@@ -100,9 +100,18 @@ void IniFile::reload()
     parse();
 }
 
+void IniFile::addSection(Section section)
+{
+    const QString folded = section.name.toCaseFolded();
+    if (!m_sectionIndex.contains(folded))
+        m_sectionIndex.insert(folded, m_sections.size());
+    m_sections.append(std::move(section));
+}
+
 void IniFile::parse()
 {
     m_sections.clear();
+    m_sectionIndex.clear();
     // The keys before the first header form the section with the empty name; it only counts when
     // it holds a key, so that a comment at the top does not hide a later "[]" section.
     Section implicit{QString(), -1, -1, {}};
@@ -116,11 +125,11 @@ void IniFile::parse()
             continue;
         if (text.startsWith(u'[')) {
             if (beforeFirstHeader && !implicit.entries.isEmpty())
-                m_sections.append(implicit);
+                addSection(implicit);
             beforeFirstHeader = false;
             const qsizetype close = text.indexOf(u']');
             const QString name = text.mid(1, close < 0 ? -1 : close - 1).trimmed();
-            m_sections.append(Section{name, i, i, {}});
+            addSection(Section{name, i, i, {}});
             continue;
         }
         current().lastContent = i;
@@ -135,7 +144,7 @@ void IniFile::parse()
         current().entries.append(Entry{key, unquote(text.mid(eq + 1).trimmed()), i});
     }
     if (beforeFirstHeader && !implicit.entries.isEmpty())
-        m_sections.append(implicit);
+        addSection(implicit);
 }
 
 bool IniFile::exists() const
@@ -145,11 +154,8 @@ bool IniFile::exists() const
 
 const IniFile::Section *IniFile::findSection(const QString &name) const
 {
-    for (const Section &s : m_sections) {
-        if (sameName(s.name, name))
-            return &s;
-    }
-    return nullptr;
+    const auto found = m_sectionIndex.constFind(name.toCaseFolded());
+    return found == m_sectionIndex.cend() ? nullptr : &m_sections[*found];
 }
 
 const IniFile::Entry *IniFile::findEntry(const QString &section, const QString &key) const
@@ -283,7 +289,11 @@ void IniFile::applyWrite(const QString &section, const QString &key, const QStri
     };
     const auto insertLine = [&](int at, const QByteArray &line) {
         m_lines.insert(at, line);
-        for (Section &other : m_sections) {
+        // Sections are in file order: once one ends before the new line, so do all before it.
+        for (qsizetype i = m_sections.size() - 1; i >= 0; --i) {
+            Section &other = m_sections[i];
+            if (other.header < at && other.lastContent < at)
+                break;
             if (other.header >= at)
                 ++other.header;
             if (other.lastContent >= at)
@@ -323,7 +333,7 @@ void IniFile::applyWrite(const QString &section, const QString &key, const QStri
             const int header = int(m_lines.size());
             m_lines.append(toNative(u'[' + section + u']') + m_eol);
             m_lines.append(entry);
-            m_sections.append(
+            addSection(
                 Section{section, header, header + 1, {Entry{key, storedValue(value), header + 1}}});
         }
     }

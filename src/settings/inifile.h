@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -85,6 +86,7 @@ private:
     };
 
     void parse();
+    void addSection(Section section);
     const Section *findSection(const QString &name) const;
     const Entry *findEntry(const QString &section, const QString &key) const;
     void reloadIfChanged();
@@ -98,8 +100,9 @@ private:
     QByteArray m_eol = "\n";
     bool m_batch = false;
     bool m_dirty = false;
-    QList<QByteArray> m_lines; // raw lines, each with its own line end
-    QList<Section> m_sections;
+    QList<QByteArray> m_lines;                // raw lines, each with its own line end
+    QList<Section> m_sections;                // file order
+    QHash<QString, qsizetype> m_sectionIndex; // case-folded name -> first of m_sections
 };
 
 } // namespace duomir
