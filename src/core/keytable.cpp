@@ -6,15 +6,11 @@
 #include <limits>
 #include <unordered_map>
 
-#include "core/casefold.h"
+#include "core/sortkeys.h"
 
 namespace duomir {
 
 namespace {
-
-constexpr char16_t Separator = u'/';
-constexpr char16_t DirectoryMark = 0x0001;
-constexpr char16_t FileMark = 0x0002;
 
 // The head's units: Path from `offset` on, separators as U+0001, upper-cased; a directory adds
 // U+0001.
@@ -23,9 +19,9 @@ template <class Put> void forHead(const FileEntry &e, qsizetype offset, Put put)
     const char16_t *p = units(e.Path);
     const qsizetype n = e.Path.size();
     for (qsizetype i = std::min(offset, n); i < n; ++i)
-        put(p[i] == Separator ? DirectoryMark : upperUnit(p[i]));
+        put(keyPathUnit(p[i]));
     if (e.isDirectory())
-        put(DirectoryMark);
+        put(KeyDirectoryMark);
 }
 
 // The tail's units: nothing for a directory; U+0002 and the upper-cased name for a file.
@@ -33,7 +29,7 @@ template <class Put> void forTail(const FileEntry &e, Put put)
 {
     if (e.isDirectory())
         return;
-    put(FileMark);
+    put(KeyFileMark);
     const char16_t *p = units(e.Name);
     for (qsizetype i = 0; i < e.Name.size(); ++i)
         put(upperUnit(p[i]));

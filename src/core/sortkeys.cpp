@@ -5,16 +5,11 @@
 #include <cstring>
 #include <vector>
 
-#include "core/casefold.h"
 #include "core/keytable.h"
 
 namespace duomir {
 
 namespace {
-
-constexpr char16_t Separator = u'/';
-constexpr char16_t DirectoryMark = 0x0001;
-constexpr char16_t FileMark = 0x0002;
 
 // Walks the code units of one key without building it.
 class KeyCursor
@@ -34,12 +29,10 @@ public:
     {
         switch (m_phase) {
         case 0:
-            if (m_p != m_end) {
-                const char16_t c = *m_p++;
-                return c == Separator ? DirectoryMark : upperUnit(c);
-            }
+            if (m_p != m_end)
+                return keyPathUnit(*m_p++);
             m_phase = 1;
-            return m_directory ? DirectoryMark : FileMark;
+            return m_directory ? KeyDirectoryMark : KeyFileMark;
         case 1:
             if (m_directory)
                 break;

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include "core/casefold.h"
 #include "core/fileentry.h"
 
 namespace duomir {
@@ -19,6 +20,14 @@ namespace duomir {
 // scan of a million entries carries no second copy of every name (SortEntries builds a table of
 // them for the length of one sort only). Entries of one directory share their
 // Path, which the comparison recognises and skips.
+// The marks of a key, and a unit of Path as it stands in one.
+inline constexpr char16_t KeyDirectoryMark = 0x0001;
+inline constexpr char16_t KeyFileMark = 0x0002;
+inline char16_t keyPathUnit(char16_t c)
+{
+    return c == u'/' ? KeyDirectoryMark : upperUnit(c);
+}
+
 class SortKeys
 {
 public:
