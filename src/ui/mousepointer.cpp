@@ -5,14 +5,18 @@
 
 namespace duomir {
 
-MousePointer::MousePointer()
+void MousePointer::hold()
 {
-    QGuiApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
+    if (!m_held)
+        QGuiApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
+    m_held = true;
 }
 
-MousePointer::~MousePointer()
+void MousePointer::release()
 {
-    QGuiApplication::restoreOverrideCursor();
+    if (m_held)
+        QGuiApplication::restoreOverrideCursor();
+    m_held = false;
 }
 
 } // namespace duomir

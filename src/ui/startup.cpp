@@ -4,7 +4,6 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QMainWindow>
 #include <QProcess>
 #include <cmath>
@@ -16,6 +15,7 @@
 #include "ui/dlglanguage.h"
 #include "ui/localizecontrols.h"
 #include "ui/modal.h"
+#include "ui/mousepointer.h"
 
 namespace duomir {
 
@@ -23,32 +23,6 @@ namespace {
 
 // 1440 twips per inch on a 96 dpi desktop.
 constexpr float TwipsPerPixel = 15.0f;
-
-// Shows the busy pointer while held.
-class BusyPointer
-{
-public:
-    BusyPointer() { hold(); }
-    ~BusyPointer() { release(); }
-    BusyPointer(const BusyPointer &) = delete;
-    BusyPointer &operator=(const BusyPointer &) = delete;
-
-    void hold()
-    {
-        if (!m_held)
-            QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-        m_held = true;
-    }
-    void release()
-    {
-        if (m_held)
-            QGuiApplication::restoreOverrideCursor();
-        m_held = false;
-    }
-
-private:
-    bool m_held = false;
-};
 
 } // namespace
 
@@ -77,7 +51,7 @@ void Startup::applyPlacement(QWidget *window, const Placement &p)
 
 bool Startup::run(const SettingsEnvironment &env, const QStringList &arguments)
 {
-    BusyPointer busy;
+    MousePointer busy;
     InitSettings(m_engine, env);
 
     // An unattended run (-dontask, often hidden, from cron or a launcher) on an account that never
