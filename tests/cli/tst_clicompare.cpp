@@ -157,10 +157,7 @@ void TestCliCompare::rawBytesInArguments()
 
     // QProcess would encode every argument as UTF-8; the shell passes the byte as it is.
     QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(u"XDG_CONFIG_HOME"_qs, m_tree.path(u"home/config"_qs));
-    env.insert(u"XDG_DATA_HOME"_qs, m_tree.path(u"home/data"_qs));
-    p.setProcessEnvironment(env);
+    p.setProcessEnvironment(environmentIn(m_tree.path(u"home"_qs)));
     p.start(u"/bin/sh"_qs, {u"-c"_qs,
                             u"exec \"$0\" compare --source \"$1$(printf '\\377')\" "
                             u"--destination \"$2\""_qs,

@@ -14,17 +14,24 @@ struct CliRun
     QByteArray err;
 };
 
-// Starts duomir-cli (or a copy of it at `program`) with HOME and the XDG folders inside `home`,
-// so that the settings and logs of a run stay in the test's tree.
-inline std::unique_ptr<QProcess> startCli(const QStringList &args, const QString &home,
-                                          const QString &program = {})
+// This environment with HOME and the XDG folders inside `home`, so that the settings and logs of
+// a program started with it stay in the test's tree.
+inline QProcessEnvironment environmentIn(const QString &home)
 {
-    auto p = std::make_unique<QProcess>();
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(u"HOME"_qs, home);
     env.insert(u"XDG_CONFIG_HOME"_qs, home + u"/config");
     env.insert(u"XDG_DATA_HOME"_qs, home + u"/data");
-    p->setProcessEnvironment(env);
+    env.insert(u"XDG_RUNTIME_DIR"_qs, home + u"/run");
+    return env;
+}
+
+// Starts duomir-cli (or a copy of it at `program`) in environmentIn(home).
+inline std::unique_ptr<QProcess> startCli(const QStringList &args, const QString &home,
+                                          const QString &program = {})
+{
+    auto p = std::make_unique<QProcess>();
+    p->setProcessEnvironment(environmentIn(home));
     p->start(program.isEmpty() ? qEnvironmentVariable("DUOMIR_BIN_DIR") + u"/duomir-cli" : program,
              args);
     return p;

@@ -5,6 +5,7 @@
 #include <QTest>
 #include <sys/stat.h>
 
+#include "common/clirun.h"
 #include "common/temptree.h"
 
 using namespace duomir::test;
@@ -45,13 +46,9 @@ void TestAutoRun::automaticRunSynchronizesLogsAndExits()
            "[0]\nSO0=1\nSO1=0\n[1]\nS=" + QFile::encodeName(t.path(u"src"_qs)) +
                "\nD=" + QFile::encodeName(t.path(u"dst"_qs)) + "\nIS=*\nIF=*\n");
 
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    QProcessEnvironment env = environmentIn(t.path(u"home"_qs));
     for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         env.remove(QString::fromLatin1(name));
-    env.insert(u"HOME"_qs, t.path(u"home"_qs));
-    env.insert(u"XDG_CONFIG_HOME"_qs, t.path(u"config"_qs));
-    env.insert(u"XDG_DATA_HOME"_qs, t.path(u"data"_qs));
-    env.insert(u"XDG_RUNTIME_DIR"_qs, t.path(u"run"_qs));
 
     QProcess duomir;
     duomir.setProcessEnvironment(env);
@@ -69,8 +66,8 @@ void TestAutoRun::automaticRunSynchronizesLogsAndExits()
     QCOMPARE(t.read(u"dst/sub/b.txt"_qs), QByteArray("bravo"));
     QCOMPARE(t.mtime(u"dst/a.txt"_qs), 1700000000);
 
-    const QString log =
-        t.path(u"data/Duomir/"_qs) + QDate::currentDate().toString(u"yyyyMMdd"_qs) + u".log"_qs;
+    const QString log = t.path(u"home/data/Duomir/"_qs) +
+                        QDate::currentDate().toString(u"yyyyMMdd"_qs) + u".log"_qs;
     QFile logFile(log);
     QVERIFY2(logFile.open(QIODevice::ReadOnly), qPrintable(log));
     QVERIFY(logFile.readAll().contains("pipe"));
