@@ -77,7 +77,7 @@ void CopyPipeline::add(int what, int index, OpResult result)
     slot->step.result = result;
     slot->done = true;
     if (m_slots.empty())
-        m_hooks.finished(slot->step);
+        report(slot->step);
     else
         enqueue(std::move(slot), false);
 }
@@ -113,6 +113,8 @@ void CopyPipeline::copyHere(CopyStep &step)
     if (m_cancel)
         return;
     m_hooks.started(step);
+    if (m_cancel)
+        return; // pressed while the file was shown: not begun, so dropped like a queued copy
     clearTarget(step);
     reportCleared(step); // a Cancel answered here stops the copy at its first chunk
     step.result = m_ops.copyFile(step.from, step.to, m_hooks.progress, m_cancel);

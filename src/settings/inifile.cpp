@@ -160,7 +160,11 @@ const IniFile::Section *IniFile::findSection(const QString &name) const
 
 const IniFile::Entry *IniFile::findEntry(const QString &section, const QString &key) const
 {
-    const Section *s = findSection(section);
+    return entryIn(findSection(section), key);
+}
+
+const IniFile::Entry *IniFile::entryIn(const Section *s, const QString &key)
+{
     if (!s)
         return nullptr;
     for (const Entry &e : s->entries) {
@@ -173,9 +177,9 @@ const IniFile::Entry *IniFile::findEntry(const QString &section, const QString &
 QStringList IniFile::sectionNames() const
 {
     QStringList names;
-    for (const Section &s : m_sections) {
-        if (!names.contains(s.name, Qt::CaseInsensitive))
-            names.append(s.name);
+    for (qsizetype i = 0; i < m_sections.size(); ++i) {
+        if (m_sectionIndex.value(m_sections[i].name.toCaseFolded()) == i)
+            names.append(m_sections[i].name);
     }
     return names;
 }
@@ -282,7 +286,7 @@ bool IniFile::endBatch()
 void IniFile::applyWrite(const QString &section, const QString &key, const QString &value)
 {
     Section *s = const_cast<Section *>(findSection(section));
-    Entry *e = const_cast<Entry *>(findEntry(section, key));
+    Entry *e = const_cast<Entry *>(entryIn(s, key));
     const auto terminate = [&](qsizetype line) {
         if (line >= 0 && line < m_lines.size() && !m_lines[line].endsWith('\n'))
             m_lines[line] += m_eol;
@@ -292,7 +296,7 @@ void IniFile::applyWrite(const QString &section, const QString &key, const QStri
         // Sections are in file order: once one ends before the new line, so do all before it.
         for (qsizetype i = m_sections.size() - 1; i >= 0; --i) {
             Section &other = m_sections[i];
-            if (other.header < at && other.lastContent < at)
+            if (other.lastContent < at) // the header is never after the last content
                 break;
             if (other.header >= at)
                 ++other.header;

@@ -89,6 +89,7 @@ private:
     void addSection(Section section);
     const Section *findSection(const QString &name) const;
     const Entry *findEntry(const QString &section, const QString &key) const;
+    static const Entry *entryIn(const Section *section, const QString &key);
     void reloadIfChanged();
     void applyWrite(const QString &section, const QString &key, const QString &value);
     bool save(const QList<QByteArray> &lines);
