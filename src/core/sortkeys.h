@@ -7,6 +7,14 @@
 
 namespace duomir {
 
+// The marks of a sort key (described below), and a unit of Path as it stands in one.
+inline constexpr char16_t KeyDirectoryMark = 0x0001;
+inline constexpr char16_t KeyFileMark = 0x0002;
+inline char16_t keyPathUnit(char16_t c)
+{
+    return c == u'/' ? KeyDirectoryMark : upperUnit(c);
+}
+
 // The sort key of an entry, after the path text of its side's pair with length L:
 //   take Path from position L+1 on (1-based), separators replaced by U+0001, then
 //   a directory: that text upper-cased, then U+0001;
@@ -20,14 +28,6 @@ namespace duomir {
 // scan of a million entries carries no second copy of every name (SortEntries builds a table of
 // them for the length of one sort only). Entries of one directory share their
 // Path, which the comparison recognises and skips.
-// The marks of a key, and a unit of Path as it stands in one.
-inline constexpr char16_t KeyDirectoryMark = 0x0001;
-inline constexpr char16_t KeyFileMark = 0x0002;
-inline char16_t keyPathUnit(char16_t c)
-{
-    return c == u'/' ? KeyDirectoryMark : upperUnit(c);
-}
-
 class SortKeys
 {
 public:

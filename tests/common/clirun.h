@@ -14,8 +14,8 @@ struct CliRun
     QByteArray err;
 };
 
-// This environment with HOME and the XDG folders inside `home`, so that the settings and logs of
-// a program started with it stay in the test's tree.
+// The test's environment with HOME and the XDG folders moved inside `home`, so that the settings
+// and logs of a program started with it stay in the test's tree.
 inline QProcessEnvironment environmentIn(const QString &home)
 {
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
