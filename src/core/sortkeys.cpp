@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <future>
+#include <system_error>
 #include <vector>
 
 #include "core/keytable.h"
@@ -10,6 +12,9 @@
 namespace duomir {
 
 namespace {
+
+// Below this a second thread costs more than it saves.
+constexpr std::size_t ParallelSortMinimum = 50'000;
 
 // Walks the code units of one key without building it.
 class KeyCursor
@@ -178,7 +183,7 @@ void SortEntries(FileArray &entries, qsizetype low, qsizetype high, const SortKe
     std::vector<std::uint64_t> ranked(count);
     for (std::uint32_t k = 0; k < count; ++k)
         ranked[k] = (std::uint64_t{table.rank(k)} << 32) | k;
-    std::sort(ranked.begin(), ranked.end(), [&](std::uint64_t x, std::uint64_t y) {
+    const auto less = [&](std::uint64_t x, std::uint64_t y) {
         const auto a = static_cast<std::uint32_t>(x);
         const auto b = static_cast<std::uint32_t>(y);
         const int c = table.compare(a, static_cast<std::uint32_t>(x >> 32), b,
@@ -186,7 +191,25 @@ void SortEntries(FileArray &entries, qsizetype low, qsizetype high, const SortKe
         if (c != 0)
             return c < 0;
         return keys.compareExact(entries[first + a], keys, entries[first + b]) < 0;
-    });
+    };
+    // Two halves at once, then one merge: the table and the entries are only read.
+    const auto middle = ranked.begin() + std::ptrdiff_t(count / 2);
+    std::future<void> lower;
+    if (count >= ParallelSortMinimum) {
+        try {
+            lower =
+                std::async(std::launch::async, [&] { std::sort(ranked.begin(), middle, less); });
+        } catch (const std::system_error &) {
+            // No thread to be had: one sort below.
+        }
+    }
+    if (lower.valid()) {
+        std::sort(middle, ranked.end(), less);
+        lower.get();
+        std::inplace_merge(ranked.begin(), middle, ranked.end(), less);
+    } else {
+        std::sort(ranked.begin(), ranked.end(), less);
+    }
     permute(entries, first, ranked);
 }
 

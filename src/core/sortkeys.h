@@ -61,8 +61,9 @@ inline SortKeys MakeSortKeys(qsizetype start)
     return SortKeys(start);
 }
 
-// Sorts entries[low..high] by key with the case-twin tie-break (std::sort; keys and tie-break
-// together are unique within one side, so the order is total and repeatable).
+// Sorts entries[low..high] by key with the case-twin tie-break (std::sort, a large run in two
+// halves on two threads; keys and tie-break together are unique within one side, so the order is
+// total and repeatable).
 void SortEntries(FileArray &entries, qsizetype low, qsizetype high, const SortKeys &keys);
 
 } // namespace duomir

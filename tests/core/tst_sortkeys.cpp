@@ -1,5 +1,6 @@
 #include <QHash>
 #include <QRandomGenerator>
+#include <QSet>
 #include <QTest>
 #include <algorithm>
 
@@ -66,19 +67,20 @@ QStringList randomPaths(quint32 seed, int count, bool wide)
     QRandomGenerator rng(seed);
     QStringList out;
     QStringList dirs{QString()};
+    QSet<QString> taken; // a name is a file or a directory, not both
     while (out.size() < count) {
         QString name;
         const int length = 1 + rng.bounded(4);
         for (int k = 0; k < length; ++k)
             name += alphabet.at(rng.bounded(alphabet.size()));
-        const QString parent = dirs.at(rng.bounded(dirs.size()));
-        const QString path = parent + name;
+        const QString path = dirs.at(rng.bounded(dirs.size())) + name;
+        if (taken.contains(path))
+            continue;
+        taken.insert(path);
         if (rng.bounded(5) == 0) {
-            if (!dirs.contains(path + u'/')) {
-                dirs << path + u'/';
-                out << path + u'/';
-            }
-        } else if (!out.contains(path) && !dirs.contains(path + u'/')) {
+            dirs << path + u'/';
+            out << path + u'/';
+        } else {
             out << path;
         }
     }
@@ -132,6 +134,8 @@ void TestSortKeys::sortFollowsTheKeys_data()
         QTest::addRow("random wide %u", seed) << randomPaths(seed, 400, true) << 6 << true;
         QTest::addRow("random, own paths %u", seed) << randomPaths(seed, 400, true) << 6 << false;
     }
+    // Enough entries to be sorted in two halves at once and merged.
+    QTest::newRow("random, large") << randomPaths(4, 70'000, true) << 6 << true;
 }
 
 // Root "/root" (5 units); the pair text is "/root/" unless the row says otherwise.
