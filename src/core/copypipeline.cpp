@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 namespace duomir {
@@ -55,18 +56,28 @@ void CopyPipeline::copy(int what, int index, QString from, QString to, std::int6
     step.to = std::move(to);
     step.size = size;
     step.clearWhat = clearWhat;
+    if (m_workers.empty() && m_limit > 0 && size <= m_limit)
+        startWorkers();
     if (m_limit <= 0 || size > m_limit) {
         finish();
         copyHere(step);
         return;
     }
-    if (m_workers.empty()) {
-        for (int i = workerCount(); i > 0; --i)
-            m_workers.emplace_back(&CopyPipeline::work, this);
-    }
     while (m_slots.size() >= Lookahead)
         reportHead();
     enqueue(std::move(slot), true);
+}
+
+void CopyPipeline::startWorkers()
+{
+    try {
+        for (int i = workerCount(); i > 0; --i)
+            m_workers.emplace_back(&CopyPipeline::work, this);
+    } catch (const std::system_error &) {
+        // The threads that could be had do the work; with none, every copy is made here.
+        if (m_workers.empty())
+            m_limit = 0;
+    }
 }
 
 void CopyPipeline::add(int what, int index, OpResult result)

@@ -75,6 +75,7 @@ private:
         std::atomic<std::int64_t> bytes = 0;
     };
 
+    void startWorkers();
     void clearTarget(CopyStep &step);
     void copyHere(CopyStep &step);
     void reportCleared(const CopyStep &copy);
@@ -89,7 +90,7 @@ private:
     const std::atomic<bool> &m_cancel;
     Hooks m_hooks;
     const bool m_holdOnFailure;
-    const std::int64_t m_limit;
+    std::int64_t m_limit; // 0 when no worker thread could be started
     bool m_cancelReported = false;
 
     std::mutex m_mutex;
