@@ -62,8 +62,7 @@ private:
     }
 
     void matched(FileEntry &s, FileEntry &d);
-    void sourceOnly(FileEntry &s);
-    void destinationOnly(FileEntry &d);
+    void oneSided(FileEntry &e, int side);
     // The path of `present` under the other side's root (the side's own root cut off).
     QString derivedPath(const FileEntry &present, int presentSide);
 
@@ -129,29 +128,18 @@ void Merger::matched(FileEntry &s, FileEntry &d)
         row.Marked = m_in.markAll;
 }
 
-void Merger::sourceOnly(FileEntry &s)
+// An entry that only `side` has; the other side's path is derived from it.
+void Merger::oneSided(FileEntry &e, int side)
 {
     CompareEntry &row = m_out.emplace_back();
-    row.Path = {s.Path, derivedPath(s, 0)};
-    row.Name[0] = std::move(s.Name);
-    row.Attributes = {s.Attributes, s.Attributes};
-    row.Modified[0] = s.Modified;
-    row.Size[0] = s.Size;
-    row.FullSize[0] = s.FullSize;
-    row.State = ModifiedInSource;
-    row.Marked = m_in.markAll;
-}
-
-void Merger::destinationOnly(FileEntry &d)
-{
-    CompareEntry &row = m_out.emplace_back();
-    row.Path = {derivedPath(d, 1), d.Path};
-    row.Name[1] = std::move(d.Name);
-    row.Attributes = {d.Attributes, d.Attributes};
-    row.Modified[1] = d.Modified;
-    row.Size[1] = d.Size;
-    row.FullSize[1] = d.FullSize;
-    row.State = ModifiedInDestination;
+    row.Path[side] = e.Path;
+    row.Path[side ^ 1] = derivedPath(e, side);
+    row.Name[side] = std::move(e.Name);
+    row.Attributes = {e.Attributes, e.Attributes};
+    row.Modified[side] = e.Modified;
+    row.Size[side] = e.Size;
+    row.FullSize[side] = e.FullSize;
+    row.State = side == 0 ? ModifiedInSource : ModifiedInDestination;
     row.Marked = m_in.markAll;
 }
 
@@ -184,9 +172,9 @@ void Merger::run()
             c = m_in.sourceKeys.compare(src[i], m_in.destinationKeys, dst[j]);
 
         if (c < 0) {
-            sourceOnly(src[i++]);
+            oneSided(src[i++], 0);
         } else if (c > 0) {
-            destinationOnly(dst[j++]);
+            oneSided(dst[j++], 1);
         } else {
             const qsizetype ti = twinCount(src, m_in.sourceKeys, i);
             const qsizetype tj = twinCount(dst, m_in.destinationKeys, j);
@@ -195,8 +183,8 @@ void Merger::run()
                 // file and a directory one key; they are still never one entry. The roots always
                 // pair, whatever they are.
                 if (i > 0 && j > 0 && src[i].isDirectory() != dst[j].isDirectory()) {
-                    sourceOnly(src[i++]);
-                    destinationOnly(dst[j++]);
+                    oneSided(src[i++], 0);
+                    oneSided(dst[j++], 1);
                     continue;
                 }
                 matched(src[i++], dst[j++]);
@@ -214,9 +202,9 @@ void Merger::run()
                 else
                     e = m_in.sourceKeys.compareExact(src[i], m_in.destinationKeys, dst[j]);
                 if (e < 0)
-                    sourceOnly(src[i++]);
+                    oneSided(src[i++], 0);
                 else if (e > 0)
-                    destinationOnly(dst[j++]);
+                    oneSided(dst[j++], 1);
                 else
                     matched(src[i++], dst[j++]);
             }
