@@ -72,6 +72,8 @@ void CopyWalk::tree(int start)
 {
     const int first = std::max(start, 1);
     const qsizetype depth = separatorCount(entry(first).Path[m_d]);
+    // The depth alone would not stop at the next pair's root when that lies deeper.
+    const QString inside = start > 0 ? insidePrefix(entry(first).Path[m_d]) : QString();
     const int last = int(m_engine.CompareResults.size()) - 1;
 
     // Below a receiving directory that could not be listed, a file that looks absent may be
@@ -81,6 +83,8 @@ void CopyWalk::tree(int start)
         if (m_engine.CancelFlag)
             return;
         const CompareEntry &x = entry(i);
+        if (i > start && !liesInside(x.Path[m_d], inside))
+            return;
         if (!unseenBelow.isEmpty() && !x.Path[m_r].startsWith(unseenBelow))
             unseenBelow.clear();
         if (x.Attributes[m_d] & Attr::Directory) {

@@ -58,8 +58,12 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     // Below a directory whose other side could not be read, "missing on the other side" only
     // means "not seen": such files are kept.
     QString unseenBelow;
+    // The depth alone would not stop at the next pair's root when that lies deeper.
+    const QString inside = start > 0 ? insidePrefix(e.Path[side]) : QString();
     for (int i = std::max(start + 1, 2); i <= last; ++i) {
         const CompareEntry &x = rows[size_t(i)];
+        if (!liesInside(x.Path[side], inside))
+            return;
         if (x.Attributes[side] & Attr::Directory) {
             if (start >= 1 && separatorCount(x.Path[side]) <= depth)
                 return;

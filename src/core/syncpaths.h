@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include "core/casefold.h"
+
 namespace duomir {
 
 inline constexpr QChar pathSeparator()
@@ -26,6 +28,34 @@ inline QString withoutTrailingSeparator(const QString &path)
 inline qsizetype separatorCount(const QString &path)
 {
     return path.count(pathSeparator());
+}
+
+// What the paths of every row inside a folder begin with on that side: the folder's path with one
+// separator. Empty for a folder without a path, which then holds everything.
+inline QString insidePrefix(const QString &folder)
+{
+    if (folder.isEmpty())
+        return {};
+    QString inside = withoutTrailingSeparator(folder);
+    if (!inside.endsWith(pathSeparator()))
+        inside += pathSeparator();
+    return inside;
+}
+
+// Whether a row's path lies inside the folder of `inside` (from insidePrefix), names compared as
+// the comparison pairs them, unit by unit upper-cased: a row that only the other side has carries
+// that side's spelling.
+inline bool liesInside(const QString &path, const QString &inside)
+{
+    if (path.size() < inside.size())
+        return false;
+    const char16_t *p = units(path);
+    const char16_t *q = units(inside);
+    for (qsizetype i = 0; i < inside.size(); ++i) {
+        if (upperUnit(p[i]) != upperUnit(q[i]))
+            return false;
+    }
+    return true;
 }
 
 } // namespace duomir

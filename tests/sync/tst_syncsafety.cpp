@@ -126,6 +126,46 @@ private Q_SLOTS:
         QCOMPARE(f.tree.read(u"s/b.txt"_qs), QByteArray("newer"));
     }
 
+    // A folder chosen in the list is walked to its end and no further: the next pair's rows follow
+    // it in the list, and a root that lies deeper than the folder must not be taken for a part
+    // of it.
+    void aFolderWalkStaysInItsPair_data()
+    {
+        QTest::addColumn<bool>("copyOnly");
+        QTest::newRow("synchronize the folder, with Delete") << false;
+        QTest::newRow("copy the folder") << true;
+    }
+    void aFolderWalkStaysInItsPair()
+    {
+        QFETCH(bool, copyOnly);
+        Fixture f;
+        f.tree.file(u"s1/sub/a.txt"_qs, "a", T0);
+        f.tree.dir(u"d1"_qs);
+        f.tree.file(u"deep/er/x/s2/only.txt"_qs, "only in s2", T0);
+        f.tree.file(u"deep/er/x/s2/b.txt"_qs, "older", T0);
+        f.tree.file(u"d2/b.txt"_qs, "newer", T0 + 100);
+        f.addPair(u"s1"_qs, u"d1"_qs);
+        f.addPair(u"deep/er/x/s2"_qs, u"d2"_qs);
+        QVERIFY(Compare(f.engine));
+        int sub = 0;
+        for (size_t r = 1; r < f.engine.CompareResults.size(); ++r) {
+            if (f.engine.CompareResults[r].isDirectory() &&
+                f.engine.CompareResults[r].Name[0] == u"sub"_qs)
+                sub = int(r);
+        }
+        QVERIFY(sub > 0);
+        f.engine.sync = {true, false, false, true};
+        if (copyOnly)
+            CopySelected(f.engine, 0, sub);
+        else
+            QVERIFY(Synchronize(f.engine, sub));
+
+        QCOMPARE(f.tree.read(u"deep/er/x/s2/only.txt"_qs), QByteArray("only in s2"));
+        QCOMPARE(f.tree.read(u"deep/er/x/s2/b.txt"_qs), QByteArray("older"));
+        QCOMPARE(f.tree.read(u"d2/b.txt"_qs), QByteArray("newer"));
+        QVERIFY(!f.tree.exists(u"d2/only.txt"_qs));
+    }
+
     // A source folder whose path outgrows PATH_MAX cannot be listed and shows as empty. Mirroring
     // towards the source with Delete must not take its files for deleted and remove the
     // destination's copies.
