@@ -201,7 +201,7 @@ int runSync(const QStringList &args)
         return ExitUsage; // an empty pair list; Compare has said so
     if (unlisted > 0)
         std::fprintf(stderr, "duomir-cli sync: a pair whose directory could not be listed is left "
-                             "out of this run\n");
+                             "out of this run: nothing is deleted for it or copied into it\n");
     if (!engine.sync.Src && !engine.sync.Dest)
         std::fprintf(stderr, "duomir-cli sync: no direction chosen\n");
 

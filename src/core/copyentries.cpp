@@ -21,6 +21,8 @@ public:
     {}
 
     void singleFile(int index);
+    // Nothing goes into a source folder whose files could not be seen.
+    bool receivingUnseen(int index) const { return m_r == 0 && m_engine.isInUnseenSource(index); }
     void tree(int start);
     void finish() { m_pipeline.finish(); }
 
@@ -61,7 +63,7 @@ void CopyWalk::singleFile(int index)
     const CompareEntry &e = entry(index);
     // A file under the mouse goes only the way the tree walk would send it (or either way for a
     // selected copy): synchronizing one file both ways must not put the older side over the newer.
-    if (!qualifies(e, true))
+    if (!qualifies(e, true) || receivingUnseen(index))
         return;
     if (!m_counting && !m_ops.directoryExists(withoutTrailingSeparator(e.Path[m_r])))
         makeReceivingDirectory(index, e.Path[m_r], e.Path[m_d]);
@@ -85,6 +87,8 @@ void CopyWalk::tree(int start)
         const CompareEntry &x = entry(i);
         if (i > start && !liesInside(x.Path[m_d], inside))
             return;
+        if (receivingUnseen(i))
+            continue;
         if (!unseenBelow.isEmpty() && !x.Path[m_r].startsWith(unseenBelow))
             unseenBelow.clear();
         if (x.Attributes[m_d] & Attr::Directory) {

@@ -88,10 +88,11 @@ public:
     RowIndexArray VisibleRows = RowIndexArray(1, 0);
     RowCounts visibleCounts;
     // Rows of the pairs whose source root could not be listed (message 806), first and last
-    // index. Such a pair is compared against an empty source, so every destination file looks
-    // missing in the source: deleting on the destination what the source lacks would wipe it, so
-    // deletion leaves these rows alone. Copying stays allowed: it loses nothing, and it is how a
-    // missing source is filled again from its copy.
+    // index; the first is the pair's root row. Such a pair is compared against an empty source,
+    // so every destination file looks missing in the source: deleting on the destination what the
+    // source lacks would wipe it, so deletion leaves these rows alone. Copies towards a missing
+    // source are tried and fail, reported; into a source folder that exists but could not be
+    // read nothing is copied, as it may hold newer files that nobody has seen.
     struct RowRange
     {
         int first;
@@ -103,6 +104,16 @@ public:
         for (const RowRange &r : UnlistedRows) {
             if (row >= r.first && row <= r.last)
                 return true;
+        }
+        return false;
+    }
+    bool isInUnseenSource(int row) const
+    {
+        for (const RowRange &r : UnlistedRows) {
+            if (row >= r.first && row <= r.last) {
+                const std::uint32_t root = CompareResults[size_t(r.first)].Attributes[0];
+                return root != Attr::Invalid && (root & Attr::Directory) != 0;
+            }
         }
         return false;
     }

@@ -280,6 +280,39 @@ private Q_SLOTS:
         QVERIFY2(f.log().contains(u"No absolute path"), qPrintable(f.log()));
     }
 
+    // A source folder that exists but could not be listed (a permission, a failing network
+    // share) looks empty: its files were never seen, and a copy from the destination could
+    // replace a newer one. Nothing is copied into it. (Built by hand: as root every folder can be
+    // listed.)
+    void unseenSourceFolderReceivesNothing()
+    {
+        Fixture f;
+        f.tree.file(u"s/f.txt"_qs, "newer, never seen", T0 + 100);
+        f.tree.file(u"d/f.txt"_qs, "older", T0);
+        f.addPair(u"s"_qs, u"d"_qs);
+        CompareEntry root;
+        root.Path = {f.tree.path(u"s/"_qs), f.tree.path(u"d/"_qs)};
+        root.Attributes = {Attr::Directory, Attr::Directory};
+        root.Marked = true;
+        f.engine.CompareResults.push_back(root);
+        CompareEntry row;
+        row.State = ModifiedInDestination;
+        row.Marked = true;
+        row.Path = {f.tree.path(u"s/"_qs), f.tree.path(u"d/"_qs)};
+        row.Name[1] = u"f.txt"_qs;
+        row.FullSize[1] = 5;
+        f.engine.CompareResults.push_back(row);
+        f.engine.UnlistedRows.push_back({1, 2});
+        f.engine.compareCounters = {0, 0, 1};
+        f.engine.sync.Src = false;
+
+        CopySelected(f.engine, 1, 2); // the row alone, whichever side is newer
+        QCOMPARE(f.tree.read(u"s/f.txt"_qs), QByteArray("newer, never seen"));
+        QVERIFY(Synchronize(f.engine, 0)); // the whole list (and a fresh comparison after)
+        QCOMPARE(f.tree.read(u"s/f.txt"_qs), QByteArray("newer, never seen"));
+        QCOMPARE(f.engine.syncStats.filesCopied, 0);
+    }
+
     // A source that cannot be listed is compared as empty, so every destination file looks
     // missing in the source. Whatever the directions and Delete, the destination keeps every file;
     // copies towards the source fail, reported, as there is no folder to take them (a walk makes
