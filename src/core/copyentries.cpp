@@ -63,7 +63,7 @@ void CopyWalk::singleFile(int index)
     const CompareEntry &e = entry(index);
     // A file under the mouse goes only the way the tree walk would send it (or either way for a
     // selected copy): synchronizing one file both ways must not put the older side over the newer.
-    if (!qualifies(e, true) || receivingUnseen(index))
+    if (!qualifies(e, true) || receivingUnseen(index) || m_engine.isBelowUnlisted(index, m_r))
         return;
     if (!m_counting && !m_ops.directoryExists(withoutTrailingSeparator(e.Path[m_r])))
         makeReceivingDirectory(index, e.Path[m_r], e.Path[m_d]);
@@ -73,6 +73,8 @@ void CopyWalk::singleFile(int index)
 void CopyWalk::tree(int start)
 {
     const int first = std::max(start, 1);
+    if (start > 0 && m_engine.isBelowUnlisted(first, m_r))
+        return;
     const qsizetype depth = separatorCount(entry(first).Path[m_d]);
     // The depth alone would not stop at the next pair's root when that lies deeper.
     const QString inside = start > 0 ? insidePrefix(entry(first).Path[m_d]) : QString();

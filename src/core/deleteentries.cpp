@@ -35,6 +35,10 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     // state deletes nothing, whichever side was asked for.
     if (start > 0 && engine.isInUnlistedPair(first))
         return;
+    // Below a folder of the other side that could not be read, nothing is known to be missing.
+    if (start > 0 && (mode & DeleteMode::OnlyMissingOnOtherSide) &&
+        engine.isBelowUnlisted(first, side ^ 1))
+        return;
     if (start > 0 && !e.isDirectory()) {
         // Synchronizing one file with Delete must not delete it when the other side has it: the
         // copy that follows would then have nothing to send, and the newer file would be gone.

@@ -11,6 +11,7 @@
 #include "core/dirpair.h"
 #include "core/fileentry.h"
 #include "core/progressmodel.h"
+#include "core/syncpaths.h"
 #include "core/syncstats.h"
 #include "localization/language.h"
 #include "settings/settings.h"
@@ -103,6 +104,21 @@ public:
     {
         for (const RowRange &r : UnlistedRows) {
             if (row >= r.first && row <= r.last)
+                return true;
+        }
+        return false;
+    }
+    // Whether a folder above `row` exists on `side` but could not be listed there: whatever the
+    // row lacks on that side may be there unseen. A walk that starts below such a folder never
+    // meets its row, so it asks here.
+    bool isBelowUnlisted(int row, int side) const
+    {
+        const QString &path = CompareResults[size_t(row)].Path[size_t(side)];
+        for (int i = row - 1; i >= 1; --i) {
+            const CompareEntry &x = CompareResults[size_t(i)];
+            if (x.isDirectory() && !x.Name[size_t(side)].isEmpty() &&
+                (x.Attributes[size_t(side)] & Attr::Unlisted) &&
+                liesInside(path, insidePrefix(x.Path[size_t(side)])))
                 return true;
         }
         return false;

@@ -313,6 +313,53 @@ private Q_SLOTS:
         QCOMPARE(f.engine.syncStats.filesCopied, 0);
     }
 
+    // A folder of the destination that could not be listed hides what it holds. A folder or file
+    // below it, synchronized or copied on its own, neither takes the destination's files for
+    // missing (and deletes its own) nor replaces them unseen. (Built by hand, as above.)
+    void rowsBelowAnUnseenFolder_data()
+    {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<bool>("copyOnly");
+        QTest::newRow("synchronize a folder with Delete") << 3 << false;
+        QTest::newRow("synchronize a file with Delete") << 4 << false;
+        QTest::newRow("copy a folder") << 3 << true;
+        QTest::newRow("copy a file") << 4 << true;
+    }
+    void rowsBelowAnUnseenFolder()
+    {
+        QFETCH(int, row);
+        QFETCH(bool, copyOnly);
+        Fixture f;
+        f.tree.file(u"s/u/sub/f.txt"_qs, "source", T0);
+        f.tree.file(u"d/u/sub/f.txt"_qs, "newer, never seen", T0 + 100);
+        f.addPair(u"s"_qs, u"d"_qs);
+        auto add = [&](const QString &dir, const QString &name, bool directory, bool both) {
+            CompareEntry e;
+            e.Path = {f.tree.path(u"s/"_qs + dir), f.tree.path(u"d/"_qs + dir)};
+            e.Name = {name, both ? name : QString()};
+            e.Attributes = {directory ? Attr::Directory : 0u, directory ? Attr::Directory : 0u};
+            e.State = both ? Identical : ModifiedInSource;
+            e.Marked = true;
+            e.FullSize[0] = directory ? 0 : 6;
+            f.engine.CompareResults.push_back(e);
+            return &f.engine.CompareResults.back();
+        };
+        add(QString(), QString(), true, true)->Path = {f.tree.path(u"s/"_qs),
+                                                       f.tree.path(u"d/"_qs)};
+        add(u"u"_qs, u"u"_qs, true, true)->Attributes[1] |= Attr::Unlisted;
+        add(u"u/sub"_qs, u"sub"_qs, true, false);
+        add(u"u/sub/"_qs, u"f.txt"_qs, false, false);
+        f.engine.compareCounters = {2, 2, 0};
+        f.engine.sync = {true, false, false, true};
+
+        if (copyOnly)
+            CopySelected(f.engine, 0, row);
+        else
+            QVERIFY(Synchronize(f.engine, row));
+        QCOMPARE(f.tree.read(u"s/u/sub/f.txt"_qs), QByteArray("source"));
+        QCOMPARE(f.tree.read(u"d/u/sub/f.txt"_qs), QByteArray("newer, never seen"));
+    }
+
     // A source that cannot be listed is compared as empty, so every destination file looks
     // missing in the source. Whatever the directions and Delete, the destination keeps every file;
     // copies towards the source fail, reported, as there is no folder to take them (a walk makes
