@@ -7,6 +7,7 @@
 namespace duomir::cli {
 
 // Prints each change instead of making it, and answers success; only the look-ups reach the disk.
+// What the real run would refuse is refused here too, and not printed.
 class DryRunFileOps : public FileOps
 {
 public:
@@ -17,7 +18,10 @@ public:
     {
         return say(QStringLiteral("create"), path);
     }
-    OpResult clearReadOnly(const QString &) override { return OpResult::success(); }
+    OpResult clearReadOnly(const QString &path) override
+    {
+        return placeKnown(path) ? OpResult::success() : OpResult::failure(OpError::PlaceUnknown);
+    }
     OpResult removeFile(const QString &path) override
     {
         return say(QStringLiteral("delete"), path);
@@ -25,19 +29,23 @@ public:
     OpResult removeDirectory(const QString &path) override
     {
         // Only an empty directory would go; a dry run cannot know whether it would be empty.
-        if (!m_real.directoryExists(path))
+        if (placeKnown(path) && !m_real.directoryExists(path))
             return OpResult::success();
         return say(QStringLiteral("remove-if-empty"), path);
     }
     OpResult copyFile(const QString &from, const QString &to, const CopyProgress &,
                       const std::atomic<bool> &) override
     {
-        return say(QStringLiteral("copy"), from + u" -> " + to);
+        if (!placeKnown(from))
+            return OpResult::failure(OpError::PlaceUnknown);
+        return say(QStringLiteral("copy"), from + u" -> " + to, to);
     }
 
 private:
-    OpResult say(const QString &what, const QString &text)
+    OpResult say(const QString &what, const QString &text, const QString &place = {})
     {
+        if (!placeKnown(place.isNull() ? text : place))
+            return OpResult::failure(OpError::PlaceUnknown);
         m_out << what << u' ' << text << u'\n';
         m_out.flush();
         return OpResult::success();

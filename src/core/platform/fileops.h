@@ -32,6 +32,14 @@ QString errorText(int code);
 // Called after every copied chunk with the file's size and the bytes written so far (bytes).
 using CopyProgress = std::function<void(std::int64_t total, std::int64_t done)>;
 
+// Every path the walks act on is derived from a pair's root. An empty or relative one (a pair
+// without a root, a row built by hand) would be resolved against the working directory, which is
+// nobody's data to change: such a call is refused (PlaceUnknown) before it reaches the system.
+inline bool placeKnown(const QString &path)
+{
+    return path.startsWith(u'/');
+}
+
 // Every file-system change the synchronization makes goes through this interface, so that tests
 // can inject faults and a dry run can record instead of act. Paths are full paths without a
 // trailing separator; the real implementation refuses an empty or relative one (PlaceUnknown).

@@ -54,14 +54,6 @@ QByteArray temporaryTemplate(const QByteArray &target)
     return dir + '.' + name + ".duomir-XXXXXX";
 }
 
-// Every path the walks act on is derived from a pair's root. An empty or relative one (a pair
-// without a root, a row built by hand) would be resolved against the working directory, which is
-// nobody's data to change: such a call is refused before it reaches the system.
-bool placeKnown(const QString &path)
-{
-    return path.startsWith(u'/');
-}
-
 bool fallbackNeeded(int error)
 {
     return error == EXDEV || error == ENOSYS || error == EOPNOTSUPP || error == EINVAL;
