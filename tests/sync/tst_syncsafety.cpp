@@ -61,6 +61,15 @@ struct Fixture
         pair.Destination = destination.isEmpty() ? destination : tree.path(destination);
         engine.pairs.append(pair);
     }
+    // The row alone: copied to the destination, or synchronized towards it with Delete.
+    void mirrorOrCopyRow(int row, bool copyOnly)
+    {
+        engine.sync = {true, false, false, true};
+        if (copyOnly)
+            CopySelected(engine, 0, row);
+        else
+            QVERIFY(Synchronize(engine, row));
+    }
     QString log() const
     {
         QString all;
@@ -154,11 +163,7 @@ private Q_SLOTS:
                 sub = int(r);
         }
         QVERIFY(sub > 0);
-        f.engine.sync = {true, false, false, true};
-        if (copyOnly)
-            CopySelected(f.engine, 0, sub);
-        else
-            QVERIFY(Synchronize(f.engine, sub));
+        f.mirrorOrCopyRow(sub, copyOnly);
 
         QCOMPARE(f.tree.read(u"deep/er/x/s2/only.txt"_qs), QByteArray("only in s2"));
         QCOMPARE(f.tree.read(u"deep/er/x/s2/b.txt"_qs), QByteArray("older"));
@@ -350,12 +355,7 @@ private Q_SLOTS:
         add(u"u/sub"_qs, u"sub"_qs, true, false);
         add(u"u/sub/"_qs, u"f.txt"_qs, false, false);
         f.engine.compareCounters = {2, 2, 0};
-        f.engine.sync = {true, false, false, true};
-
-        if (copyOnly)
-            CopySelected(f.engine, 0, row);
-        else
-            QVERIFY(Synchronize(f.engine, row));
+        f.mirrorOrCopyRow(row, copyOnly);
         QCOMPARE(f.tree.read(u"s/u/sub/f.txt"_qs), QByteArray("source"));
         QCOMPARE(f.tree.read(u"d/u/sub/f.txt"_qs), QByteArray("newer, never seen"));
     }
