@@ -33,7 +33,12 @@ bool frmMain::runCompare()
     {
         const MousePointer busy;
         m_cmdCompare->setEnabled(false);
+        // The list is rebuilt under the rows on screen while events run: a click on one of them
+        // (a check mark, a popup command) would reach a different entry, and a pair edited now
+        // would not be the one compared.
+        setInputEnabled(false);
         compared = Compare(*m_engine);
+        setInputEnabled(true);
         m_cmdCompare->setEnabled(true);
     }
     showCompareResult(compared);
@@ -224,6 +229,12 @@ void frmMain::showFileMenu(const QPoint &pos)
     const QModelIndex index = m_flexFiles->indexAt(pos);
     if (!index.isValid())
         return;
+    // A list that no longer matches the pairs is not acted on, as Synchronize refuses it too.
+    if (m_stale) {
+        m_engine->ui().message(Interaction::Icon::Exclamation, Interaction::Buttons::Ok,
+                               m_engine->FormatMsg(803));
+        return;
+    }
     m_popupEntry = m_fileModel->resultIndex(index.row());
     if (m_popupEntry <= 0)
         return;
