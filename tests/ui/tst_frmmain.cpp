@@ -179,12 +179,31 @@ private Q_SLOTS:
         QCOMPARE(marks(), (QList<bool>{true, true, true, true}));
     }
 
-    void synchronizeRefusedWhileStale()
+    // A list that no longer matches the pairs is not acted on: neither Synchronize nor the
+    // commands of a row's popup menu.
+    void staleListIsNotActedOn_data()
     {
+        QTest::addColumn<bool>("popup");
+        QTest::newRow("Synchronize") << false;
+        QTest::newRow("a row's popup menu") << true;
+    }
+    void staleListIsNotActedOn()
+    {
+        QFETCH(bool, popup);
         Fixture f(1);
         f.engine.CompareResults.resize(3);
+        f.engine.CompareResults[1].Name = {u"a"_s, QString()};
+        f.engine.CompareResults[2].Name = {u"b"_s, QString()};
+        f.engine.VisibleRows = {0, 1, 2};
+        f.window.fileModel()->reload();
         f.window.greyFileList();
-        f.window.cmdSynch_Click();
+        if (popup) {
+            QTableView *list = f.window.fileList();
+            const QRect row = list->visualRect(list->model()->index(1, 0));
+            Q_EMIT list->customContextMenuRequested(row.center());
+        } else {
+            f.window.cmdSynch_Click();
+        }
         QCOMPARE(f.ui.shown.size(), 1);
         QCOMPARE(f.ui.shown[0].icon, Interaction::Icon::Exclamation);
         QCOMPARE(f.ui.shown[0].buttons, Interaction::Buttons::Ok);
