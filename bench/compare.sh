@@ -13,23 +13,15 @@ HERE=$(cd "$(dirname "$0")" && pwd)
 ROOT=$(dirname "$HERE")
 CLI=$ROOT/build/release/bin/duomir-cli
 
-need() {
-    command -v "$1" >/dev/null 2>&1 && return
-    echo "installing $2"
-    if [ "$(id -u)" -eq 0 ]; then apt-get install -y "$2"; else sudo apt-get install -y "$2"; fi
-}
-need hyperfine hyperfine
-need rsync rsync
+bench=$HERE
+. "$bench/common.sh"
+need hyperfine
+need rsync
 [ -x /usr/bin/time ] || need /usr/bin/time time
-
-# Always: a binary older than the sources would time the wrong code.
-(cd "$ROOT" && cmake --preset release >/dev/null && cmake --build --preset release --target duomir-cli >/dev/null)
+build_release duomir-cli
 
 TREE=$WORK/$FILES
-if [ ! -d "$TREE/dst" ]; then
-    mkdir -p "$TREE"
-    python3 "$HERE/gentree.py" "$TREE" --files "$FILES"
-fi
+generated_tree "$TREE" "$FILES"
 SRC=$TREE/src
 DST=$TREE/dst
 ENTRIES=$(find "$SRC" "$DST" -mindepth 1 | wc -l)

@@ -10,13 +10,11 @@ small=${SMALL_FILES:-100000}
 large=${LARGE_FILES:-3}
 large_mb=${LARGE_MB:-500}
 
-for tool in hyperfine rsync; do
-    command -v "$tool" >/dev/null && continue
-    echo "installing $tool"
-    if [ "$(id -u)" -eq 0 ]; then apt-get install -y "$tool"; else sudo apt-get install -y "$tool"; fi
-done
-cmake --preset release >/dev/null
-cmake --build --preset release --target duomir-cli >/dev/null
+bench=$PWD/bench
+. "$bench/common.sh"
+need hyperfine
+need rsync
+build_release duomir-cli
 cli=$PWD/build/release/bin/duomir-cli
 
 mkdir -p "$work/small" "$work/large"

@@ -11,14 +11,12 @@ HERE=$(cd "$(dirname "$0")" && pwd)
 ROOT=$(dirname "$HERE")
 BIN=$ROOT/build/release/bin
 
-(cd "$ROOT" && cmake --preset release >/dev/null &&
-    cmake --build --preset release --target duomir-cli duomir_gui_bench >/dev/null)
+bench=$HERE
+. "$bench/common.sh"
+build_release duomir-cli duomir_gui_bench
 
 TREE=$WORK/$FILES
-if [ ! -d "$TREE/dst" ]; then
-    mkdir -p "$TREE"
-    python3 "$HERE/gentree.py" "$TREE" --files "$FILES"
-fi
+generated_tree "$TREE" "$FILES"
 export XDG_CONFIG_HOME=$WORK/config XDG_DATA_HOME=$WORK/data
 echo "entries (both sides): $(find "$TREE/src" "$TREE/dst" -mindepth 1 | wc -l)"
 

@@ -14,18 +14,14 @@ here=$(cd "$(dirname "$0")" && pwd)
 root=$(dirname "$here")
 cli=$root/build/release/bin/duomir-cli
 
-for tool in hyperfine rsync; do
-    command -v "$tool" >/dev/null && continue
-    echo "installing $tool"
-    if [ "$(id -u)" -eq 0 ]; then apt-get install -y "$tool"; else sudo apt-get install -y "$tool"; fi
-done
-(cd "$root" && cmake --preset release >/dev/null && cmake --build --preset release --target duomir-cli >/dev/null)
+bench=$here
+. "$bench/common.sh"
+need hyperfine
+need rsync
+build_release duomir-cli
 
 tree=$work/$files
-if [ ! -d "$tree/dst" ]; then
-    mkdir -p "$tree"
-    python3 "$here/gentree.py" "$tree" --files "$files"
-fi
+generated_tree "$tree" "$files"
 run=$work/twoway
 if [ ! -d "$run/dst" ]; then
     mkdir -p "$run"
