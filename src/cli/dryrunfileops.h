@@ -16,7 +16,7 @@ public:
     bool directoryExists(const QString &path) override { return m_real.directoryExists(path); }
     OpResult makeDirectory(const QString &path, const QString &) override
     {
-        return say(QStringLiteral("create"), path);
+        return say(QStringLiteral("create"), path, path);
     }
     OpResult clearReadOnly(const QString &path) override
     {
@@ -24,27 +24,28 @@ public:
     }
     OpResult removeFile(const QString &path) override
     {
-        return say(QStringLiteral("delete"), path);
+        return say(QStringLiteral("delete"), path, path);
     }
     OpResult removeDirectory(const QString &path) override
     {
         // Only an empty directory would go; a dry run cannot know whether it would be empty.
         if (placeKnown(path) && !m_real.directoryExists(path))
             return OpResult::success();
-        return say(QStringLiteral("remove-if-empty"), path);
+        return say(QStringLiteral("remove-if-empty"), path, path);
     }
     OpResult copyFile(const QString &from, const QString &to, const CopyProgress &,
                       const std::atomic<bool> &) override
     {
         if (!placeKnown(from))
             return OpResult::failure(OpError::PlaceUnknown);
-        return say(QStringLiteral("copy"), from + u" -> " + to, to);
+        return say(QStringLiteral("copy"), to, from + u" -> " + to);
     }
 
 private:
-    OpResult say(const QString &what, const QString &text, const QString &place = {})
+    // Prints `text` as a change at `place`, unless the real run would refuse that place.
+    OpResult say(const QString &what, const QString &place, const QString &text)
     {
-        if (!placeKnown(place.isNull() ? text : place))
+        if (!placeKnown(place))
             return OpResult::failure(OpError::PlaceUnknown);
         m_out << what << u' ' << text << u'\n';
         m_out.flush();
