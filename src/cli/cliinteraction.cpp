@@ -27,13 +27,19 @@ Interaction::Answer CliInteraction::message(Icon icon, Buttons buttons, const QS
 void CliInteraction::failureReported(const QString &error, const QString &source,
                                      const QString &destination)
 {
-    QString line = error;
-    if (!source.isEmpty())
-        line += u": " + source;
-    if (!destination.isEmpty())
-        line += (source.isEmpty() ? u": " : u" -> ") + destination;
-    // Names go out as the bytes they are on disk, so the line names the very file.
-    std::fprintf(stderr, "duomir-cli: error: %s\n", toNative(line).constData());
+    // Names go out as the bytes they are on disk, so the line names the very file; control bytes
+    // are escaped, so one failure is one line.
+    QByteArray line;
+    appendEscapedForLine(line, error);
+    if (!source.isEmpty()) {
+        line += ": ";
+        appendEscapedForLine(line, source);
+    }
+    if (!destination.isEmpty()) {
+        line += source.isEmpty() ? ": " : " -> ";
+        appendEscapedForLine(line, destination);
+    }
+    std::fprintf(stderr, "duomir-cli: error: %s\n", line.constData());
 }
 
 } // namespace duomir::cli

@@ -1,59 +1,77 @@
 #pragma once
 
-#include <QTextStream>
+#include <cerrno>
+#include <cstdio>
 
 #include "core/platform/fileops.h"
+#include "core/platform/nativename.h"
 
 namespace duomir::cli {
 
 // Prints each change instead of making it, and answers success; only the look-ups reach the disk.
-// What the real run would refuse is refused here too, and not printed.
+// What the real run would refuse is refused here too, and not printed. Names are printed as
+// their bytes, control bytes escaped, one change a line.
 class DryRunFileOps : public FileOps
 {
 public:
-    explicit DryRunFileOps(FileOps &real) : m_real(real), m_out(stdout) {}
+    explicit DryRunFileOps(FileOps &real) : m_real(real) {}
 
-    bool directoryExists(const QString &path) override { return m_real.directoryExists(path); }
-    OpResult makeDirectory(const QString &path, const QString &) override
+    OpResult checkDirectory(const TreePath &dir) override
     {
-        return say(QStringLiteral("create"), path, path);
+        // A folder the run would create first is not there yet; the dry run goes on into it.
+        const OpResult there = m_real.checkDirectory(dir);
+        return there.error == ENOENT ? OpResult::success() : there;
     }
-    OpResult clearReadOnly(const QString &path) override
+    OpResult makeDirectory(const TreePath &dir, const TreePath &) override
     {
-        return placeKnown(path) ? OpResult::success() : OpResult::failure(OpError::PlaceUnknown);
+        return say("create", dir, dir.full());
     }
-    OpResult removeFile(const QString &path) override
+    OpResult clearReadOnly(const TreePath &file) override
     {
-        return say(QStringLiteral("delete"), path, path);
+        return placeKnown(file) ? OpResult::success() : OpResult::failure(OpError::PlaceUnknown);
     }
-    OpResult removeDirectory(const QString &path) override
+    OpResult removeFile(const TreePath &file, const Seen &) override
+    {
+        return say("delete", file, file.full());
+    }
+    OpResult removeDirectory(const TreePath &dir) override
     {
         // Only an empty directory would go; a dry run cannot know whether it would be empty.
-        if (placeKnown(path) && !m_real.directoryExists(path))
+        if (placeKnown(dir) && m_real.checkDirectory(dir).error == ENOENT)
             return OpResult::success();
-        return say(QStringLiteral("remove-if-empty"), path, path);
+        return say("remove-if-empty", dir, dir.full());
     }
-    OpResult copyFile(const QString &from, const QString &to, const CopyProgress &,
+    OpResult copyFile(const TreePath &from, const Seen &, const TreePath &to,
+                      const std::optional<Seen> &, const CopyProgress &,
                       const std::atomic<bool> &) override
     {
         if (!placeKnown(from))
             return OpResult::failure(OpError::PlaceUnknown);
-        return say(QStringLiteral("copy"), to, from + u" -> " + to);
+        return say("copy", to, from.full(), to.full());
     }
+    OpResult removeLeftover(const TreePath &) override { return OpResult::success(); }
 
 private:
-    // Prints `text` as a change at `place`, unless the real run would refuse that place.
-    OpResult say(const QString &what, const QString &place, const QString &text)
+    // Prints a change at `place`, unless the real run would refuse that place.
+    static OpResult say(const char *what, const TreePath &place, const QString &path,
+                        const QString &to = {})
     {
         if (!placeKnown(place))
             return OpResult::failure(OpError::PlaceUnknown);
-        m_out << what << u' ' << text << u'\n';
-        m_out.flush();
+        QByteArray line(what);
+        line += ' ';
+        appendEscapedForLine(line, path);
+        if (!to.isEmpty()) {
+            line += " -> ";
+            appendEscapedForLine(line, to);
+        }
+        line += '\n';
+        std::fwrite(line.constData(), 1, size_t(line.size()), stdout);
+        std::fflush(stdout);
         return OpResult::success();
     }
 
     FileOps &m_real;
-    QTextStream m_out;
 };
 
 } // namespace duomir::cli

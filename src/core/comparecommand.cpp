@@ -71,10 +71,12 @@ bool Compare(Engine &engine, int *unlistedRoots)
         resetScan(engine.SourceFiles);
         resetScan(engine.DestinationFiles);
         const int utcOffset = currentUtcOffset();
+        engine.CompareUtcOffset = utcOffset;
         FileArray destination;
+        std::array<std::vector<QString>, 2> leftovers;
         auto scanDestination = [&, root = engine.CompareRoots[1]] {
             return ScanDirectory(root, directoryMasks, fileMasks, pair, destination, nullptr,
-                                 utcOffset);
+                                 utcOffset, &leftovers[1]);
         };
         std::future<bool> destinationScan;
         try {
@@ -83,8 +85,9 @@ bool Compare(Engine &engine, int *unlistedRoots)
             // No thread to be had: the scan runs here when its result is asked for.
             destinationScan = std::async(std::launch::deferred, scanDestination);
         }
-        const bool sourceFailed = ScanDirectory(engine.CompareRoots[0], directoryMasks, fileMasks,
-                                                pair, engine.SourceFiles, &ui, utcOffset);
+        const bool sourceFailed =
+            ScanDirectory(engine.CompareRoots[0], directoryMasks, fileMasks, pair,
+                          engine.SourceFiles, &ui, utcOffset, &leftovers[0]);
         if (sourceFailed) {
             ++unlisted;
             warn(engine, 806, {engine.CompareRoots[0]});
@@ -123,6 +126,10 @@ bool Compare(Engine &engine, int *unlistedRoots)
         if (sourceFailed)
             engine.UnlistedRows.push_back(
                 {firstRow, static_cast<int>(engine.CompareResults.size()) - 1});
+        for (int side = 0; side < 2; ++side) {
+            for (QString &path : leftovers[size_t(side)])
+                engine.Leftovers.push_back({firstRow, side, std::move(path)});
+        }
         resetScan(engine.SourceFiles);
         resetScan(engine.DestinationFiles);
     }

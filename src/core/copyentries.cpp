@@ -1,5 +1,8 @@
 #include "core/copyentries.h"
 
+#include <array>
+#include <cerrno>
+
 #include "core/copypipeline.h"
 #include "core/engine.h"
 #include "core/errorlog.h"
@@ -25,6 +28,8 @@ public:
     bool receivingUnseen(int index) const { return m_r == 0 && m_engine.isInUnseenSource(index); }
     void tree(int start);
     void finish() { m_pipeline.finish(); }
+    // Temporary files of killed runs on the receiving side go before new ones are made.
+    void removeLeftovers();
 
 private:
     std::int16_t sendingState() const
@@ -44,7 +49,25 @@ private:
         return !x.Name[m_d].isEmpty();
     }
     const CompareEntry &entry(int index) const { return m_engine.CompareResults[size_t(index)]; }
-    void makeReceivingDirectory(int index, const QString &receiving, const QString &sending);
+    void enterPair(int rootRow)
+    {
+        const CompareEntry &root = entry(rootRow);
+        m_roots = {pairRoot(root, 0), pairRoot(root, 1)};
+    }
+    TreePath place(int side, const QString &full) const
+    {
+        return placeBelow(m_roots[size_t(side)], full);
+    }
+    bool makeReceivingDirectory(int index, const QString &receiving, const QString &sending);
+    // Whether the receiving folder of row `index` may be written to; a folder that is no longer
+    // the one the comparison saw is reported once and its subtree left alone.
+    bool receivingFolderUsable(int index);
+    bool isBlocked(const QString &receivingPath) const
+    {
+        // Exactly as spelled: on a file system that tells case apart, the twin folder is another.
+        return !m_blockedBelow.isEmpty() && receivingPath.startsWith(m_blockedBelow);
+    }
+    void block(const QString &receivingFolder) { m_blockedBelow = insidePrefix(receivingFolder); }
     void countOrCopy(int index);
     CopyPipeline::Hooks hooks();
     void report(const CopyStep &step);
@@ -55,6 +78,10 @@ private:
     int m_r;
     int m_mode;
     bool m_counting;
+    std::array<QString, 2> m_roots;
+    // Below a receiving folder that could not be made or reached, nothing is copied.
+    QString m_blockedBelow;
+    QString m_checkedFolder;
     CopyPipeline m_pipeline;
 };
 
@@ -65,8 +92,18 @@ void CopyWalk::singleFile(int index)
     // selected copy): synchronizing one file both ways must not put the older side over the newer.
     if (!qualifies(e, true) || receivingUnseen(index) || m_engine.isBelowUnlisted(index, m_r))
         return;
-    if (!m_counting && !m_ops.directoryExists(withoutTrailingSeparator(e.Path[m_r])))
-        makeReceivingDirectory(index, e.Path[m_r], e.Path[m_d]);
+    enterPair(pairRootRow(m_engine.CompareResults, index));
+    if (!m_counting) {
+        const OpResult there = m_ops.checkDirectory(place(m_r, e.Path[m_r]));
+        if (there.error == ENOENT) {
+            if (!makeReceivingDirectory(index, e.Path[m_r], e.Path[m_d]))
+                return;
+        } else if (!there.ok()) {
+            m_pipeline.add(What::MakeDirectory, index, there);
+            return;
+        }
+        m_checkedFolder = withoutTrailingSeparator(e.Path[m_r]);
+    }
     countOrCopy(index);
 }
 
@@ -79,6 +116,9 @@ void CopyWalk::tree(int start)
     // The depth alone would not stop at the next pair's root when that lies deeper.
     const QString inside = start > 0 ? insidePrefix(entry(first).Path[m_d]) : QString();
     const int last = int(m_engine.CompareResults.size()) - 1;
+    enterPair(pairRootRow(m_engine.CompareResults, first));
+    if (start == 0 && !m_counting)
+        removeLeftovers();
 
     // Below a receiving directory that could not be listed, a file that looks absent may be
     // there after all (and newer): nothing is copied into such a directory.
@@ -89,7 +129,11 @@ void CopyWalk::tree(int start)
         const CompareEntry &x = entry(i);
         if (i > start && !liesInside(x.Path[m_d], inside))
             return;
-        if (receivingUnseen(i))
+        if (isPairRootRow(x)) {
+            enterPair(i);
+            m_blockedBelow.clear();
+        }
+        if (receivingUnseen(i) || isBlocked(x.Path[m_r]))
             continue;
         if (!unseenBelow.isEmpty() && !x.Path[m_r].startsWith(unseenBelow))
             unseenBelow.clear();
@@ -106,15 +150,44 @@ void CopyWalk::tree(int start)
         }
         if (!unseenBelow.isEmpty() || !qualifies(x, false))
             continue;
+        if (!m_counting && !receivingFolderUsable(i))
+            continue;
         countOrCopy(i);
     }
 }
 
-void CopyWalk::makeReceivingDirectory(int index, const QString &receiving, const QString &sending)
+void CopyWalk::removeLeftovers()
 {
-    m_pipeline.add(What::MakeDirectory, index,
-                   m_ops.makeDirectory(withoutTrailingSeparator(receiving),
-                                       withoutTrailingSeparator(sending)));
+    for (const Engine::Leftover &l : m_engine.Leftovers) {
+        if (l.side != m_r)
+            continue;
+        const QString root = pairRoot(entry(l.rootRow), m_r);
+        m_ops.removeLeftover(placeBelow(root, l.path)); // one that cannot go is no one's loss
+    }
+}
+
+bool CopyWalk::makeReceivingDirectory(int index, const QString &receiving, const QString &sending)
+{
+    const OpResult made = m_ops.makeDirectory(place(m_r, receiving), place(m_d, sending));
+    m_pipeline.add(What::MakeDirectory, index, made);
+    if (!made.ok())
+        block(receiving);
+    return made.ok();
+}
+
+bool CopyWalk::receivingFolderUsable(int index)
+{
+    const QString folder = withoutTrailingSeparator(entry(index).Path[m_r]);
+    if (folder == m_checkedFolder)
+        return true;
+    const OpResult there = m_ops.checkDirectory(place(m_r, folder));
+    if (!there.ok()) {
+        m_pipeline.add(What::MakeDirectory, index, there);
+        block(folder);
+        return false;
+    }
+    m_checkedFolder = folder;
+    return true;
 }
 
 void CopyWalk::countOrCopy(int index)
@@ -128,10 +201,18 @@ void CopyWalk::countOrCopy(int index)
     // A.TXT replaces A.TXT, as a case-blind file system would); a new file takes the sending name.
     const bool replaces = !e.Name[m_r].isEmpty();
     const QString &receivingName = replaces ? e.Name[m_r] : e.Name[m_d];
-    const int clearWhat =
+    CopyStep step;
+    step.what = What::Copy;
+    step.index = index;
+    step.from = place(m_d, e.Path[m_d] + e.Name[m_d]);
+    step.to = place(m_r, e.Path[m_r] + receivingName);
+    step.fromSeen = m_engine.seen(e, m_d);
+    if (replaces)
+        step.toSeen = m_engine.seen(e, m_r);
+    step.size = e.FullSize[m_d];
+    step.clearWhat =
         replaces && (e.Attributes[m_r] & Attr::ReadOnly) ? What::ClearReadOnlyForCopy : 0;
-    m_pipeline.copy(What::Copy, index, e.Path[m_d] + e.Name[m_d], e.Path[m_r] + receivingName,
-                    e.FullSize[m_d], clearWhat);
+    m_pipeline.copy(std::move(step));
 }
 
 CopyPipeline::Hooks CopyWalk::hooks()

@@ -44,18 +44,13 @@ CopyPipeline::~CopyPipeline()
         worker.join();
 }
 
-void CopyPipeline::copy(int what, int index, QString from, QString to, std::int64_t size,
-                        int clearWhat)
+void CopyPipeline::copy(CopyStep request)
 {
     auto slot = std::make_unique<Slot>();
     CopyStep &step = slot->step;
+    step = std::move(request);
     step.isCopy = true;
-    step.what = what;
-    step.index = index;
-    step.from = std::move(from);
-    step.to = std::move(to);
-    step.size = size;
-    step.clearWhat = clearWhat;
+    const std::int64_t size = step.size;
     if (m_workers.empty() && m_limit > 0 && size <= m_limit)
         startWorkers();
     if (m_limit <= 0 || size > m_limit) {
@@ -128,7 +123,8 @@ void CopyPipeline::copyHere(CopyStep &step)
         return; // pressed while the file was shown: not begun, so dropped like a queued copy
     clearTarget(step);
     reportCleared(step); // a Cancel answered here stops the copy at its first chunk
-    step.result = m_ops.copyFile(step.from, step.to, m_hooks.progress, m_cancel);
+    step.result =
+        m_ops.copyFile(step.from, step.fromSeen, step.to, step.toSeen, m_hooks.progress, m_cancel);
     report(step);
 }
 
@@ -220,7 +216,7 @@ void CopyPipeline::work()
             lock.unlock();
             clearTarget(slot->step);
             slot->step.result = m_ops.copyFile(
-                slot->step.from, slot->step.to,
+                slot->step.from, slot->step.fromSeen, slot->step.to, slot->step.toSeen,
                 [slot](std::int64_t total, std::int64_t done) {
                     slot->total = total;
                     slot->bytes = done;

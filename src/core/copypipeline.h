@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -22,8 +23,10 @@ struct CopyStep
     bool isCopy = false;
     int what = 0;  // the failure bits for the report
     int index = 0; // row of CompareResults
-    QString from;  // copies only: full paths
-    QString to;
+    TreePath from; // copies only
+    TreePath to;
+    Seen fromSeen;              // the sending file as the comparison saw it
+    std::optional<Seen> toSeen; // the file replaced; none when the name was free
     std::int64_t size = 0;
     OpResult result;
     // Copies only: non-zero when the target is read-only. It is made writable just before the
@@ -57,7 +60,8 @@ public:
     CopyPipeline(const CopyPipeline &) = delete;
     CopyPipeline &operator=(const CopyPipeline &) = delete;
 
-    void copy(int what, int index, QString from, QString to, std::int64_t size, int clearWhat = 0);
+    // `step` holds the copy's what, index, places, seen states, size and clearWhat.
+    void copy(CopyStep step);
     // A result the walk made itself.
     void add(int what, int index, OpResult result);
     // Reports every step still queued.

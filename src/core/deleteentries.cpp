@@ -9,17 +9,66 @@ namespace duomir {
 
 namespace {
 
-void deleteFile(Engine &engine, int side, int index)
+// Deletes files of one side, each below its pair's root and only while it is as the comparison
+// saw it. A folder that is no longer the one seen (a link now, or gone) is reported once and
+// nothing below it is touched.
+class DeleteWalk
 {
-    const CompareEntry &x = engine.CompareResults[size_t(index)];
-    const QString file = x.Path[side] + x.Name[side];
-    if (x.Attributes[side] & Attr::ReadOnly)
-        ReportResult(engine, engine.fileOps->clearReadOnly(file), What::ClearReadOnlyForDelete,
-                     side, index);
-    const OpResult result = engine.fileOps->removeFile(file);
+public:
+    DeleteWalk(Engine &engine, int side) : m_engine(engine), m_side(side) {}
+
+    void enterPair(int rootRow)
+    {
+        m_root = pairRoot(m_engine.CompareResults[size_t(rootRow)], m_side);
+        m_blockedBelow.clear();
+        m_checkedFolder.clear();
+    }
+    TreePath place(const QString &full) const { return placeBelow(m_root, full); }
+    bool isBlocked(const QString &path) const
+    {
+        return !m_blockedBelow.isEmpty() && path.startsWith(m_blockedBelow);
+    }
+    void deleteFile(int index);
+
+private:
+    bool folderUsable(int index);
+
+    Engine &m_engine;
+    int m_side;
+    QString m_root;
+    QString m_blockedBelow;
+    QString m_checkedFolder;
+};
+
+bool DeleteWalk::folderUsable(int index)
+{
+    const QString folder =
+        withoutTrailingSeparator(m_engine.CompareResults[size_t(index)].Path[m_side]);
+    if (folder == m_checkedFolder)
+        return true;
+    const OpResult there = m_engine.fileOps->checkDirectory(place(folder));
+    if (!there.ok()) {
+        ReportResult(m_engine, there, What::RemoveDirectory, m_side, index);
+        m_blockedBelow = insidePrefix(folder);
+        return false;
+    }
+    m_checkedFolder = folder;
+    return true;
+}
+
+void DeleteWalk::deleteFile(int index)
+{
+    const CompareEntry &x = m_engine.CompareResults[size_t(index)];
+    if (isBlocked(x.Path[m_side]) || !folderUsable(index))
+        return;
+    const TreePath file = place(x.Path[m_side] + x.Name[m_side]);
+    if (x.Attributes[m_side] & Attr::ReadOnly)
+        ReportResult(m_engine, m_engine.fileOps->clearReadOnly(file), What::ClearReadOnlyForDelete,
+                     m_side, index);
+    const OpResult result = m_engine.fileOps->removeFile(file, m_engine.seen(x, m_side));
     if (result.ok())
-        ++engine.syncStats.filesDeleted;
-    ReportResult(engine, result, What::DeleteFile, side, index);
+        ++m_engine.syncStats.filesDeleted;
+    ReportResult(m_engine, result, What::DeleteFile, m_side, index);
 }
 
 } // namespace
@@ -39,13 +88,15 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     if (start > 0 && (mode & DeleteMode::OnlyMissingOnOtherSide) &&
         engine.isBelowUnlisted(first, side ^ 1))
         return;
+    DeleteWalk walk(engine, side);
+    walk.enterPair(pairRootRow(rows, first));
     if (start > 0 && !e.isDirectory()) {
         // Synchronizing one file with Delete must not delete it when the other side has it: the
         // copy that follows would then have nothing to send, and the newer file would be gone.
         const bool onOtherSide = !e.Name[side ^ 1].isEmpty();
         if (!e.Name[side].isEmpty() &&
             !((mode & DeleteMode::OnlyMissingOnOtherSide) && onOtherSide))
-            deleteFile(engine, side, first);
+            walk.deleteFile(first);
         return;
     }
 
@@ -53,8 +104,7 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     // Only an already empty directory goes; "not empty" stays silent. A whole-list run (start 0)
     // never removes the pair's root itself: an empty root is still the place the pair names.
     if (start > 0)
-        ReportResult(engine,
-                     engine.fileOps->removeDirectory(withoutTrailingSeparator(e.Path[side])),
+        ReportResult(engine, engine.fileOps->removeDirectory(walk.place(e.Path[side])),
                      What::RemoveDirectory, side, first);
 
     const int last = int(rows.size()) - 1;
@@ -68,6 +118,8 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
         const CompareEntry &x = rows[size_t(i)];
         if (!liesInside(x.Path[side], inside))
             return;
+        if (isPairRootRow(x))
+            walk.enterPair(i);
         if (x.Attributes[side] & Attr::Directory) {
             if (start >= 1 && separatorCount(x.Path[side]) <= depth)
                 return;
@@ -84,7 +136,7 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
             continue;
         if ((mode & DeleteMode::OnlyMissingOnOtherSide) && !x.Name[other].isEmpty())
             continue;
-        deleteFile(engine, side, i);
+        walk.deleteFile(i);
     }
 }
 

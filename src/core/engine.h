@@ -10,7 +10,9 @@
 
 #include "core/dirpair.h"
 #include "core/fileentry.h"
+#include "core/platform/fileops.h"
 #include "core/progressmodel.h"
+#include "core/scanner.h"
 #include "core/syncpaths.h"
 #include "core/syncstats.h"
 #include "localization/language.h"
@@ -78,6 +80,24 @@ public:
     FileArray DestinationFiles{1};
     CompareArray CompareResults{1};
     std::array<QString, 2> CompareRoots;
+    // The time-zone offset the last comparison turned file times into dates with: the file
+    // operations turn the dates back to check that a file is still as it was seen.
+    int CompareUtcOffset = 0;
+    Seen seen(const CompareEntry &e, int side) const
+    {
+        return {e.FullSize[size_t(side)],
+                DateToFileTime(e.Modified[size_t(side)], CompareUtcOffset)};
+    }
+    // Temporary files that copies of killed runs left behind, as the last comparison found them:
+    // the root row of their pair, the side and the full path. The next copy into that side
+    // removes those no copy holds any more.
+    struct Leftover
+    {
+        int rootRow;
+        int side;
+        QString path;
+    };
+    std::vector<Leftover> Leftovers;
     bool MarkAll = true;
     // Entries the last comparison would send: [0] source to destination, [1] identical rows,
     // [2] destination to source.
@@ -140,6 +160,7 @@ public:
         CompareArray(1).swap(CompareResults);
         RowIndexArray(1, 0).swap(VisibleRows);
         UnlistedRows.clear();
+        Leftovers.clear();
     }
     int visibleCount() const { return static_cast<int>(VisibleRows.size()) - 1; }
     CompareEntry &visibleRow(int r)

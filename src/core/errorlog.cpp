@@ -5,6 +5,7 @@
 
 #include "core/engine.h"
 #include "core/interaction.h"
+#include "core/platform/nativename.h"
 
 namespace duomir {
 
@@ -50,12 +51,14 @@ void ReportResult(Engine &engine, OpResult result, int what, int d, int entryInd
         QString text = message + u"\r\n";
         if (labels)
             text += QStringLiteral("Source: ");
+        // A name is shown on its line whatever bytes it holds: a newline in it cannot make a
+        // second, genuine-looking line.
         if (!source.isEmpty())
-            text += source + u"\r\n";
+            text += escapedForLine(source) + u"\r\n";
         if (labels)
             text += QStringLiteral("Destination: ");
         if (!destination.isEmpty())
-            text += destination;
+            text += escapedForLine(destination);
         engine.ui().message(Interaction::Icon::Critical, Interaction::Buttons::Ok, text);
     }
     engine.ui().failureReported(message, source, destination);
@@ -72,19 +75,21 @@ void WriteLogLine(const Engine &engine, const QVariantList &fields)
     if (!engine.settings.LogToFile)
         return;
     const QDateTime now = engine.now();
-    QString line = now.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + u'\t';
+    QByteArray line = now.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toUtf8() + '\t';
+    // One record a line, one column a field: names keep their bytes (not UTF-8 ones too), with
+    // TAB, CR, LF and the other control bytes escaped.
     if (!fields.isEmpty()) {
-        line += u'\t';
+        line += '\t';
         for (qsizetype i = 0; i < fields.size(); ++i) {
             if (i > 0)
-                line += u'\t';
-            line += fields[i].toString();
+                line += '\t';
+            appendEscapedForLine(line, fields[i].toString());
         }
     }
-    line += u"\r\n";
+    line += "\r\n";
     QFile file(logFilePath(engine, now));
     if (file.open(QIODevice::WriteOnly | QIODevice::Append))
-        file.write(line.toUtf8());
+        file.write(line);
 }
 
 } // namespace duomir

@@ -2,12 +2,15 @@
 
 #include <QDateTime>
 #include <algorithm>
+#include <cmath>
+#include <fcntl.h>
 #include <iterator>
 #include <vector>
 
 #include "core/dirpair.h"
 #include "core/interaction.h"
 #include "core/masks.h"
+#include "core/platform/anchor.h"
 #include "core/platform/dirlister.h"
 #include "core/platform/nativename.h"
 
@@ -33,15 +36,15 @@ class Scanner
 {
 public:
     Scanner(const MaskSet &directoryMasks, const MaskSet &fileMasks, const DirPair &flags,
-            FileArray &entries, Interaction *ui, int utcOffset)
+            FileArray &entries, Interaction *ui, int utcOffset, std::vector<QString> *leftovers)
         : m_directoryMasks(directoryMasks), m_fileMasks(fileMasks), m_flags(flags),
-          m_entries(entries), m_ui(ui), m_utcOffset(utcOffset)
+          m_entries(entries), m_ui(ui), m_utcOffset(utcOffset), m_leftovers(leftovers)
     {}
 
     bool scanRoot(const QString &directory);
 
 private:
-    bool scan(const QString &directory, const QByteArray &nativeDirectory, bool root);
+    bool scan(const QString &directory, int fd);
     FileEntry &append()
     {
         if (m_chunks.empty() || m_chunks.back().size() == ChunkSize) {
@@ -66,6 +69,8 @@ private:
     std::vector<FileArray> m_chunks;
     Interaction *m_ui;
     int m_utcOffset;
+    std::vector<QString> *m_leftovers;
+    std::vector<QByteArray> m_temporaries;
     bool m_rootListed = false;
 };
 
@@ -78,7 +83,11 @@ bool Scanner::scanRoot(const QString &directory)
     root.Attributes = directory.isEmpty() ? Attr::Invalid : pathAttributes(toNative(directory));
     if (directory.isEmpty())
         return true; // never "/": an empty root text names no directory
-    scan(directory, toNative(directory), true);
+    // The root is the directory its text names, a link there included; below it every folder is
+    // opened from its parent's descriptor without following a link, so no swapped-in link leads
+    // the listing elsewhere and depth is no limit.
+    const Fd fd(::open(toNative(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    m_rootListed = fd.valid() && scan(directory, fd.get());
     collect();
     return !m_rootListed;
 }
@@ -96,13 +105,14 @@ void Scanner::collect()
     m_chunks.clear();
 }
 
-bool Scanner::scan(const QString &directory, const QByteArray &nativeDirectory, bool root)
+bool Scanner::scan(const QString &directory, int fd)
 {
     std::vector<ListedItem> items;
-    if (!listDirectory(nativeDirectory, root, items))
+    m_temporaries.clear();
+    if (!listDirectory(fd, items, m_leftovers ? &m_temporaries : nullptr))
         return false;
-    if (root)
-        m_rootListed = true;
+    for (const QByteArray &name : m_temporaries)
+        m_leftovers->push_back(directory + fromNative(name));
 
     for (ListedItem &item : items) {
         if (item.attributes & Attr::Directory) {
@@ -114,12 +124,12 @@ bool Scanner::scan(const QString &directory, const QByteArray &nativeDirectory, 
                 e.Name = std::move(item.name);
                 e.Attributes = item.attributes;
                 const QString inner = e.Path + Separator;
-                QByteArray nativeInner = nativeDirectory + item.native + '/';
                 yield();
                 // The directory stays in the list as an empty one, but marked: nothing is known of
                 // its contents, so deletion must not take them for missing. A failed listing adds
                 // no entries, so `e` still refers to this directory.
-                if (!scan(inner, nativeInner, false))
+                const Fd child(openDirectoryAt(fd, item.native.constData()));
+                if (!child.valid() || !scan(inner, child.get()))
                     e.Attributes |= Attr::Unlisted;
             }
         } else if (passesHiddenSystem(item.attributes, m_flags.HiddenFiles, m_flags.SysFiles) &&
@@ -144,11 +154,16 @@ int currentUtcOffset()
     return QDateTime::currentDateTime().offsetFromUtc();
 }
 
+// 1970-01-01 is day 25569 of the count that starts on 1899-12-30.
 Date FileTimeToDate(std::int64_t seconds, int utcOffset)
 {
-    // 1970-01-01 is day 25569 of the count that starts on 1899-12-30.
     const std::int64_t local = seconds + utcOffset;
     return 25569.0 + static_cast<double>(local) / 86400.0;
+}
+
+std::int64_t DateToFileTime(Date date, int utcOffset)
+{
+    return std::llround((date - 25569.0) * 86400.0) - utcOffset;
 }
 
 bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
@@ -161,9 +176,9 @@ bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
 
 bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
                    const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
-                   Interaction *ui, int utcOffset)
+                   Interaction *ui, int utcOffset, std::vector<QString> *leftovers)
 {
-    Scanner scanner(directoryMasks, fileMasks, flags, entries, ui, utcOffset);
+    Scanner scanner(directoryMasks, fileMasks, flags, entries, ui, utcOffset, leftovers);
     return scanner.scanRoot(directory);
 }
 

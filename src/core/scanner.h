@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <cstdint>
+#include <vector>
 
 #include "core/fileentry.h"
 
@@ -18,6 +19,8 @@ int currentUtcOffset();
 // A file time (seconds since the epoch, UTC) as a Date: local time by `utcOffset` seconds,
 // whole seconds, days since 1899-12-30.
 Date FileTimeToDate(std::int64_t seconds, int utcOffset);
+// The file time back from a Date made with the same offset, to the second.
+std::int64_t DateToFileTime(Date date, int utcOffset);
 
 // Scans one side of a pair into `entries`: element 0 describes the root, then every admitted file
 // and directory in pre-order (a directory's entry precedes what it holds; within one directory
@@ -33,9 +36,10 @@ bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
                    Interaction *ui = nullptr);
 // The same with the time-zone offset fixed by the caller, so that scans on several threads share
 // one offset and never ask for the local time zone concurrently. Touches nothing but its
-// arguments; `ui` null gives a scan that may run on any thread.
+// arguments; `ui` null gives a scan that may run on any thread. The temporary files that copies
+// left behind are never entries; their full paths go to `leftovers` when it is given.
 bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
                    const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
-                   Interaction *ui, int utcOffset);
+                   Interaction *ui, int utcOffset, std::vector<QString> *leftovers = nullptr);
 
 } // namespace duomir

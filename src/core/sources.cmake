@@ -12,6 +12,10 @@ set(DUOMIR_CORE_SOURCES
     core/platform/nativename.cpp
     core/platform/dirlister.h
     core/platform/dirlister.cpp
+    core/platform/anchor.h
+    core/platform/anchor.cpp
+    core/platform/temporaryname.h
+    core/platform/temporaryname.cpp
     core/platform/freememory.h
     core/platform/freememory.cpp
     core/casefold.h

@@ -3,6 +3,8 @@
 #include <QString>
 
 #include "core/casefold.h"
+#include "core/fileentry.h"
+#include "core/platform/fileops.h"
 
 namespace duomir {
 
@@ -56,6 +58,44 @@ inline bool liesInside(const QString &path, const QString &inside)
             return false;
     }
     return true;
+}
+
+// The row that opens the pair `row` belongs to: the pair's roots, no name on either side.
+inline bool isPairRootRow(const CompareEntry &x)
+{
+    return x.Name[0].isEmpty() && x.Name[1].isEmpty();
+}
+inline int pairRootRow(const CompareArray &rows, int row)
+{
+    while (row > 1 && !isPairRootRow(rows[size_t(row)]))
+        --row;
+    return row;
+}
+
+// The pair's directory on `side` as the file operations take it: "/" for the file system's root
+// (its row holds the empty text), empty when the pair names no directory there.
+inline QString pairRoot(const CompareEntry &rootRow, int side)
+{
+    const QString &path = rootRow.Path[size_t(side)];
+    if (!path.isEmpty())
+        return path;
+    return rootRow.Attributes[size_t(side)] == Attr::Invalid ? QString() : QStringLiteral("/");
+}
+
+// A full path of a row as a place below `root`; a path that does not lie below it gets no root,
+// which every operation refuses.
+inline TreePath placeBelow(const QString &root, const QString &full)
+{
+    QString path = withoutTrailingSeparator(full);
+    if (root.isEmpty())
+        return {};
+    if (path == root)
+        return {root, {}};
+    if (root == u"/" && path.startsWith(u'/'))
+        return {root, path.mid(1)};
+    if (path.size() > root.size() + 1 && path.startsWith(root) && path[root.size()] == u'/')
+        return {root, path.mid(root.size() + 1)};
+    return {};
 }
 
 } // namespace duomir

@@ -31,21 +31,24 @@ public:
     QStringList cleared; // targets made writable
     std::set<std::thread::id> threads;
 
-    bool directoryExists(const QString &) override { return true; }
-    OpResult makeDirectory(const QString &, const QString &) override { return {}; }
-    OpResult clearReadOnly(const QString &path) override
+    OpResult checkDirectory(const TreePath &) override { return {}; }
+    OpResult makeDirectory(const TreePath &, const TreePath &) override { return {}; }
+    OpResult clearReadOnly(const TreePath &path) override
     {
         const std::lock_guard lock(mutex);
-        cleared << path;
+        cleared << path.relative;
         return {};
     }
-    OpResult removeFile(const QString &) override { return {}; }
-    OpResult removeDirectory(const QString &) override { return {}; }
+    OpResult removeFile(const TreePath &, const Seen &) override { return {}; }
+    OpResult removeDirectory(const TreePath &) override { return {}; }
+    OpResult removeLeftover(const TreePath &) override { return {}; }
     std::int64_t parallelCopyLimit() const override { return limit; }
 
-    OpResult copyFile(const QString &from, const QString &, const CopyProgress &progress,
+    OpResult copyFile(const TreePath &fromPlace, const Seen &, const TreePath &,
+                      const std::optional<Seen> &, const CopyProgress &progress,
                       const std::atomic<bool> &) override
     {
+        const QString &from = fromPlace.relative;
         {
             const std::lock_guard lock(mutex);
             started << from;
@@ -73,6 +76,20 @@ public:
     }
 };
 
+// One copy as the walk asks for it; names stand for whole places.
+void copyStep(CopyPipeline &pipeline, int what, int index, const QString &from, const QString &to,
+              std::int64_t size, int clearWhat = 0)
+{
+    CopyStep step;
+    step.what = what;
+    step.index = index;
+    step.from = {u"/"_qs, from};
+    step.to = {u"/"_qs, to};
+    step.size = size;
+    step.clearWhat = clearWhat;
+    pipeline.copy(std::move(step));
+}
+
 struct Run
 {
     ScriptedOps ops;
@@ -87,7 +104,7 @@ struct Run
                 .yield = [] {},
                 .finished =
                     [this](const CopyStep &step) {
-                        const QString name = step.isCopy            ? step.from
+                        const QString name = step.isCopy            ? step.from.relative
                                              : step.what == Cleared ? u"cleared"_qs
                                                                     : u"made"_qs;
                         reported << (step.result.ok() ? name : name + u'!');
@@ -122,11 +139,11 @@ private Q_SLOTS:
         };
         {
             CopyPipeline pipeline(run.ops, run.cancel, run.hooks(), false);
-            pipeline.copy(Copy, 1, u"a"_qs, u"to"_qs, 10);
-            pipeline.copy(Copy, 2, u"b"_qs, u"to"_qs, 10);
+            copyStep(pipeline, Copy, 1, u"a"_qs, u"to"_qs, 10);
+            copyStep(pipeline, Copy, 2, u"b"_qs, u"to"_qs, 10);
             pipeline.add(Made, 3, OpResult::failure(EACCES));
-            pipeline.copy(Copy, 4, u"c"_qs, u"to"_qs, 10);
-            pipeline.copy(Copy, 5, u"d"_qs, u"to"_qs, 10);
+            copyStep(pipeline, Copy, 4, u"c"_qs, u"to"_qs, 10);
+            copyStep(pipeline, Copy, 5, u"d"_qs, u"to"_qs, 10);
             pipeline.finish();
         }
         QCOMPARE(run.reported, QStringList({u"a"_qs, u"b!"_qs, u"made!"_qs, u"c"_qs, u"d"_qs}));
@@ -156,11 +173,11 @@ private Q_SLOTS:
             progress << u"%1/%2"_qs.arg(done).arg(total);
         };
         CopyPipeline pipeline(run.ops, run.cancel, hooks, false);
-        pipeline.copy(Copy, 1, u"s1"_qs, u"to"_qs, 100);
-        pipeline.copy(Copy, 2, u"s2"_qs, u"to"_qs, 0);
-        pipeline.copy(Copy, 3, u"big"_qs, u"to"_qs, 101);
+        copyStep(pipeline, Copy, 1, u"s1"_qs, u"to"_qs, 100);
+        copyStep(pipeline, Copy, 2, u"s2"_qs, u"to"_qs, 0);
+        copyStep(pipeline, Copy, 3, u"big"_qs, u"to"_qs, 101);
         QCOMPARE(run.ops.started.last(), u"big"_qs);
-        pipeline.copy(Copy, 4, u"s3"_qs, u"to"_qs, 1);
+        copyStep(pipeline, Copy, 4, u"s3"_qs, u"to"_qs, 1);
         pipeline.finish();
         QCOMPARE(reportedBeforeBig, QStringList({u"s1"_qs, u"s2"_qs}));
         QCOMPARE(bigThread, walkThread);
@@ -184,9 +201,10 @@ private Q_SLOTS:
         };
         CopyPipeline pipeline(run.ops, run.cancel, run.hooks(), false);
         for (int i = 0; i < 30; ++i)
-            pipeline.copy(Copy, i + 1, u"f%1"_qs.arg(i), u"f%1"_qs.arg(i), 1, Cleared);
+            copyStep(pipeline, Copy, i + 1, u"f%1"_qs.arg(i), u"f%1"_qs.arg(i), 1, Cleared);
         pipeline.finish();
-        pipeline.copy(Copy, 31, u"late"_qs, u"late"_qs, 1000, Cleared); // cancelled before it began
+        copyStep(pipeline, Copy, 31, u"late"_qs, u"late"_qs, 1000,
+                 Cleared); // cancelled before it began
         QVERIFY(run.ops.started.size() < 30);
         QCOMPARE(run.reported.mid(0, 2), QStringList({u"cleared"_qs, u"f0!"_qs}));
         QStringList startedInOrder = run.ops.started;
@@ -228,7 +246,7 @@ private Q_SLOTS:
         };
         CopyPipeline pipeline(run.ops, run.cancel, run.hooks(), true);
         for (int i = 0; i < 30; ++i)
-            pipeline.copy(Copy, i + 1, u"f%1"_qs.arg(i), u"to"_qs, 1);
+            copyStep(pipeline, Copy, i + 1, u"f%1"_qs.arg(i), u"to"_qs, 1);
         pipeline.finish();
         // f0 and at most one copy per worker already taken.
         QVERIFY2(startedDuringReport >= 1 && startedDuringReport <= 1 + CopyPipeline::workerCount(),

@@ -2,7 +2,10 @@
 #include <QFile>
 #include <QTest>
 #include <cerrno>
+#include <optional>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "common/temptree.h"
@@ -20,8 +23,20 @@ private:
     static QStringList leftovers(const TempTree &tree, const QString &dir = {})
     {
         return QDir(tree.path(dir))
-            .entryList({QStringLiteral("*.duomir-*")},
+            .entryList({QStringLiteral(".duomir-*")},
                        QDir::AllEntries | QDir::Hidden | QDir::System);
+    }
+    static TreePath at(const TempTree &tree, const QString &relative)
+    {
+        return {tree.root(), relative};
+    }
+    // The file as a comparison would see it now.
+    static Seen seen(const TempTree &tree, const QString &relative)
+    {
+        struct stat st;
+        if (::lstat(tree.nativePath(relative.toUtf8()).constData(), &st) != 0)
+            return {-1, -1};
+        return {st.st_size, st.st_mtim.tv_sec};
     }
 
     static constexpr std::int64_t chunk = 64 * 1024;
@@ -68,7 +83,7 @@ private Q_SLOTS:
         std::atomic<bool> cancel = false;
         std::int64_t lastDone = 0;
         const OpResult r = ops.copyFile(
-            tree.path(QStringLiteral("s/f")), tree.path(QStringLiteral("d/f")),
+            at(tree, u"s/f"_qs), seen(tree, u"s/f"_qs), at(tree, u"d/f"_qs), seen(tree, u"d/f"_qs),
             [&](std::int64_t total, std::int64_t done) {
                 QVERIFY(done > lastDone);
                 QCOMPARE(total, std::int64_t(size));
@@ -129,7 +144,7 @@ private Q_SLOTS:
         const std::atomic<bool> cancel = false;
         std::int64_t lastDone = 0;
         const OpResult r = ops.copyFile(
-            tree.path(QStringLiteral("s")), tree.path(QStringLiteral("d/f")),
+            at(tree, u"s"_qs), seen(tree, u"s"_qs), at(tree, u"d/f"_qs), seen(tree, u"d/f"_qs),
             [&](std::int64_t, std::int64_t done) { lastDone = done; }, cancel);
         QCOMPARE(r.error, 0);
         QCOMPARE(tree.read(QStringLiteral("d/f")), expected);
@@ -157,9 +172,10 @@ private Q_SLOTS:
             QVERIFY(::mkfifo(tree.nativePath("x").constData(), 0644) == 0);
         else
             tree.symlink(QStringLiteral("x"), "../no/such target");
-        const bool cancel = false;
-        const OpResult r = PosixFileOps().copyFile(tree.path(QStringLiteral("x")),
-                                                   tree.path(QStringLiteral("d/x")), {}, cancel);
+        const std::atomic<bool> cancel = false;
+        const OpResult r =
+            PosixFileOps().copyFile(at(tree, u"x"_qs), seen(tree, u"x"_qs), at(tree, u"d/x"_qs),
+                                    seen(tree, u"d/x"_qs), {}, cancel);
         QCOMPARE(tree.snapshot(QStringLiteral("d")).size(), 1);
         if (fifo) {
             QCOMPARE(r.error, int(OpError::NotRegularFile));
@@ -188,8 +204,193 @@ private Q_SLOTS:
         TempTree tree;
         tree.file(QStringLiteral("f"));
         tree.setMode(QStringLiteral("f"), before);
-        QCOMPARE(PosixFileOps().clearReadOnly(tree.path(QStringLiteral("f"))).error, 0);
+        QCOMPARE(PosixFileOps().clearReadOnly(at(tree, u"f"_qs)).error, 0);
         QCOMPARE(tree.mode(QStringLiteral("f")), after);
+    }
+
+    // Every operation reaches its place without following a link and changes only what is as the
+    // comparison saw it. Each row prepares one trap; "outside" must stay as it was, and so must
+    // the file the operation would have replaced.
+    void everyChangeStaysInsideAndAsSeen_data()
+    {
+        QTest::addColumn<QString>("operation");
+        QTest::addColumn<QString>("trap");
+        QTest::addColumn<int>("expected");
+        const int changedFolder = OpError::FolderChanged;
+        const int changed = OpError::ChangedSinceCompare;
+        const int taken = OpError::NotSeen;
+        QTest::newRow("copy through a receiving link")
+            << u"copy"_qs << u"d/sub link"_qs << changedFolder;
+        QTest::newRow("copy through a sending link")
+            << u"copy"_qs << u"s/sub link"_qs << changedFolder;
+        QTest::newRow("copy onto a name taken since") << u"copy"_qs << u"taken"_qs << taken;
+        QTest::newRow("copy onto a case twin") << u"copy"_qs << u"case twin"_qs << taken;
+        QTest::newRow("copy over an edited file") << u"copy"_qs << u"target edited"_qs << changed;
+        QTest::newRow("copy of a file put back older")
+            << u"copy"_qs << u"source edited"_qs << changed;
+        QTest::newRow("copy onto a link in the file's place")
+            << u"copy"_qs << u"target link"_qs << changed;
+        QTest::newRow("delete through a link") << u"delete"_qs << u"d/sub link"_qs << changedFolder;
+        QTest::newRow("delete an edited file") << u"delete"_qs << u"target edited"_qs << changed;
+        QTest::newRow("mkdir through a link") << u"mkdir"_qs << u"d/sub link"_qs << changedFolder;
+        QTest::newRow("mkdir onto a case twin") << u"mkdir"_qs << u"case twin"_qs << taken;
+        QTest::newRow("chmod through a link") << u"chmod"_qs << u"d/sub link"_qs << changedFolder;
+        QTest::newRow("rmdir through a link") << u"rmdir"_qs << u"d/sub link"_qs << changedFolder;
+        QTest::newRow("copy, no trap") << u"copy"_qs << QString() << 0;
+    }
+    void everyChangeStaysInsideAndAsSeen()
+    {
+        QFETCH(QString, operation);
+        QFETCH(QString, trap);
+        QFETCH(int, expected);
+        TempTree tree;
+        tree.file(u"outside/sub/a.txt"_qs, "precious", 1'500'000'000);
+        tree.setMode(u"outside/sub/a.txt"_qs, 0444);
+        tree.dir(u"outside/sub/x"_qs);
+        tree.file(u"s/sub/a.txt"_qs, "new", 1'600'000'000);
+        tree.file(u"d/sub/a.txt"_qs, "old", 1'500'000'000);
+        const Seen source = seen(tree, u"s/sub/a.txt"_qs);
+        std::optional<Seen> target = seen(tree, u"d/sub/a.txt"_qs);
+        QString to = u"sub/a.txt"_qs;
+        FaultyFileOps ops;
+        if (trap.endsWith(u"link")) {
+            const QString side = trap == u"target link" ? u"d/sub/a.txt"_qs : trap.left(5);
+            QVERIFY(QFile::remove(tree.path(side)) || QDir(tree.path(side)).removeRecursively());
+            tree.symlink(side,
+                         trap == u"target link" ? "../../outside/sub/a.txt" : "../outside/sub");
+        } else if (trap == u"taken") {
+            target.reset();
+        } else if (trap == u"case twin") {
+            ops.caseBlind = true;
+            target.reset();
+            to = u"sub/A.TXT"_qs;
+        } else if (trap == u"target edited") {
+            tree.file(u"d/sub/a.txt"_qs, "edited", 1'500'000'000);
+        } else if (trap == u"source edited") {
+            tree.setMtime(u"s/sub/a.txt"_qs, 1'400'000'000);
+        }
+        const QStringList outsideBefore = tree.snapshot(u"outside"_qs);
+        const QStringList receivingBefore = tree.snapshot(u"d"_qs);
+
+        const std::atomic<bool> cancel = false;
+        OpResult r;
+        if (operation == u"copy")
+            r = ops.copyFile(at(tree, u"s/sub/a.txt"_qs), source, {tree.path(u"d"_qs), to}, target,
+                             {}, cancel);
+        else if (operation == u"delete")
+            r = ops.removeFile({tree.path(u"d"_qs), u"sub/a.txt"_qs}, {3, 1'500'000'000});
+        else if (operation == u"mkdir")
+            r = ops.makeDirectory(
+                {tree.path(u"d"_qs), trap == u"case twin" ? u"SUB"_qs : u"sub/x"_qs},
+                at(tree, u"s/sub"_qs));
+        else if (operation == u"chmod")
+            r = ops.clearReadOnly({tree.path(u"d"_qs), u"sub/a.txt"_qs});
+        else
+            r = ops.removeDirectory({tree.path(u"d"_qs), u"sub/x"_qs});
+        QCOMPARE(r.error, expected);
+        QCOMPARE(tree.snapshot(u"outside"_qs), outsideBefore);
+        QCOMPARE(tree.mode(u"outside/sub/a.txt"_qs), 0444u);
+        if (expected != 0)
+            QCOMPARE(tree.snapshot(u"d"_qs), receivingBefore);
+        else
+            QCOMPARE(tree.read(u"d/sub/a.txt"_qs), QByteArray("new"));
+        QVERIFY(leftovers(tree, u"d/sub"_qs).isEmpty());
+    }
+
+    // The temporary name stays short whatever the target's name, so a name of 255 bytes copies;
+    // and a folder deeper than the kernel's path limit is reached as any other.
+    void longNamesAndDeepPaths()
+    {
+        TempTree tree;
+        const QString longName = QString(85, QChar(0x00E9)); // 170 bytes of UTF-8
+        const QString name255 = longName + QString(85, u'x');
+        tree.file(u"s/"_qs + name255, "data", 1'600'000'000);
+        tree.dir(u"d"_qs);
+        FaultyFileOps ops;
+        const std::atomic<bool> cancel = false;
+        QCOMPARE(ops.copyFile(at(tree, u"s/"_qs + name255), seen(tree, u"s/"_qs + name255),
+                              at(tree, u"d/"_qs + name255), std::nullopt, {}, cancel)
+                     .error,
+                 0);
+        QCOMPARE(tree.read(u"d/"_qs + name255), QByteArray("data"));
+
+        QString deep;
+        for (int i = 0; i < 20; ++i) { // 20 levels of 250 bytes: over 5,000 bytes
+            deep += (deep.isEmpty() ? u""_qs : u"/"_qs) + QString(250, QChar(u'a' + i));
+            QCOMPARE(ops.makeDirectory(at(tree, u"d/"_qs + deep), at(tree, u"s"_qs)).error, 0);
+        }
+        QCOMPARE(ops.copyFile(at(tree, u"s/"_qs + name255), seen(tree, u"s/"_qs + name255),
+                              at(tree, u"d/"_qs + deep + u"/f"_qs), std::nullopt, {}, cancel)
+                     .error,
+                 0);
+        QCOMPARE(ops.checkDirectory(at(tree, u"d/"_qs + deep)).error, 0);
+        QCOMPARE(ops.removeFile(at(tree, u"d/"_qs + deep + u"/f"_qs), {4, 1'600'000'000}).error, 0);
+    }
+
+    // What a killed copy left behind goes; a file a running copy still holds, and anything that
+    // is not a copy's temporary file, stays.
+    void leftoversOfKilledRuns()
+    {
+        TempTree tree;
+        tree.file(u"d/.duomir-abcd1234.tmp"_qs, "stale");
+        tree.file(u"d/.duomir-held0000.tmp"_qs, "being written");
+        tree.file(u"d/.duomir-user.tmp"_qs, "a file of the user's");
+        const int held = ::open(tree.nativePath("d/.duomir-held0000.tmp").constData(), O_RDONLY);
+        QVERIFY(held >= 0 && ::flock(held, LOCK_EX) == 0);
+        PosixFileOps ops;
+        QCOMPARE(ops.removeLeftover(at(tree, u"d/.duomir-abcd1234.tmp"_qs)).error, 0);
+        QCOMPARE(ops.removeLeftover(at(tree, u"d/.duomir-held0000.tmp"_qs)).error, 0);
+        QCOMPARE(ops.removeLeftover(at(tree, u"d/.duomir-user.tmp"_qs)).error,
+                 int(OpError::PlaceUnknown));
+        ::close(held);
+        QCOMPARE(leftovers(tree, u"d"_qs),
+                 QStringList({u".duomir-held0000.tmp"_qs, u".duomir-user.tmp"_qs}));
+    }
+
+    // Run as root, a copy keeps owner and group as cp -a does. Whoever cannot keep the owner
+    // must not hand out a program that runs with someone else's rights: setuid and setgid go.
+    void ownerKeptOrSetuidDropped_data()
+    {
+        QTest::addColumn<bool>("asRoot");
+        QTest::newRow("root keeps the owner") << true;
+        QTest::newRow("another user drops setuid") << false;
+    }
+    void ownerKeptOrSetuidDropped()
+    {
+        QFETCH(bool, asRoot);
+        if (::geteuid() != 0)
+            QSKIP("needs root to make files of other owners");
+        TempTree tree;
+        tree.file(u"s/tool"_qs, "#!/bin/sh\n", 1'600'000'000);
+        tree.dir(u"d"_qs);
+        QVERIFY(::chown(tree.nativePath("s/tool").constData(), 1234, 1234) == 0);
+        tree.setMode(u"s/tool"_qs, 06755);
+        QVERIFY(::chmod(tree.nativePath("d").constData(), 0777) == 0);
+        QVERIFY(::chmod(tree.root().toUtf8().constData(), 0755) == 0);
+        const auto copy = [&] {
+            const std::atomic<bool> cancel = false;
+            return PosixFileOps()
+                .copyFile(at(tree, u"s/tool"_qs), seen(tree, u"s/tool"_qs), at(tree, u"d/tool"_qs),
+                          std::nullopt, {}, cancel)
+                .error;
+        };
+        if (asRoot) {
+            QCOMPARE(copy(), 0);
+        } else {
+            const pid_t child = ::fork();
+            if (child == 0) {
+                const bool dropped =
+                    ::setresgid(65534, 65534, 65534) == 0 && ::setresuid(65534, 65534, 65534) == 0;
+                ::_exit(dropped ? copy() : 99);
+            }
+            int status = 0;
+            QCOMPARE(::waitpid(child, &status, 0), child);
+            QCOMPARE(WEXITSTATUS(status), 0);
+        }
+        struct stat st;
+        QVERIFY(::lstat(tree.nativePath("d/tool").constData(), &st) == 0);
+        QCOMPARE(st.st_uid, asRoot ? 1234u : 65534u);
+        QCOMPARE(unsigned(st.st_mode & 07777), asRoot ? 06755u : 0755u);
     }
 
     void makeDirectoryTakesTemplateBits()
@@ -199,14 +400,15 @@ private Q_SLOTS:
         tree.setMode(QStringLiteral("template"), 0750);
         PosixFileOps ops;
         const auto make = [&] {
-            return ops.makeDirectory(tree.path(u"new"_qs), tree.path(u"template"_qs)).error;
+            return ops.makeDirectory(at(tree, u"new"_qs), at(tree, u"template"_qs)).error;
         };
         QCOMPARE(make(), 0);
         QCOMPARE(tree.mode(QStringLiteral("new")), 0750u);
-        QCOMPARE(make(), EEXIST); // an existing folder is no success: the caller reports it
-        QCOMPARE(ops.makeDirectory(tree.path(QStringLiteral("a/b")), {}).error, ENOENT);
+        // The comparison saw the name free: whatever holds it now is not used.
+        QCOMPARE(make(), int(OpError::NotSeen));
+        QCOMPARE(ops.makeDirectory(at(tree, u"a/b"_qs), {}).error, ENOENT);
         tree.file(QStringLiteral("new/x"));
-        QCOMPARE(ops.removeDirectory(tree.path(QStringLiteral("new"))).error, ENOTEMPTY);
+        QCOMPARE(ops.removeDirectory(at(tree, u"new"_qs)).error, ENOTEMPTY);
         QVERIFY(tree.exists(QStringLiteral("new/x")));
     }
 };

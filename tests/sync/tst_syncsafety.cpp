@@ -227,29 +227,32 @@ private Q_SLOTS:
         tree.dir(u"dir"_qs);
         tree.file(u"elsewhere/source"_qs, "new content", T0 + 100);
         const QStringList before = tree.snapshot();
-        const QString absolute = tree.path(u"elsewhere/source"_qs);
         WorkingDirectory cwd(tree.root());
 
         PosixFileOps ops;
-        const bool cancel = false;
+        const std::atomic<bool> cancel = false;
+        const TreePath relative{u"."_qs, path};
+        const TreePath source{tree.root(), u"elsewhere/source"_qs};
+        const Seen seen{11, T0 + 100};
         OpResult r;
         if (operation == u"mkdir")
-            r = ops.makeDirectory(path, tree.path(u"dir"_qs));
+            r = ops.makeDirectory(relative, {tree.root(), u"dir"_qs});
         else if (operation == u"chmod")
-            r = ops.clearReadOnly(path);
+            r = ops.clearReadOnly(relative);
         else if (operation == u"unlink")
-            r = ops.removeFile(path);
+            r = ops.removeFile(relative, {8, T0});
         else if (operation == u"rmdir")
-            r = ops.removeDirectory(path);
+            r = ops.removeDirectory(relative);
         else if (operation == u"copy to")
-            r = ops.copyFile(absolute, path, {}, cancel);
+            r = ops.copyFile(source, seen, relative, std::nullopt, {}, cancel);
         else
-            r = ops.copyFile(path, tree.path(u"elsewhere/target"_qs), {}, cancel);
+            r = ops.copyFile(relative, seen, {tree.root(), u"elsewhere/target"_qs}, std::nullopt,
+                             {}, cancel);
         QCOMPARE(r.error, OpError::PlaceUnknown);
         QVERIFY(errorText(r.error).contains(u"absolute path"));
         QCOMPARE(tree.snapshot(), before);
         QCOMPARE(tree.mode(u"victim"_qs) & 0777, 0444u);
-        QVERIFY(!ops.directoryExists(u"dir"_qs));
+        QCOMPARE(ops.checkDirectory({u"."_qs, u"dir"_qs}).error, OpError::PlaceUnknown);
     }
 
     // A row whose receiving side has no path (as a pair without a destination text would give)
@@ -272,6 +275,7 @@ private Q_SLOTS:
             row.Path = {f.tree.path(u"s/"_qs), name[0] == 'a' ? QString() : f.tree.path(u"d/"_qs)};
             row.Name[0] = QString::fromLatin1(name);
             row.FullSize[0] = 1;
+            row.Modified[0] = FileTimeToDate(T0, f.engine.CompareUtcOffset);
             f.engine.CompareResults.push_back(row);
         }
         f.engine.compareCounters = {2, 0, 0};

@@ -9,6 +9,7 @@
 
 #include "core/fileentry.h"
 #include "core/platform/nativename.h"
+#include "core/platform/temporaryname.h"
 
 namespace duomir {
 
@@ -38,20 +39,21 @@ std::uint32_t pathAttributes(const QByteArray &nativePath)
     return attributesFromStat(st, dot);
 }
 
-bool listDirectory(const QByteArray &nativePath, bool followLink, std::vector<ListedItem> &items)
+int openDirectoryAt(int parent, const char *name)
+{
+    return ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+}
+
+bool listDirectory(int fd, std::vector<ListedItem> &items, std::vector<QByteArray> *temporaries)
 {
     items.clear();
-    if (nativePath.isEmpty())
+    // The listing reads through a descriptor of its own: `fd` stays open for the subfolders.
+    const int own = ::fcntl(fd, F_DUPFD_CLOEXEC, 0);
+    if (own < 0)
         return false;
-    int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-    if (!followLink)
-        flags |= O_NOFOLLOW;
-    const int fd = ::open(nativePath.constData(), flags);
-    if (fd < 0)
-        return false;
-    DIR *dir = ::fdopendir(fd);
+    DIR *dir = ::fdopendir(own);
     if (!dir) {
-        ::close(fd);
+        ::close(own);
         return false;
     }
     // A listing that is not whole must not count as one: an item missing from it looks deleted,
@@ -59,7 +61,7 @@ bool listDirectory(const QByteArray &nativePath, bool followLink, std::vector<Li
     // since the listing is left out; a directory that can be read but not entered (every fstatat
     // refused) or a read that breaks off fails the whole listing.
     const auto fail = [&] {
-        ::closedir(dir); // closes fd too
+        ::closedir(dir); // closes `own` too
         items.clear();
         return false;
     };
@@ -74,13 +76,18 @@ bool listDirectory(const QByteArray &nativePath, bool followLink, std::vector<Li
         const char *name = d->d_name;
         if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0)))
             continue;
+        const std::size_t length = std::strlen(name);
+        if (isTemporaryName(name, length)) {
+            if (temporaries)
+                temporaries->emplace_back(name, qsizetype(length));
+            continue;
+        }
         struct stat st;
-        if (::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (::fstatat(own, name, &st, AT_SYMLINK_NOFOLLOW) != 0) {
             if (errno == ENOENT)
                 continue; // gone since the listing
             return fail();
         }
-        const std::size_t length = std::strlen(name);
         ListedItem item;
         item.name = fromNative(name, length);
         item.attributes = attributesFromStat(st, name[0] == '.');
@@ -90,7 +97,7 @@ bool listDirectory(const QByteArray &nativePath, bool followLink, std::vector<Li
             item.native = QByteArray(name, static_cast<qsizetype>(length));
         items.push_back(std::move(item));
     }
-    ::closedir(dir); // closes fd too
+    ::closedir(dir); // closes `own` too
     return true;
 }
 

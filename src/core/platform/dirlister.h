@@ -28,12 +28,16 @@ std::uint32_t attributesFromStat(const struct stat &st, bool dotName);
 // is that directory); Attr::Invalid when it does not exist or cannot be examined.
 std::uint32_t pathAttributes(const QByteArray &nativePath);
 
-// Lists the directory `nativePath` without "." and "..": every name as the directory gives it,
-// examined with fstatat(AT_SYMLINK_NOFOLLOW), so no link is ever followed. An item that vanishes
-// between the listing and the examination is left out. `followLink` lets the top-level directory
-// be a link; subdirectories are opened with O_NOFOLLOW. Returns false when the directory cannot
-// be opened; `items` is then empty. The directory is read completely and closed before this
-// returns, so a deep tree never holds more than one descriptor.
-bool listDirectory(const QByteArray &nativePath, bool followLink, std::vector<ListedItem> &items);
+// Opens the directory `name` inside the open directory `parent` for listing, never through a
+// symbolic link: a folder swapped for a link is not listed. -1 and errno on failure.
+int openDirectoryAt(int parent, const char *name);
+
+// Lists the open directory `fd` (left open) without "." and "..": every name as the directory
+// gives it, examined with fstatat(AT_SYMLINK_NOFOLLOW), so no link is ever followed. An item that
+// vanishes between the listing and the examination is left out. The temporary files of copies
+// (temporaryname.h) are never items; their names go to `temporaries` when it is given. Returns
+// false when the directory cannot be read; `items` is then empty.
+bool listDirectory(int fd, std::vector<ListedItem> &items,
+                   std::vector<QByteArray> *temporaries = nullptr);
 
 } // namespace duomir

@@ -1,6 +1,13 @@
 #include "core/platform/faultyfileops.h"
 
 #include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <strings.h>
 
 namespace duomir {
 
@@ -14,9 +21,9 @@ int fail(int code)
 
 } // namespace
 
-bool FaultyFileOps::hits(const char *path) const
+bool FaultyFileOps::hits(const char *name) const
 {
-    return onlyPathsWith.isEmpty() || std::strstr(path, onlyPathsWith.constData()) != nullptr;
+    return onlyPathsWith.isEmpty() || std::strstr(name, onlyPathsWith.constData()) != nullptr;
 }
 
 bool FaultyFileOps::writeFails()
@@ -25,11 +32,36 @@ bool FaultyFileOps::writeFails()
     return failWriteAt > 0 && writes == failWriteAt;
 }
 
-int FaultyFileOps::sysOpenSource(const char *path)
+std::string FaultyFileOps::caseTwin(int dir, const char *name) const
 {
-    if (sourcesVanish && hits(path))
+    const int fd = ::openat(dir, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return {};
+    DIR *listing = ::fdopendir(fd);
+    if (!listing) {
+        ::close(fd);
+        return {};
+    }
+    std::string found;
+    while (const dirent *d = ::readdir(listing)) {
+        if (::strcasecmp(d->d_name, name) == 0)
+            found = d->d_name;
+    }
+    ::closedir(listing);
+    return found;
+}
+
+void FaultyFileOps::beforeResolve(const TreePath &place)
+{
+    if (onResolve)
+        onResolve(place);
+}
+
+int FaultyFileOps::sysOpenSource(int dir, const char *name)
+{
+    if (sourcesVanish && hits(name))
         return fail(ENOENT);
-    return PosixFileOps::sysOpenSource(path);
+    return PosixFileOps::sysOpenSource(dir, name);
 }
 
 ssize_t FaultyFileOps::sysCopyRange(int in, int out, size_t length)
@@ -48,39 +80,54 @@ ssize_t FaultyFileOps::sysWrite(int fd, const void *data, size_t length)
     return PosixFileOps::sysWrite(fd, data, length);
 }
 
-int FaultyFileOps::sysRename(const char *from, const char *to)
+int FaultyFileOps::sysRename(int dir, const char *from, const char *to, unsigned flags)
 {
     if (renameErrno != 0 && hits(to))
         return fail(renameErrno);
-    return PosixFileOps::sysRename(from, to);
+    if (caseBlind && flags != 0)
+        return fail(EINVAL);
+    return PosixFileOps::sysRename(dir, from, to, flags);
 }
 
-int FaultyFileOps::sysMkdir(const char *path, mode_t mode)
+int FaultyFileOps::sysLink(int dir, const char *from, const char *to)
 {
-    if (mkdirErrno != 0 && hits(path))
+    if (caseBlind)
+        return fail(EPERM);
+    return PosixFileOps::sysLink(dir, from, to);
+}
+
+int FaultyFileOps::sysMkdir(int dir, const char *name, mode_t mode)
+{
+    if (mkdirErrno != 0 && hits(name))
         return fail(mkdirErrno);
-    return PosixFileOps::sysMkdir(path, mode);
+    if (caseBlind && !caseTwin(dir, name).empty())
+        return fail(EEXIST);
+    return PosixFileOps::sysMkdir(dir, name, mode);
 }
 
-int FaultyFileOps::sysUnlink(const char *path)
+int FaultyFileOps::sysUnlink(int dir, const char *name, int flags)
 {
-    if (unlinkErrno != 0 && hits(path))
-        return fail(unlinkErrno);
-    return PosixFileOps::sysUnlink(path);
+    const int error = (flags & AT_REMOVEDIR) ? rmdirErrno : unlinkErrno;
+    if (error != 0 && hits(name))
+        return fail(error);
+    return PosixFileOps::sysUnlink(dir, name, flags);
 }
 
-int FaultyFileOps::sysRmdir(const char *path)
+int FaultyFileOps::sysLookup(int dir, const char *name, struct stat *st)
 {
-    if (rmdirErrno != 0 && hits(path))
-        return fail(rmdirErrno);
-    return PosixFileOps::sysRmdir(path);
+    if (caseBlind) {
+        const std::string twin = caseTwin(dir, name);
+        if (!twin.empty())
+            return PosixFileOps::sysLookup(dir, twin.c_str(), st);
+    }
+    return PosixFileOps::sysLookup(dir, name, st);
 }
 
-int FaultyFileOps::sysChmod(const char *path, mode_t mode)
+int FaultyFileOps::sysChmod(int dir, const char *name, mode_t mode)
 {
-    if (chmodErrno != 0 && hits(path))
+    if (chmodErrno != 0 && hits(name))
         return fail(chmodErrno);
-    return PosixFileOps::sysChmod(path, mode);
+    return PosixFileOps::sysChmod(dir, name, mode);
 }
 
 } // namespace duomir

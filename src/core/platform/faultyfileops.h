@@ -2,14 +2,18 @@
 
 #include <QByteArray>
 #include <cerrno>
+#include <functional>
+#include <string>
 
 #include "core/platform/posixfileops.h"
 
 namespace duomir {
 
 // The real operations with chosen faults, for tests: a full disk on the Nth data write, a refused
-// rename, failing mkdir/unlink/rmdir/chmod, a source that vanished before it was opened. A fault
-// with a non-empty `onlyPathsWith` hits only paths that contain those bytes.
+// rename, failing mkdir/unlink/rmdir/chmod, a source that vanished before it was opened, a file
+// system that matches names without case, and a hook that runs just before an operation reaches
+// for its place (to swap a folder for a link at that moment). A fault with a non-empty
+// `onlyPathsWith` hits only names that contain those bytes.
 class FaultyFileOps : public PosixFileOps
 {
 public:
@@ -24,29 +28,37 @@ public:
     int rmdirErrno = 0;
     int chmodErrno = 0;
     bool sourcesVanish = false;
+    // Names that differ only in ASCII case are one name, as on FAT, exFAT and SMB; and the file
+    // system has neither an exclusive rename nor hard links, as exFAT through FUSE.
+    bool caseBlind = false;
     QByteArray onlyPathsWith;
+    std::function<void(const TreePath &)> onResolve;
 
     std::atomic<int> writes = 0; // data writes so far
 
     // Counting writes is only meaningful in one order.
     std::int64_t parallelCopyLimit() const override
     {
-        return failWriteAt > 0 ? 0 : PosixFileOps::parallelCopyLimit();
+        return failWriteAt > 0 || onResolve ? 0 : PosixFileOps::parallelCopyLimit();
     }
 
 protected:
-    int sysOpenSource(const char *path) override;
+    void beforeResolve(const TreePath &place) override;
+    int sysOpenSource(int dir, const char *name) override;
     ssize_t sysCopyRange(int in, int out, size_t length) override;
     ssize_t sysWrite(int fd, const void *data, size_t length) override;
-    int sysRename(const char *from, const char *to) override;
-    int sysMkdir(const char *path, mode_t mode) override;
-    int sysUnlink(const char *path) override;
-    int sysRmdir(const char *path) override;
-    int sysChmod(const char *path, mode_t mode) override;
+    int sysRename(int dir, const char *from, const char *to, unsigned flags) override;
+    int sysLink(int dir, const char *from, const char *to) override;
+    int sysMkdir(int dir, const char *name, mode_t mode) override;
+    int sysUnlink(int dir, const char *name, int flags) override;
+    int sysChmod(int dir, const char *name, mode_t mode) override;
+    int sysLookup(int dir, const char *name, struct stat *st) override;
 
 private:
-    bool hits(const char *path) const;
+    bool hits(const char *name) const;
     bool writeFails();
+    // The name under which a case-blind file system would find `name` in `dir`, if any.
+    std::string caseTwin(int dir, const char *name) const;
 };
 
 } // namespace duomir

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 namespace duomir {
 
@@ -22,8 +23,16 @@ struct OpResult
 namespace OpError {
 // Sockets, FIFOs and device nodes are never opened for reading.
 inline constexpr int NotRegularFile = 0x10001;
-// An empty or relative path: the walks act only on absolute paths.
+// An empty or relative root, or a path outside its root: nobody's data to change.
 inline constexpr int PlaceUnknown = 0x10002;
+// A folder on the way below the root is now a symbolic link or no folder at all: links are never
+// followed, so nothing below it is touched.
+inline constexpr int FolderChanged = 0x10003;
+// The name the comparison saw free is taken now (a twin on a case-blind file system, or a file
+// made since): nothing is replaced.
+inline constexpr int NotSeen = 0x10004;
+// The file no longer has the size and time the comparison saw: neither side is changed.
+inline constexpr int ChangedSinceCompare = 0x10005;
 } // namespace OpError
 
 // The text shown and logged for an error code: the system's own text for errno values.
@@ -32,40 +41,74 @@ QString errorText(int code);
 // Called after every copied chunk with the file's size and the bytes written so far (bytes).
 using CopyProgress = std::function<void(std::int64_t total, std::int64_t done)>;
 
-// Every path the walks act on is derived from a pair's root. An empty or relative one (a pair
-// without a root, a row built by hand) would be resolved against the working directory, which is
-// nobody's data to change: such a call is refused (PlaceUnknown) before it reaches the system.
-inline bool placeKnown(const QString &path)
+// A place inside one of a pair's two trees. The root is the directory the comparison listed (a
+// root given as a symbolic link is the directory it names, as for the scanner); everything below
+// it is reached one component at a time, never through a link and never outside the root.
+struct TreePath
 {
-    return path.startsWith(u'/');
+    QString root;     // absolute, without a trailing separator except "/" itself
+    QString relative; // "/"-separated; empty for the root itself
+    QString full() const
+    {
+        if (relative.isEmpty())
+            return root;
+        if (root.endsWith(u'/'))
+            return root + relative;
+        return root + u'/' + relative;
+    }
+};
+
+// Every path the walks act on lies below a pair's root. An empty or relative root (a pair without
+// a directory, a row built by hand) would be resolved against the working directory, which is
+// nobody's data to change: such a call is refused (PlaceUnknown) before it reaches the system.
+inline bool placeKnown(const TreePath &place)
+{
+    return place.root.startsWith(u'/');
 }
 
+// What the comparison saw of a file: its size in bytes and its modification time in whole seconds
+// since the epoch. A file is replaced, deleted or copied only while it still looks like this.
+struct Seen
+{
+    std::int64_t size = 0;
+    std::int64_t mtime = 0;
+};
+
 // Every file-system change the synchronization makes goes through this interface, so that tests
-// can inject faults and a dry run can record instead of act. Paths are full paths without a
-// trailing separator; the real implementation refuses an empty or relative one (PlaceUnknown).
+// can inject faults and a dry run can record instead of act.
 class FileOps
 {
 public:
     virtual ~FileOps() = default;
 
-    virtual bool directoryExists(const QString &path) = 0;
+    // Whether `dir` is a directory reached without a link; the result says why not.
+    virtual OpResult checkDirectory(const TreePath &dir) = 0;
 
     // Creates one directory level with the permission bits of `templateDir` (the owner keeps
-    // write and search permission, so that the copy can fill it).
-    virtual OpResult makeDirectory(const QString &path, const QString &templateDir) = 0;
+    // write and search permission, so that the copy can fill it). A name that is taken already
+    // (the comparison saw it free) fails with NotSeen.
+    virtual OpResult makeDirectory(const TreePath &dir, const TreePath &templateDir) = 0;
 
     // Adds owner write permission and keeps every other permission bit.
-    virtual OpResult clearReadOnly(const QString &path) = 0;
+    virtual OpResult clearReadOnly(const TreePath &file) = 0;
 
-    virtual OpResult removeFile(const QString &path) = 0;
-    virtual OpResult removeDirectory(const QString &path) = 0; // only an empty one
+    // Removes the file while it is still as `seen`.
+    virtual OpResult removeFile(const TreePath &file, const Seen &seen) = 0;
+    virtual OpResult removeDirectory(const TreePath &dir) = 0; // only an empty one
 
-    // Copies a regular file or a symbolic link over `to`, carrying the modification time and the
-    // permission bits. The data goes into a hidden temporary file beside `to` that is renamed over
-    // it at the end; a failed or cancelled copy (`cancel` read between chunks, result ECANCELED)
-    // removes the temporary file and leaves an existing `to` untouched.
-    virtual OpResult copyFile(const QString &from, const QString &to, const CopyProgress &progress,
+    // Copies a regular file or a symbolic link to `to`, carrying the modification time, the
+    // permission bits and (where the process may) the owner. The source must still be as
+    // `fromSeen`; an existing target is replaced only while it is as `toSeen`, and with no
+    // `toSeen` the name must still be free. The data goes into a temporary file beside `to` that
+    // is renamed into place at the end; a failed or cancelled copy (`cancel` read between chunks,
+    // result ECANCELED) removes it and leaves an existing `to` untouched.
+    virtual OpResult copyFile(const TreePath &from, const Seen &fromSeen, const TreePath &to,
+                              const std::optional<Seen> &toSeen, const CopyProgress &progress,
                               const std::atomic<bool> &cancel) = 0;
+
+    // Removes a temporary file that a copy which died left behind (and nothing else: a file still
+    // being written by a running copy is kept).
+    virtual OpResult removeLeftover(const TreePath &file) = 0;
 
     // Files up to this many bytes may be copied on several threads at once (copyFile is then
     // called concurrently); 0 keeps every copy on the caller's thread, one after the other.

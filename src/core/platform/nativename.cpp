@@ -2,6 +2,7 @@
 
 #include <QVarLengthArray>
 #include <cstdint>
+#include <string>
 
 namespace duomir {
 
@@ -139,6 +140,84 @@ QByteArray toNative(const QString &text)
     out.reserve(text.size() * 3);
     appendNative(out, text);
     return out;
+}
+
+} // namespace duomir
+
+namespace duomir {
+
+namespace {
+
+bool needsEscape(char16_t u)
+{
+    return u < 0x20 || u == u'\\' || (u >= EscapeBase + 0x80 && u <= EscapeBase + 0xFF);
+}
+
+template <typename Out> void escapeUnit(Out &out, unsigned value)
+{
+    static constexpr char hex[] = "0123456789ABCDEF";
+    switch (value) {
+    case '\\':
+        out += "\\\\";
+        return;
+    case '\t':
+        out += "\\t";
+        return;
+    case '\n':
+        out += "\\n";
+        return;
+    case '\r':
+        out += "\\r";
+        return;
+    default:
+        out += "\\x";
+        out += hex[(value >> 4) & 0xF];
+        out += hex[value & 0xF];
+    }
+}
+
+} // namespace
+
+QString escapedForLine(const QString &text)
+{
+    const char16_t *p = reinterpret_cast<const char16_t *>(text.utf16());
+    qsizetype i = 0;
+    while (i < text.size() && !needsEscape(p[i]))
+        ++i;
+    if (i == text.size())
+        return text;
+    QString out = text.left(i);
+    for (; i < text.size(); ++i) {
+        const char16_t u = p[i];
+        if (!needsEscape(u)) {
+            out += QChar(u);
+            continue;
+        }
+        std::string piece;
+        escapeUnit(piece, u >= EscapeBase ? unsigned(u - EscapeBase) : unsigned(u));
+        out += QLatin1StringView(piece.data(), qsizetype(piece.size()));
+    }
+    return out;
+}
+
+void appendEscapedForLine(QByteArray &out, const QString &text)
+{
+    const qsizetype start = out.size();
+    appendNative(out, text);
+    qsizetype i = start;
+    while (i < out.size() && (static_cast<unsigned char>(out.at(i)) >= 0x20 && out.at(i) != '\\'))
+        ++i;
+    if (i == out.size())
+        return;
+    const QByteArray raw = out.mid(i);
+    out.truncate(i);
+    for (const char c : raw) {
+        const auto b = static_cast<unsigned char>(c);
+        if (b >= 0x20 && c != '\\')
+            out += c;
+        else
+            escapeUnit(out, b);
+    }
 }
 
 } // namespace duomir

@@ -25,3 +25,14 @@ QByteArray toNative(const QString &text);
 void appendNative(QByteArray &out, const QString &text);
 
 } // namespace duomir
+
+namespace duomir {
+
+// A name or path for one line of text (a message, a log column, a line on standard error): a
+// backslash, TAB, LF and CR become \\, \t, \n and \r as in the TSV output, every other byte below
+// 0x20 becomes \xHH, so that a name can neither start a line of its own nor add a column. In the
+// text form a byte that is not UTF-8 shows as \xHH too; the byte form keeps it raw.
+QString escapedForLine(const QString &text);
+void appendEscapedForLine(QByteArray &out, const QString &text);
+
+} // namespace duomir

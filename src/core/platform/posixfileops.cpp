@@ -2,15 +2,19 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
+#include <string>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
 
 #include "core/platform/nativename.h"
+#include "core/platform/temporaryname.h"
 
 namespace duomir {
 
@@ -21,42 +25,65 @@ OpResult lastError()
     return OpResult::failure(errno != 0 ? errno : EIO);
 }
 
-// Closes a descriptor when the copy leaves its scope, whichever way.
-class Fd
+// A failure while reaching a folder below the root: a link or a file on the way is a change since
+// the comparison, which listed only real folders there.
+OpResult folderError()
 {
-public:
-    explicit Fd(int fd = -1) : m_fd(fd) {}
-    ~Fd()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-    Fd(const Fd &) = delete;
-    Fd &operator=(const Fd &) = delete;
+    const int error = errno != 0 ? errno : EIO;
+    return OpResult::failure(isFolderChange(error) ? OpError::FolderChanged : error);
+}
 
-    int get() const { return m_fd; }
-    int release() { return std::exchange(m_fd, -1); }
-
-private:
-    int m_fd;
-};
-
-// The hidden temporary name beside the target: ".name.duomir-XXXXXX", cut so that it stays within
-// the 255-byte limit of a name.
-QByteArray temporaryTemplate(const QByteArray &target)
+bool matches(const struct stat &st, const Seen &seen)
 {
-    const qsizetype slash = target.lastIndexOf('/');
-    const QByteArray dir = target.left(slash + 1);
-    QByteArray name = target.mid(slash + 1);
-    static constexpr qsizetype maxName = 255 - 1 - 14;
-    if (name.size() > maxName)
-        name.truncate(maxName);
-    return dir + '.' + name + ".duomir-XXXXXX";
+    return st.st_size == seen.size && st.st_mtim.tv_sec == seen.mtime;
+}
+
+bool unchanged(const struct stat &now, const struct stat &before)
+{
+    return now.st_size == before.st_size && now.st_mtim.tv_sec == before.st_mtim.tv_sec &&
+           now.st_mtim.tv_nsec == before.st_mtim.tv_nsec;
 }
 
 bool fallbackNeeded(int error)
 {
     return error == EXDEV || error == ENOSYS || error == EOPNOTSUPP || error == EINVAL;
+}
+
+// The owner and group of `st` on the new object `fd` (or, with a name, the link `name` in `dir`):
+// a process that may not give them (not root) keeps its own. A program that runs with its
+// owner's rights must not become one that runs with someone else's, so setuid and setgid go
+// whenever the owner could not be kept.
+mode_t keepOwner(int fd, int dir, const char *name, const struct stat &st)
+{
+    mode_t mode = st.st_mode & 07777;
+    struct stat now;
+    const int got = name ? ::fstatat(dir, name, &now, AT_SYMLINK_NOFOLLOW) : ::fstat(fd, &now);
+    bool kept = got == 0 && now.st_uid == st.st_uid && now.st_gid == st.st_gid;
+    if (!kept && got == 0) {
+        kept = name ? ::fchownat(dir, name, st.st_uid, st.st_gid, AT_SYMLINK_NOFOLLOW) == 0
+                    : ::fchown(fd, st.st_uid, st.st_gid) == 0;
+    }
+    if (!kept)
+        mode &= ~mode_t(S_ISUID | S_ISGID);
+    return mode;
+}
+
+// A new temporary file in `dir`, locked while it is written: a lock that can be taken marks one
+// that a dead run left behind.
+int createTemporary(int dir, std::string &name)
+{
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        name = newTemporaryName();
+        const int fd =
+            ::openat(dir, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+        if (fd < 0 && errno == EEXIST)
+            continue;
+        if (fd >= 0)
+            ::flock(fd, LOCK_EX);
+        return fd;
+    }
+    errno = EEXIST;
+    return -1;
 }
 
 } // namespace
@@ -67,109 +94,258 @@ PosixFileOps &PosixFileOps::instance()
     return ops;
 }
 
-bool PosixFileOps::directoryExists(const QString &path)
+OpResult PosixFileOps::locate(const TreePath &place, Located &out)
 {
-    if (!placeKnown(path))
-        return false;
-    struct stat st;
-    return ::stat(toNative(path).constData(), &st) == 0 && S_ISDIR(st.st_mode);
+    if (!placeKnown(place) || place.relative.isEmpty())
+        return OpResult::failure(OpError::PlaceUnknown);
+    const QByteArray relative = toNative(place.relative);
+    const qsizetype slash = relative.lastIndexOf('/');
+    out.name = relative.mid(slash + 1);
+    if (out.name.isEmpty() || out.name == "." || out.name == "..")
+        return OpResult::failure(OpError::PlaceUnknown);
+    beforeResolve(place);
+    const Fd root(openRoot(toNative(place.root)));
+    if (!root.valid())
+        return lastError();
+    out.dir = Fd(openBeneath(root.get(), slash < 0 ? QByteArray() : relative.left(slash)));
+    if (!out.dir.valid())
+        return folderError();
+    return OpResult::success();
 }
 
-OpResult PosixFileOps::makeDirectory(const QString &path, const QString &templateDir)
+OpResult PosixFileOps::checkDirectory(const TreePath &dir)
 {
-    if (!placeKnown(path))
+    if (!placeKnown(dir))
         return OpResult::failure(OpError::PlaceUnknown);
-    mode_t mode = 0777;
-    struct stat st;
-    const bool haveTemplate = ::stat(toNative(templateDir).constData(), &st) == 0;
-    if (haveTemplate)
-        mode = (st.st_mode & 07777) | S_IRWXU;
-    const QByteArray name = toNative(path);
-    if (sysMkdir(name.constData(), mode) != 0)
+    beforeResolve(dir);
+    const Fd root(openRoot(toNative(dir.root)));
+    if (!root.valid())
         return lastError();
+    const Fd found(openBeneath(root.get(), toNative(dir.relative)));
+    return found.valid() ? OpResult::success() : folderError();
+}
+
+OpResult PosixFileOps::makeDirectory(const TreePath &dir, const TreePath &templateDir)
+{
+    if (!placeKnown(dir))
+        return OpResult::failure(OpError::PlaceUnknown);
+    struct stat st;
+    bool haveTemplate = false;
+    if (placeKnown(templateDir) && templateDir.relative.isEmpty()) {
+        haveTemplate = ::stat(toNative(templateDir.root).constData(), &st) == 0;
+    } else if (Located t; placeKnown(templateDir) && locate(templateDir, t).ok()) {
+        haveTemplate = ::fstatat(t.dir.get(), t.name.constData(), &st, AT_SYMLINK_NOFOLLOW) == 0;
+    }
+    haveTemplate = haveTemplate && S_ISDIR(st.st_mode);
+    const mode_t mode = haveTemplate ? (st.st_mode & 07777) | S_IRWXU : 0777;
+
+    // The pair's own root is created where it is missing (a first copy into a new folder); it is
+    // the one place named by the person, not reached through the tree.
+    Located at;
+    int parent = AT_FDCWD;
+    if (dir.relative.isEmpty()) {
+        at.name = toNative(dir.root);
+    } else if (const OpResult r = locate(dir, at); !r.ok()) {
+        return r;
+    } else {
+        parent = at.dir.get();
+    }
+    if (sysMkdir(parent, at.name.constData(), mode) != 0)
+        return errno == EEXIST ? OpResult::failure(OpError::NotSeen) : lastError();
+    if (!haveTemplate)
+        return OpResult::success();
     // mkdir leaves out the umask bits; the template's bits are the ones wanted.
-    if (haveTemplate && ::chmod(name.constData(), mode) != 0)
+    const Fd made(
+        ::openat(parent, at.name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!made.valid())
+        return lastError();
+    struct stat wanted = st;
+    wanted.st_mode = mode;
+    if (::fchmod(made.get(), keepOwner(made.get(), -1, nullptr, wanted)) != 0)
         return lastError();
     return OpResult::success();
 }
 
-OpResult PosixFileOps::clearReadOnly(const QString &path)
+OpResult PosixFileOps::clearReadOnly(const TreePath &file)
 {
-    if (!placeKnown(path))
-        return OpResult::failure(OpError::PlaceUnknown);
-    const QByteArray name = toNative(path);
+    Located at;
+    if (const OpResult r = locate(file, at); !r.ok())
+        return r;
     struct stat st;
-    if (::lstat(name.constData(), &st) != 0)
+    if (::fstatat(at.dir.get(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
         return lastError();
     if (S_ISLNK(st.st_mode))
         return OpResult::success(); // a link has no permission bits of its own
-    if (sysChmod(name.constData(), (st.st_mode & 07777) | S_IWUSR) != 0)
+    if (sysChmod(at.dir.get(), at.name.constData(), (st.st_mode & 07777) | S_IWUSR) != 0)
         return lastError();
     return OpResult::success();
 }
 
-OpResult PosixFileOps::removeFile(const QString &path)
+OpResult PosixFileOps::removeFile(const TreePath &file, const Seen &seen)
 {
-    if (!placeKnown(path))
-        return OpResult::failure(OpError::PlaceUnknown);
-    return sysUnlink(toNative(path).constData()) == 0 ? OpResult::success() : lastError();
-}
-
-OpResult PosixFileOps::removeDirectory(const QString &path)
-{
-    if (!placeKnown(path))
-        return OpResult::failure(OpError::PlaceUnknown);
-    return sysRmdir(toNative(path).constData()) == 0 ? OpResult::success() : lastError();
-}
-
-OpResult PosixFileOps::copyFile(const QString &fromText, const QString &toText,
-                                const CopyProgress &progress, const std::atomic<bool> &cancel)
-{
-    if (!placeKnown(fromText) || !placeKnown(toText))
-        return OpResult::failure(OpError::PlaceUnknown);
-    const QByteArray from = toNative(fromText);
-    const QByteArray to = toNative(toText);
-
+    Located at;
+    if (const OpResult r = locate(file, at); !r.ok())
+        return r;
     struct stat st;
-    if (::lstat(from.constData(), &st) != 0)
+    if (::fstatat(at.dir.get(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
         return lastError();
-    if (S_ISLNK(st.st_mode))
-        return copyLink(from, to);
+    if (S_ISDIR(st.st_mode))
+        return OpResult::failure(EISDIR);
+    if (!matches(st, seen))
+        return OpResult::failure(OpError::ChangedSinceCompare);
+    return sysUnlink(at.dir.get(), at.name.constData(), 0) == 0 ? OpResult::success() : lastError();
+}
+
+OpResult PosixFileOps::removeDirectory(const TreePath &dir)
+{
+    if (!placeKnown(dir))
+        return OpResult::failure(OpError::PlaceUnknown);
+    if (dir.relative.isEmpty()) {
+        return sysUnlink(AT_FDCWD, toNative(dir.root).constData(), AT_REMOVEDIR) == 0
+                   ? OpResult::success()
+                   : lastError();
+    }
+    Located at;
+    if (const OpResult r = locate(dir, at); !r.ok())
+        return r;
+    return sysUnlink(at.dir.get(), at.name.constData(), AT_REMOVEDIR) == 0 ? OpResult::success()
+                                                                           : lastError();
+}
+
+OpResult PosixFileOps::removeLeftover(const TreePath &file)
+{
+    Located at;
+    if (const OpResult r = locate(file, at); !r.ok())
+        return r;
+    if (!isTemporaryName(at.name.constData(), size_t(at.name.size())))
+        return OpResult::failure(OpError::PlaceUnknown);
+    struct stat st;
+    if (::fstatat(at.dir.get(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+        return errno == ENOENT ? OpResult::success() : lastError();
+    if (S_ISREG(st.st_mode)) {
+        // A running copy holds its lock until its file has its name: such a file is kept.
+        const Fd fd(::openat(at.dir.get(), at.name.constData(),
+                             O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        if (!fd.valid())
+            return errno == ENOENT ? OpResult::success() : lastError();
+        if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0)
+            return OpResult::success();
+    } else if (!S_ISLNK(st.st_mode)) {
+        return OpResult::success(); // not something a copy makes
+    }
+    if (sysUnlink(at.dir.get(), at.name.constData(), 0) != 0 && errno != ENOENT)
+        return lastError();
+    return OpResult::success();
+}
+
+OpResult PosixFileOps::copyFile(const TreePath &from, const Seen &fromSeen, const TreePath &to,
+                                const std::optional<Seen> &toSeen, const CopyProgress &progress,
+                                const std::atomic<bool> &cancel)
+{
+    if (!placeKnown(from) || !placeKnown(to))
+        return OpResult::failure(OpError::PlaceUnknown);
+    Located source;
+    if (const OpResult r = locate(from, source); !r.ok())
+        return r;
+    struct stat st;
+    if (::fstatat(source.dir.get(), source.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+        return lastError();
+    if (S_ISLNK(st.st_mode)) {
+        if (!matches(st, fromSeen))
+            return OpResult::failure(OpError::ChangedSinceCompare);
+        return copyLink(source, st, to, toSeen);
+    }
     if (!S_ISREG(st.st_mode))
         return OpResult::failure(OpError::NotRegularFile);
 
-    // O_NONBLOCK: should the name have turned into a FIFO since the lstat, opening it must not
+    // O_NONBLOCK: should the name have turned into a FIFO since the look, opening it must not
     // hang; the fstat below then refuses it.
-    Fd in(sysOpenSource(from.constData()));
-    if (in.get() < 0)
+    const Fd in(sysOpenSource(source.dir.get(), source.name.constData()));
+    if (!in.valid())
         return lastError();
     if (::fstat(in.get(), &st) != 0)
         return lastError();
     if (!S_ISREG(st.st_mode))
         return OpResult::failure(OpError::NotRegularFile);
+    // An old backup put back since the comparison must not go over the newer file it was
+    // compared with: only the file the comparison saw is sent.
+    if (!matches(st, fromSeen))
+        return OpResult::failure(OpError::ChangedSinceCompare);
 
-    QByteArray temp = temporaryTemplate(to);
-    Fd out(::mkostemp(temp.data(), O_CLOEXEC));
-    if (out.get() < 0)
+    Located target;
+    if (const OpResult r = locate(to, target); !r.ok())
+        return r;
+    std::string temp;
+    Fd out(createTemporary(target.dir.get(), temp));
+    if (!out.valid())
         return lastError();
 
     DataCopy copy(in.get(), out.get(), st.st_size, progress, cancel);
     OpResult result = copyData(copy, st.st_blocks);
     if (result.ok()) {
         const struct timespec times[2] = {st.st_atim, st.st_mtim};
-        if (::fchmod(out.get(), st.st_mode & 07777) != 0 || ::futimens(out.get(), times) != 0)
+        if (::fchmod(out.get(), keepOwner(out.get(), -1, nullptr, st)) != 0 ||
+            ::futimens(out.get(), times) != 0)
             result = lastError();
     }
+    // Written to while it was read: what arrived is neither the old nor the new content.
+    if (struct stat after; result.ok() && (::fstat(in.get(), &after) != 0 || !unchanged(after, st)))
+        result = OpResult::failure(OpError::ChangedSinceCompare);
     // No fsync: flushing every file would make a tree of small files many times slower, and a
     // crash can at worst leave the new file empty or old beside an intact source; the next run
     // sees the difference and copies again. The old target is never truncated in place.
-    if (result.ok() && ::close(out.release()) != 0)
-        result = lastError();
-    if (result.ok() && sysRename(temp.constData(), to.constData()) != 0)
-        result = lastError();
+    // The lock stays with a second descriptor until the file has its name, so that no other run
+    // takes it for a leftover; closing the first one reports a failed write-back (NFS) here.
+    Fd lock;
+    if (result.ok()) {
+        lock = Fd(::fcntl(out.get(), F_DUPFD_CLOEXEC, 0));
+        if (::close(out.release()) != 0)
+            result = lastError();
+    }
+    if (result.ok())
+        result = place(target.dir.get(), temp.c_str(), target.name, toSeen);
     if (!result.ok())
-        ::unlink(temp.constData());
+        ::unlinkat(target.dir.get(), temp.c_str(), 0);
     return result;
+}
+
+OpResult PosixFileOps::place(int dir, const char *temporary, const QByteArray &name,
+                             const std::optional<Seen> &seen)
+{
+    const char *target = name.constData();
+    struct stat st;
+    if (seen) {
+        // An edit made since the comparison is kept; so is whatever took the file's place.
+        if (sysLookup(dir, target, &st) != 0)
+            return errno == ENOENT ? OpResult::failure(OpError::ChangedSinceCompare) : lastError();
+        if (S_ISDIR(st.st_mode) || !matches(st, *seen))
+            return OpResult::failure(OpError::ChangedSinceCompare);
+        return sysRename(dir, temporary, target, 0) == 0 ? OpResult::success() : lastError();
+    }
+    // The comparison saw the name free: nothing that holds it now is replaced, be it a file made
+    // since or the case twin that a case-blind file system takes for the same name.
+    if (sysRename(dir, temporary, target, RENAME_NOREPLACE) == 0)
+        return OpResult::success();
+    if (errno == EEXIST)
+        return OpResult::failure(OpError::NotSeen);
+    if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP)
+        return lastError();
+    // No exclusive rename here: a hard link never replaces anything either.
+    if (sysLink(dir, temporary, target) == 0) {
+        ::unlinkat(dir, temporary, 0);
+        return OpResult::success();
+    }
+    if (errno == EEXIST)
+        return OpResult::failure(OpError::NotSeen);
+    if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK)
+        return lastError();
+    // Nor hard links (FAT, exFAT): look, then rename. Only a name made in the moment between the
+    // two could still be replaced.
+    if (sysLookup(dir, target, &st) == 0)
+        return OpResult::failure(OpError::NotSeen);
+    if (errno != ENOENT)
+        return lastError();
+    return sysRename(dir, temporary, target, 0) == 0 ? OpResult::success() : lastError();
 }
 
 OpResult PosixFileOps::copyData(DataCopy &copy, blkcnt_t blocks)
@@ -181,7 +357,8 @@ OpResult PosixFileOps::copyData(DataCopy &copy, blkcnt_t blocks)
             const off_t data = ::lseek(copy.in, copy.pos, SEEK_DATA);
             if (data < 0 && errno != ENXIO)
                 break; // no word on holes here: the rest is copied as data
-            const std::int64_t next = data < 0 ? copy.size : data; // ENXIO: a hole to the end
+            const std::int64_t next =
+                data < 0 ? copy.size : std::min<std::int64_t>(data, copy.size);
             if (next > copy.pos) {
                 copy.pos = next;
                 if (::lseek(copy.in, next, SEEK_SET) < 0 || ::lseek(copy.out, next, SEEK_SET) < 0)
@@ -189,15 +366,18 @@ OpResult PosixFileOps::copyData(DataCopy &copy, blkcnt_t blocks)
                 if (copy.progress)
                     copy.progress(copy.size, copy.pos);
             }
-            const off_t hole = data < 0 ? -1 : ::lseek(copy.in, data, SEEK_HOLE);
+            if (data < 0 || next >= copy.size)
+                break;
+            const off_t hole = ::lseek(copy.in, data, SEEK_HOLE);
             if (hole < 0 || ::lseek(copy.in, data, SEEK_SET) < 0)
                 break;
-            if (const OpResult r = copyRun(copy, hole); !r.ok())
+            if (const OpResult r = copyRun(copy, std::min<std::int64_t>(hole, copy.size)); !r.ok())
                 return r;
         }
     }
-    // The rest, and whatever was appended since the size was read.
-    if (const OpResult r = copyRun(copy, -1); !r.ok())
+    // The rest, up to the size seen when the file was opened: a file that keeps growing is not
+    // chased (what was appended meanwhile shows in the next comparison).
+    if (const OpResult r = copyRun(copy, copy.size); !r.ok())
         return r;
     // A hole at the end has no data to write: the length says it.
     if (copy.pos > copy.writtenEnd && ::ftruncate(copy.out, copy.pos) != 0)
@@ -205,14 +385,14 @@ OpResult PosixFileOps::copyData(DataCopy &copy, blkcnt_t blocks)
     return OpResult::success();
 }
 
-// Copies from the current offsets until `end` (-1: the end of the file) in chunks, with a cancel
-// check before and a progress call after each.
+// Copies from the current offsets until `end` in chunks, with a cancel check before and a
+// progress call after each.
 OpResult PosixFileOps::copyRun(DataCopy &copy, std::int64_t end)
 {
-    while (!copy.endOfFile && (end < 0 || copy.pos < end)) {
+    while (!copy.endOfFile && copy.pos < end) {
         if (copy.cancel)
             return OpResult::failure(ECANCELED);
-        const std::int64_t want = end < 0 ? m_chunkSize : std::min(m_chunkSize, end - copy.pos);
+        const std::int64_t want = std::min(m_chunkSize, end - copy.pos);
         ssize_t n = -1;
         if (copy.useRange) {
             n = sysCopyRange(copy.in, copy.out, static_cast<size_t>(want));
@@ -257,16 +437,18 @@ OpResult PosixFileOps::copyRun(DataCopy &copy, std::int64_t end)
         copy.pos += n;
         copy.writtenEnd = copy.pos;
         if (copy.progress)
-            copy.progress(std::max(copy.size, copy.pos), copy.pos);
+            copy.progress(copy.size, copy.pos);
     }
     return OpResult::success();
 }
 
-OpResult PosixFileOps::copyLink(const QByteArray &from, const QByteArray &to)
+OpResult PosixFileOps::copyLink(Located &source, const struct stat &st, const TreePath &to,
+                                const std::optional<Seen> &toSeen)
 {
     std::vector<char> target(4096);
     for (;;) {
-        const ssize_t n = ::readlink(from.constData(), target.data(), target.size());
+        const ssize_t n =
+            ::readlinkat(source.dir.get(), source.name.constData(), target.data(), target.size());
         if (n < 0)
             return lastError();
         if (size_t(n) < target.size()) {
@@ -276,38 +458,32 @@ OpResult PosixFileOps::copyLink(const QByteArray &from, const QByteArray &to)
         target.resize(target.size() * 2);
     }
     target.push_back('\0');
-    struct stat st;
-    if (::lstat(from.constData(), &st) != 0)
-        return lastError();
 
-    // symlink() has no mkstemp of its own: try fresh names until one is free.
-    const QByteArray pattern = temporaryTemplate(to);
+    Located at;
+    if (const OpResult r = locate(to, at); !r.ok())
+        return r;
+    const int dir = at.dir.get();
     for (int attempt = 0; attempt < 100; ++attempt) {
-        QByteArray temp = pattern;
-        Fd probe(::mkstemp(temp.data())); // reserves a unique name, replaced at once
-        if (probe.get() < 0)
-            return lastError();
-        ::unlink(temp.constData());
-        if (::symlink(target.data(), temp.constData()) != 0) {
+        const std::string temp = newTemporaryName();
+        if (::symlinkat(target.data(), dir, temp.c_str()) != 0) {
             if (errno == EEXIST)
                 continue;
             return lastError();
         }
         const struct timespec times[2] = {st.st_atim, st.st_mtim};
-        ::utimensat(AT_FDCWD, temp.constData(), times, AT_SYMLINK_NOFOLLOW);
-        if (sysRename(temp.constData(), to.constData()) != 0) {
-            const OpResult failed = lastError();
-            ::unlink(temp.constData());
-            return failed;
-        }
-        return OpResult::success();
+        ::utimensat(dir, temp.c_str(), times, AT_SYMLINK_NOFOLLOW);
+        keepOwner(-1, dir, temp.c_str(), st);
+        const OpResult placed = place(dir, temp.c_str(), at.name, toSeen);
+        if (!placed.ok())
+            ::unlinkat(dir, temp.c_str(), 0);
+        return placed;
     }
     return OpResult::failure(EEXIST);
 }
 
-int PosixFileOps::sysOpenSource(const char *path)
+int PosixFileOps::sysOpenSource(int dir, const char *name)
 {
-    return ::open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    return ::openat(dir, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
 }
 
 ssize_t PosixFileOps::sysCopyRange(int in, int out, size_t length)
@@ -320,29 +496,42 @@ ssize_t PosixFileOps::sysWrite(int fd, const void *data, size_t length)
     return ::write(fd, data, length);
 }
 
-int PosixFileOps::sysRename(const char *from, const char *to)
+int PosixFileOps::sysRename(int dir, const char *from, const char *to, unsigned flags)
 {
-    return ::renameat(AT_FDCWD, from, AT_FDCWD, to);
+    return ::renameat2(dir, from, dir, to, flags);
 }
 
-int PosixFileOps::sysMkdir(const char *path, mode_t mode)
+int PosixFileOps::sysLink(int dir, const char *from, const char *to)
 {
-    return ::mkdir(path, mode);
+    return ::linkat(dir, from, dir, to, 0);
 }
 
-int PosixFileOps::sysUnlink(const char *path)
+int PosixFileOps::sysMkdir(int dir, const char *name, mode_t mode)
 {
-    return ::unlink(path);
+    return ::mkdirat(dir, name, mode);
 }
 
-int PosixFileOps::sysRmdir(const char *path)
+int PosixFileOps::sysUnlink(int dir, const char *name, int flags)
 {
-    return ::rmdir(path);
+    return ::unlinkat(dir, name, flags);
 }
 
-int PosixFileOps::sysChmod(const char *path, mode_t mode)
+int PosixFileOps::sysLookup(int dir, const char *name, struct stat *st)
 {
-    return ::chmod(path, mode);
+    return ::fstatat(dir, name, st, AT_SYMLINK_NOFOLLOW);
+}
+
+int PosixFileOps::sysChmod(int dir, const char *name, mode_t mode)
+{
+    // The name was just seen as no link; should it have become one since, the change must not
+    // reach the file the link names: either call refuses a link.
+    if (::fchmodat(dir, name, mode, AT_SYMLINK_NOFOLLOW) == 0)
+        return 0;
+    if (errno != ENOTSUP && errno != ENOSYS)
+        return -1;
+    // Without /proc the C library cannot change a name's bits without following it.
+    const Fd fd(::openat(dir, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    return fd.valid() ? ::fchmod(fd.get(), mode) : -1;
 }
 
 } // namespace duomir

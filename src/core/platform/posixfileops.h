@@ -2,11 +2,18 @@
 
 #include <sys/types.h>
 
+#include "core/platform/anchor.h"
 #include "core/platform/fileops.h"
+
+struct stat;
 
 namespace duomir {
 
-// The real file operations on a POSIX system.
+// The real file operations on a POSIX system. Every operation opens the pair's root and reaches
+// the directory it acts in one component at a time without following a link (anchor.h); the
+// change itself is an *at call on the last name. So a link anywhere below a root, made before the
+// run or swapped in during it, never leads an operation outside the pair, and paths longer than
+// the kernel's limit work as any other.
 class PosixFileOps : public FileOps
 {
 public:
@@ -16,29 +23,45 @@ public:
     // One shared instance for the engine's default.
     static PosixFileOps &instance();
 
-    bool directoryExists(const QString &path) override;
-    OpResult makeDirectory(const QString &path, const QString &templateDir) override;
-    OpResult clearReadOnly(const QString &path) override;
-    OpResult removeFile(const QString &path) override;
-    OpResult removeDirectory(const QString &path) override;
-    OpResult copyFile(const QString &from, const QString &to, const CopyProgress &progress,
+    OpResult checkDirectory(const TreePath &dir) override;
+    OpResult makeDirectory(const TreePath &dir, const TreePath &templateDir) override;
+    OpResult clearReadOnly(const TreePath &file) override;
+    OpResult removeFile(const TreePath &file, const Seen &seen) override;
+    OpResult removeDirectory(const TreePath &dir) override;
+    OpResult copyFile(const TreePath &from, const Seen &fromSeen, const TreePath &to,
+                      const std::optional<Seen> &toSeen, const CopyProgress &progress,
                       const std::atomic<bool> &cancel) override;
+    OpResult removeLeftover(const TreePath &file) override;
     // A file of one chunk reports its progress once: nothing is lost by copying it beside others.
     std::int64_t parallelCopyLimit() const override { return m_chunkSize; }
 
 protected:
+    // Called before every operation reaches for `place`: a test can change the tree right there.
+    virtual void beforeResolve(const TreePath & /*place*/) {}
     // The system calls everything above is built from, with the system's convention (-1 and
     // errno). A fault-injecting subclass overrides them.
-    virtual int sysOpenSource(const char *path);
+    virtual int sysOpenSource(int dir, const char *name);
     virtual ssize_t sysCopyRange(int in, int out, size_t length);
     virtual ssize_t sysWrite(int fd, const void *data, size_t length);
-    virtual int sysRename(const char *from, const char *to);
-    virtual int sysMkdir(const char *path, mode_t mode);
-    virtual int sysUnlink(const char *path);
-    virtual int sysRmdir(const char *path);
-    virtual int sysChmod(const char *path, mode_t mode);
+    // `flags`: 0 or RENAME_NOREPLACE.
+    virtual int sysRename(int dir, const char *from, const char *to, unsigned flags);
+    virtual int sysLink(int dir, const char *from, const char *to);
+    virtual int sysMkdir(int dir, const char *name, mode_t mode);
+    // `flags`: 0 or AT_REMOVEDIR.
+    virtual int sysUnlink(int dir, const char *name, int flags);
+    virtual int sysChmod(int dir, const char *name, mode_t mode);
+    // fstatat without following a link.
+    virtual int sysLookup(int dir, const char *name, struct stat *st);
 
 private:
+    // The directory holding the last name of a place, and that name.
+    struct Located
+    {
+        Fd dir;
+        QByteArray name;
+    };
+    OpResult locate(const TreePath &place, Located &out);
+
     // Where the copy of one file's data stands.
     struct DataCopy
     {
@@ -49,7 +72,7 @@ private:
 
         int in;
         int out;
-        std::int64_t size; // as the source's fstat gave it
+        std::int64_t size; // as the source's fstat gave it when it was opened: no more is read
         const CopyProgress &progress;
         const std::atomic<bool> &cancel;
         std::int64_t pos = 0;        // next byte of the source, the same offset in the copy
@@ -60,7 +83,11 @@ private:
     };
     OpResult copyData(DataCopy &copy, blkcnt_t blocks);
     OpResult copyRun(DataCopy &copy, std::int64_t end);
-    OpResult copyLink(const QByteArray &from, const QByteArray &to);
+    OpResult copyLink(Located &source, const struct stat &st, const TreePath &to,
+                      const std::optional<Seen> &toSeen);
+    // Puts the finished temporary file under `name`, replacing only what `seen` describes.
+    OpResult place(int dir, const char *temporary, const QByteArray &name,
+                   const std::optional<Seen> &seen);
 
     std::int64_t m_chunkSize;
 };
