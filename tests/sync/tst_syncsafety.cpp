@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,7 +14,7 @@
 #include "common/temptree.h"
 #include "core/comparecommand.h"
 #include "core/engine.h"
-#include "core/platform/posixfileops.h"
+#include "core/platform/faultyfileops.h"
 #include "core/synchronize.h"
 
 using namespace duomir;
@@ -45,9 +46,11 @@ struct Fixture
     TempTree tree;
     FakeInteraction ui;
     Engine engine{ui};
+    FaultyFileOps ops;
 
     Fixture()
     {
+        engine.fileOps = &ops;
         tree.dir(u"log"_qs);
         engine.DataFolder = tree.path(u"log/"_qs);
         engine.settings.LogToFile = true;
@@ -171,34 +174,186 @@ private Q_SLOTS:
         QVERIFY(!f.tree.exists(u"d2/only.txt"_qs));
     }
 
-    // A source folder whose path outgrows PATH_MAX cannot be listed and shows as empty. Mirroring
-    // towards the source with Delete must not take its files for deleted and remove the
-    // destination's copies.
-    void unreadableFolderIsNotMirroredAway()
+    // Folders deeper than PATH_MAX are listed and copied like any other, both ways; the copy
+    // of a file whose other side is there deletes nothing when mirroring towards the source.
+    void treesDeeperThanPathMax()
     {
         Fixture f;
-        f.tree.dir(u"s"_qs);
+        f.tree.dir(u"s/sub"_qs);
         f.tree.dir(u"d/sub"_qs);
-        makeDeep(QFile::encodeName(f.tree.path(u"s"_qs)), 10); // a long source root
-        QString source = u"s"_qs;
-        for (int i = 0; i < 10; ++i)
-            source += u'/' + QString(250, u'n');
-        f.tree.dir(source + u"/sub"_qs);
-        makeDeep(QFile::encodeName(f.tree.path(source + u"/sub"_qs)), 7, "file.txt");
-        makeDeep(QFile::encodeName(f.tree.path(u"d/sub"_qs)), 7, "file.txt");
-        f.addPair(source, u"d"_qs);
-
+        makeDeep(QFile::encodeName(f.tree.path(u"s/sub"_qs)), 20, "from-source.txt");
+        makeDeep(QFile::encodeName(f.tree.path(u"d/sub"_qs)), 20, "from-destination.txt");
+        f.addPair(u"s"_qs, u"d"_qs);
         QVERIFY(Compare(f.engine));
-        f.engine.sync = {false, true, false, true};
-        Synchronize(f.engine, 0);
-        int left = 0;
-        QDirIterator it(f.tree.path(u"d"_qs), {u"file.txt"_qs}, QDir::Files,
-                        QDirIterator::Subdirectories);
-        while (it.hasNext()) {
-            it.next();
-            ++left;
+        // The root, sub and its 20 levels on both sides; one file newer on each side.
+        QCOMPARE(f.engine.compareCounters, (std::array<int, 3>{1, 22, 1}));
+        f.engine.sync = {true, true, false, false};
+        QVERIFY(Synchronize(f.engine, 0));
+        QCOMPARE(f.engine.syncStats.failures, 0);
+        QVERIFY(Compare(f.engine));
+        QCOMPARE(f.engine.compareCounters, (std::array<int, 3>{0, 24, 0}));
+    }
+
+    // A symbolic link on the receiving side where the other side has a folder: nothing goes
+    // through it, whichever way the copy runs; the folder is reported once.
+    void noCopyThroughALink_data()
+    {
+        QTest::addColumn<bool>("towardsSource");
+        QTest::newRow("to the destination") << false;
+        QTest::newRow("to the source") << true;
+    }
+    void noCopyThroughALink()
+    {
+        QFETCH(bool, towardsSource);
+        Fixture f;
+        const QString sending = towardsSource ? u"d"_qs : u"s"_qs;
+        const QString receiving = towardsSource ? u"s"_qs : u"d"_qs;
+        f.tree.file(u"outside/a.txt"_qs, "precious", T0);
+        f.tree.file(sending + u"/sub/a.txt"_qs, "new", T0 + 100);
+        f.tree.file(sending + u"/sub/b.txt"_qs, "new", T0 + 100);
+        f.tree.dir(receiving);
+        f.tree.symlink(receiving + u"/sub"_qs, "../outside");
+        f.addPair(u"s"_qs, u"d"_qs);
+        QVERIFY(Compare(f.engine));
+        f.engine.sync = {!towardsSource, towardsSource, false, false};
+        QVERIFY(Synchronize(f.engine, 0));
+        QCOMPARE(f.tree.snapshot(u"outside"_qs), QStringList({u"f a.txt 8 %1"_qs.arg(T0)}));
+        QCOMPARE(f.engine.syncStats.failures, 1);
+        QCOMPARE(f.log().count(u"\r\n"_qs), 3); // Start, the one failure, End
+    }
+
+    // A folder swapped for a link between the comparison and the change (made certain through
+    // the file layer's hook): neither the deletion nor the copy reaches the folder it names.
+    void folderSwappedForALinkMidRun_data()
+    {
+        QTest::addColumn<bool>("deletion");
+        QTest::newRow("deletion on the sending side") << true;
+        QTest::newRow("copy into the receiving side") << false;
+    }
+    void folderSwappedForALinkMidRun()
+    {
+        QFETCH(bool, deletion);
+        Fixture f;
+        f.tree.file(u"outside/x.txt"_qs, "precious", T0);
+        f.tree.file(u"s/sub/x.txt"_qs, "seen", T0);
+        f.tree.file(u"s/keep.txt"_qs, "", T0);
+        f.tree.file(u"d/keep.txt"_qs, "", T0);
+        if (!deletion)
+            f.tree.file(u"d/sub/x.txt"_qs, "old", T0 - 100);
+        f.addPair(u"s"_qs, u"d"_qs);
+        QVERIFY(Compare(f.engine));
+        const QString victim = deletion ? u"s/sub"_qs : u"d/sub"_qs;
+        f.ops.onResolve = [&](const TreePath &place) {
+            if (!place.relative.startsWith(u"sub/"_qs) || f.tree.exists(victim + u".moved"_qs))
+                return;
+            QVERIFY(QDir().rename(f.tree.path(victim), f.tree.path(victim + u".moved"_qs)));
+            f.tree.symlink(victim, "../outside");
+        };
+        f.engine.sync = {true, false, false, deletion};
+        QVERIFY(Synchronize(f.engine, 0));
+        QCOMPARE(f.tree.read(u"outside/x.txt"_qs), QByteArray("precious"));
+        QCOMPARE(f.tree.mtime(u"outside/x.txt"_qs), T0);
+        QVERIFY2(f.log().contains(u"no longer the one the comparison saw"_qs), qPrintable(f.log()));
+    }
+
+    // Changes made after the comparison are kept: a receiving file edited while the run goes
+    // on, and a sending file put back from an older backup, are skipped and reported.
+    void changesAfterTheComparisonAreKept_data()
+    {
+        QTest::addColumn<QString>("edited");
+        QTest::newRow("receiving file edited") << u"d/b.txt"_qs;
+        QTest::newRow("sending file put back older") << u"s/b.txt"_qs;
+        QTest::newRow("name taken on the receiving side") << u"d/c.txt"_qs;
+    }
+    void changesAfterTheComparisonAreKept()
+    {
+        QFETCH(QString, edited);
+        Fixture f;
+        f.tree.file(u"s/a.txt"_qs, "new a", T0 + 100);
+        f.tree.file(u"s/b.txt"_qs, "new b", T0 + 100);
+        f.tree.file(u"s/c.txt"_qs, "new c", T0 + 100);
+        f.tree.file(u"d/a.txt"_qs, "old a", T0);
+        f.tree.file(u"d/b.txt"_qs, "old b", T0);
+        f.addPair(u"s"_qs, u"d"_qs);
+        QVERIFY(Compare(f.engine));
+        f.ops.onResolve = [&](const TreePath &place) {
+            if (place.relative == u"a.txt"_qs) // while the run is busy with another file
+                f.tree.file(edited, "edited since", T0 + 50);
+        };
+        f.engine.sync = {true, false, false, false};
+        QVERIFY(Synchronize(f.engine, 0));
+        QCOMPARE(f.tree.read(edited), QByteArray("edited since"));
+        QCOMPARE(f.tree.read(u"d/a.txt"_qs), QByteArray("new a"));
+        QCOMPARE(f.engine.syncStats.failures, 1);
+        const QString expected = edited == u"d/c.txt"_qs
+                                     ? u"exists on the receiving side but was not seen"_qs
+                                     : u"changed since the comparison"_qs;
+        QVERIFY2(f.log().contains(expected), qPrintable(f.log()));
+    }
+
+    // On a case-blind receiving file system the second of two case twins cannot be placed: it
+    // is reported, the first is not overwritten, and later two-way runs never send the wrong
+    // twin back over a source file.
+    void caseTwinsOnACaseBlindReceiver()
+    {
+        Fixture f;
+        f.tree.file(u"s/a.txt"_qs, "lower", T0);
+        f.tree.file(u"s/A.TXT"_qs, "upper", T0 + 10);
+        f.tree.file(u"s/D/x"_qs, "upper folder", T0);
+        f.tree.file(u"s/d/x"_qs, "lower folder", T0);
+        f.tree.dir(u"d"_qs);
+        f.ops.caseBlind = true;
+        f.addPair(u"s"_qs, u"d"_qs);
+        const QStringList source = f.tree.snapshot(u"s"_qs);
+        for (int run = 0; run < 3; ++run) {
+            QVERIFY(Compare(f.engine));
+            f.engine.sync = {true, true, false, false};
+            Synchronize(f.engine, 0);
+            QCOMPARE(f.tree.snapshot(u"s"_qs), source);
+            QCOMPARE(f.engine.syncStats.failures, 2); // one file twin, one folder twin
         }
-        QCOMPARE(left, 1);
+        QCOMPARE(f.tree.snapshot(u"d"_qs).size(), 3); // one file, one folder and its file
+    }
+
+    // A name that holds a newline or a tab still makes one log line with its four columns.
+    void oneFailureOneLine()
+    {
+        Fixture f;
+        f.tree.file(u"s/bad\nduomir-cli: error: \tforged"_qs, "x", T0 + 100);
+        f.tree.file(u"d/placeholder"_qs);
+        f.ops.renameErrno = EACCES;
+        f.addPair(u"s"_qs, u"d"_qs);
+        QVERIFY(Compare(f.engine));
+        f.engine.sync = {true, false, false, false};
+        QVERIFY(Synchronize(f.engine, 0));
+        const QStringList lines = f.log().split(u"\r\n"_qs, Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), 3);
+        QCOMPARE(lines[1].count(u'\t'), 5);
+        QVERIFY2(lines[1].contains(u"bad\\nduomir-cli: error: \\tforged"_qs), qPrintable(lines[1]));
+    }
+
+    // The temporary files of a killed run are never listed as the user's files, and the next run
+    // that copies into that side removes them; one a running copy still holds stays.
+    void leftoversAreNeitherListedNorKept()
+    {
+        Fixture f;
+        f.tree.file(u"s/a.txt"_qs, "new", T0 + 100);
+        f.tree.file(u"d/sub/.duomir-0123abcd.tmp"_qs, "half a file");
+        f.tree.file(u"d/.duomir-held0000.tmp"_qs, "being written");
+        const int held = ::open(f.tree.nativePath("d/.duomir-held0000.tmp").constData(), O_RDONLY);
+        QVERIFY(held >= 0 && ::flock(held, LOCK_EX) == 0);
+        f.addPair(u"s"_qs, u"d"_qs);
+        f.engine.pairs[1].HiddenFiles = true;
+        QVERIFY(Compare(f.engine));
+        for (size_t r = 1; r < f.engine.CompareResults.size(); ++r)
+            QVERIFY(!f.engine.CompareResults[r].Name[1].contains(u"duomir"_qs));
+        f.engine.sync = {true, true, false, false};
+        QVERIFY(Synchronize(f.engine, 0));
+        ::close(held);
+        QVERIFY(!f.tree.exists(u"d/sub/.duomir-0123abcd.tmp"_qs));
+        QVERIFY(f.tree.exists(u"d/.duomir-held0000.tmp"_qs));
+        QVERIFY(!f.tree.exists(u"s/.duomir-held0000.tmp"_qs));
+        QCOMPARE(f.tree.read(u"d/a.txt"_qs), QByteArray("new"));
     }
 
     // Every operation refuses an empty or relative path before it reaches the system: in the
