@@ -50,6 +50,7 @@ public:
         return say("copy", to, from.full(), to.full());
     }
     OpResult removeLeftover(const TreePath &) override { return OpResult::success(); }
+    void walkEnded() override { m_real.walkEnded(); }
 
 private:
     // Prints a change at `place`, unless the real run would refuse that place.

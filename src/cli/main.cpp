@@ -19,6 +19,8 @@ Commands:
 
 Pair options (with --source/--destination; a new pair's defaults otherwise):
   --no-subdirs --system-dirs --hidden-dirs --system-files --hidden-files
+      hidden: the name begins with "." (--hidden-dirs takes .ssh, .config, .git and the like);
+      system: sockets, FIFOs and device nodes (listed, never copied)
   --include-dirs M --exclude-dirs M --include-files M --exclude-files M
   --time-lag HH:MM:SS   largest time difference that still counts as equal
 

@@ -109,8 +109,8 @@ bool Compare(Engine &engine, int *unlistedRoots)
 
         ui.setStatusLabel(1, engine.FormatMsg(851));
         ui.yieldEvents();
-        const SortKeys sourceKeys = MakeSortKeys(pair.Source.size() + 1);
-        const SortKeys destinationKeys = MakeSortKeys(pair.Destination.size() + 1);
+        const SortKeys sourceKeys = MakeSortKeys(keyStart(pair.Source));
+        const SortKeys destinationKeys = MakeSortKeys(keyStart(pair.Destination));
         ui.yieldEvents();
         SortEntries(engine.SourceFiles, 0, static_cast<qsizetype>(engine.SourceFiles.size()) - 1,
                     sourceKeys);

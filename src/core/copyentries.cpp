@@ -115,6 +115,7 @@ void CopyWalk::tree(int start)
     const qsizetype depth = separatorCount(entry(first).Path[m_d]);
     // The depth alone would not stop at the next pair's root when that lies deeper.
     const QString inside = start > 0 ? insidePrefix(entry(first).Path[m_d]) : QString();
+    const QString folder = withoutTrailingSeparator(entry(first).Path[m_d]);
     const int last = int(m_engine.CompareResults.size()) - 1;
     enterPair(pairRootRow(m_engine.CompareResults, first));
     if (start == 0 && !m_counting)
@@ -127,8 +128,13 @@ void CopyWalk::tree(int start)
         if (m_engine.CancelFlag)
             return;
         const CompareEntry &x = entry(i);
-        if (i > start && !liesInside(x.Path[m_d], inside))
-            return;
+        if (i > start) {
+            const InFolder where = inFolder(x.Path[m_d], folder, inside);
+            if (where == InFolder::Past)
+                return;
+            if (where == InFolder::Twin)
+                continue;
+        }
         if (isPairRootRow(x)) {
             enterPair(i);
             m_blockedBelow.clear();
@@ -267,6 +273,7 @@ void CopyEntries(Engine &engine, int d, int start, int mode)
     else
         walk.tree(start);
     walk.finish();
+    engine.fileOps->walkEnded();
 }
 
 } // namespace duomir

@@ -16,6 +16,9 @@ class DeleteWalk
 {
 public:
     DeleteWalk(Engine &engine, int side) : m_engine(engine), m_side(side) {}
+    ~DeleteWalk() { m_engine.fileOps->walkEnded(); }
+    DeleteWalk(const DeleteWalk &) = delete;
+    DeleteWalk &operator=(const DeleteWalk &) = delete;
 
     void enterPair(int rootRow)
     {
@@ -114,10 +117,14 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     QString unseenBelow;
     // The depth alone would not stop at the next pair's root when that lies deeper.
     const QString inside = start > 0 ? insidePrefix(e.Path[side]) : QString();
+    const QString folder = withoutTrailingSeparator(e.Path[side]);
     for (int i = std::max(start + 1, 2); i <= last; ++i) {
         const CompareEntry &x = rows[size_t(i)];
-        if (!liesInside(x.Path[side], inside))
+        const InFolder where = inFolder(x.Path[side], folder, inside);
+        if (where == InFolder::Past)
             return;
+        if (where == InFolder::Twin)
+            continue;
         if (isPairRootRow(x))
             walk.enterPair(i);
         if (x.Attributes[side] & Attr::Directory) {

@@ -32,7 +32,7 @@ template <class Put> void forTail(const FileEntry &e, Put put)
     put(KeyFileMark);
     const char16_t *p = units(e.Name);
     for (qsizetype i = 0; i < e.Name.size(); ++i)
-        put(upperUnit(p[i]));
+        put(keyNameUnit(p[i]));
 }
 
 // memcmp for the short runs keys are made of: eight bytes at a time, read big-endian so that the

@@ -1,6 +1,8 @@
 #include "core/merge.h"
 
+#include <QHash>
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <new>
 
@@ -63,8 +65,11 @@ private:
 
     void matched(FileEntry &s, FileEntry &d);
     void oneSided(FileEntry &e, int side);
-    // The path of `present` under the other side's root (the side's own root cut off).
+    // The path of `present` on the other side: below the other side's spelling of the folder it
+    // lies in.
     QString derivedPath(const FileEntry &present, int presentSide);
+    // Two spellings of one folder, source and destination, for the rows below it.
+    void remember(const QString &sourceFolder, const QString &destinationFolder);
 
     const MergeInput &m_in;
     CompareArray &m_out;
@@ -73,6 +78,8 @@ private:
     qsizetype m_lastPresentSize = -1;
     int m_lastSide = -1;
     QString m_lastDerived;
+    // Per side: each folder's path there, and the other side's path of the same folder.
+    std::array<QHash<QString, QString>, 2> m_otherSpelling;
 };
 
 QString Merger::derivedPath(const FileEntry &present, int presentSide)
@@ -80,19 +87,39 @@ QString Merger::derivedPath(const FileEntry &present, int presentSide)
     if (present.Path.constData() == m_lastPresent && present.Path.size() == m_lastPresentSize &&
         presentSide == m_lastSide)
         return m_lastDerived;
-    const QString &ownRoot = m_in.roots[static_cast<size_t>(presentSide)];
     const QString &otherRoot = m_in.roots[static_cast<size_t>(1 - presentSide)];
     // A side without a root (an empty pair text) has no place for anything: deriving from it
     // would give a relative path, which a copy would resolve against the working directory.
-    m_lastDerived =
-        otherRoot.isEmpty()
-            ? QString()
-            : otherRoot +
-                  QStringView(present.Path).mid(std::min(ownRoot.size(), present.Path.size()));
+    if (otherRoot.isEmpty()) {
+        m_lastDerived = QString();
+    } else {
+        // Below the folder it lies in, as the other side spells that folder: a folder paired
+        // across case (Sub with SUB) receives the file where a case-blind look-up would put it,
+        // and a walk over that folder meets it.
+        const qsizetype cut =
+            present.isDirectory() ? present.Path.lastIndexOf(u'/') : present.Path.size() - 1;
+        const QStringView parent = QStringView(present.Path).left(std::max<qsizetype>(cut, 0));
+        const auto &spellings = m_otherSpelling[static_cast<size_t>(presentSide)];
+        const auto found = spellings.constFind(parent.toString());
+        if (found != spellings.cend()) {
+            m_lastDerived = *found + QStringView(present.Path).mid(parent.size());
+        } else {
+            const QString &ownRoot = m_in.roots[static_cast<size_t>(presentSide)];
+            m_lastDerived =
+                otherRoot +
+                QStringView(present.Path).mid(std::min(ownRoot.size(), present.Path.size()));
+        }
+    }
     m_lastPresent = present.Path.constData();
     m_lastPresentSize = present.Path.size();
     m_lastSide = presentSide;
     return m_lastDerived;
+}
+
+void Merger::remember(const QString &sourceFolder, const QString &destinationFolder)
+{
+    m_otherSpelling[0].insert(sourceFolder, destinationFolder);
+    m_otherSpelling[1].insert(destinationFolder, sourceFolder);
 }
 
 void Merger::matched(FileEntry &s, FileEntry &d)
@@ -108,6 +135,8 @@ void Merger::matched(FileEntry &s, FileEntry &d)
     } else {
         row.Name[1] = std::move(d.Name);
     }
+    if (s.isDirectory() && d.isDirectory())
+        remember(row.Path[0], row.Path[1]);
     row.Attributes = {s.Attributes, d.Attributes};
     row.Modified = {s.Modified, d.Modified};
     row.Size = {s.Size, d.Size};
@@ -134,6 +163,8 @@ void Merger::oneSided(FileEntry &e, int side)
     CompareEntry &row = m_out.emplace_back();
     row.Path[side] = e.Path;
     row.Path[side ^ 1] = derivedPath(e, side);
+    if (e.isDirectory() && !row.Path[side ^ 1].isEmpty())
+        remember(row.Path[size_t(0)], row.Path[size_t(1)]);
     row.Name[side] = std::move(e.Name);
     row.Attributes = {e.Attributes, e.Attributes};
     row.Modified[side] = e.Modified;

@@ -80,9 +80,12 @@ bool Scanner::scanRoot(const QString &directory)
     m_entries.emplace_back();
     FileEntry &root = m_entries.front();
     root.Path = directory.endsWith(Separator) ? directory.chopped(1) : directory;
-    root.Attributes = directory.isEmpty() ? Attr::Invalid : pathAttributes(toNative(directory));
-    if (directory.isEmpty())
-        return true; // never "/": an empty root text names no directory
+    // Never "/": an empty root text names no directory. A NUL would end the text the system
+    // sees early, so such a root names a directory other than its own: it cannot be listed.
+    const bool named = !directory.isEmpty() && !directory.contains(QChar(0));
+    root.Attributes = named ? pathAttributes(toNative(directory)) : Attr::Invalid;
+    if (!named)
+        return true;
     // The root is the directory its text names, a link there included; below it every folder is
     // opened from its parent's descriptor without following a link, so no swapped-in link leads
     // the listing elsewhere and depth is no limit.
@@ -116,9 +119,9 @@ bool Scanner::scan(const QString &directory, int fd)
 
     for (ListedItem &item : items) {
         if (item.attributes & Attr::Directory) {
+            // A dot folder (.ssh, .config, .git) is a hidden one, taken with HiddenDirs.
             if (passesHiddenSystem(item.attributes, m_flags.HiddenDirs, m_flags.SysDirs) &&
-                !item.name.startsWith(u'.') && m_flags.SubDirs &&
-                MatchesMasks(item.name, m_directoryMasks)) {
+                m_flags.SubDirs && MatchesMasks(item.name, m_directoryMasks)) {
                 FileEntry &e = append();
                 e.Path = directory + item.name;
                 e.Name = std::move(item.name);

@@ -26,11 +26,11 @@ std::int64_t DateToFileTime(Date date, int utcOffset);
 // and directory in pre-order (a directory's entry precedes what it holds; within one directory
 // the order of the listing). `directory` is the root path ending in the separator. The switches
 // SubDirs, SysDirs, HiddenDirs, SysFiles and HiddenFiles of `flags` and the two mask sets decide
-// what is taken; directories whose name begins with "." are never taken. Files of one directory
-// share one Path string. `ui` (may be null) gets a yield after every listed item.
-// Returns true only when the root itself cannot be listed (missing, not a directory, refused, or
-// an empty text); `entries` then holds element 0 alone. Unreadable subdirectories stay as empty
-// directories.
+// what is taken; a name beginning with "." is a hidden one ("." and ".." are never taken). Files of
+// one directory share one Path string. `ui` (may be null) gets a yield after every listed item.
+// Returns true only when the root itself cannot be listed (missing, not a directory, refused, an
+// empty text or one holding NUL); `entries` then holds element 0 alone. Unreadable subdirectories
+// stay as empty directories.
 bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
                    const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
                    Interaction *ui = nullptr);

@@ -47,7 +47,7 @@ public:
             [[fallthrough]];
         case 2:
             if (m_p != m_end)
-                return upperUnit(*m_p++);
+                return keyNameUnit(*m_p++);
             break;
         default:
             break;
@@ -91,14 +91,14 @@ void permute(FileArray &entries, std::size_t first, std::vector<std::uint64_t> &
     }
 }
 
-int compareUpper(const QString &a, const QString &b)
+int compareNameKeys(const QString &a, const QString &b)
 {
     const char16_t *p = units(a);
     const char16_t *q = units(b);
     const qsizetype n = std::min(a.size(), b.size());
     for (qsizetype i = 0; i < n; ++i) {
-        const char16_t x = upperUnit(p[i]);
-        const char16_t y = upperUnit(q[i]);
+        const char16_t x = keyNameUnit(p[i]);
+        const char16_t y = keyNameUnit(q[i]);
         if (x != y)
             return x < y ? -1 : 1;
     }
@@ -131,7 +131,7 @@ int SortKeys::compare(const FileEntry &a, const SortKeys &other, const FileEntry
         if (ra.size() == rb.size() &&
             (ra.data() == rb.data() ||
              std::memcmp(ra.data(), rb.data(), static_cast<std::size_t>(ra.size()) * 2) == 0))
-            return compareUpper(a.Name, b.Name);
+            return compareNameKeys(a.Name, b.Name);
     }
     KeyCursor x(a, m_offset);
     KeyCursor y(b, other.m_offset);

@@ -7,12 +7,19 @@
 
 namespace duomir {
 
-// The marks of a sort key (described below), and a unit of Path as it stands in one.
+// The marks of a sort key (described below), and a unit of a name and of Path as it stands in
+// one. A name may hold the marks' own units (Linux allows every byte but "/" and NUL); they stand
+// in a key as U+DC01 and U+DC02, lone surrogates that no decoded name holds (nativename.h uses
+// U+DC80..U+DCFF only), so that two different paths never share a key.
 inline constexpr char16_t KeyDirectoryMark = 0x0001;
 inline constexpr char16_t KeyFileMark = 0x0002;
+inline char16_t keyNameUnit(char16_t c)
+{
+    return c <= KeyFileMark ? char16_t(0xDC00 + c) : upperUnit(c);
+}
 inline char16_t keyPathUnit(char16_t c)
 {
-    return c == u'/' ? KeyDirectoryMark : upperUnit(c);
+    return c == u'/' ? KeyDirectoryMark : keyNameUnit(c);
 }
 
 // The sort key of an entry, after the path text of its side's pair with length L:
@@ -54,6 +61,14 @@ public:
 private:
     qsizetype m_offset = 0;
 };
+
+// The `start` of a side's keys for its pair text. The file system's root "/" counts as the empty
+// text that stood for a drive's root ("C:"), so its entries pair with a side stored without its
+// final separator, as every other root is.
+inline qsizetype keyStart(const QString &pairText)
+{
+    return (pairText == u"/" ? 0 : pairText.size()) + 1;
+}
 
 // Prepares the keys of one side. `start` as for SortKeys.
 inline SortKeys MakeSortKeys(qsizetype start)

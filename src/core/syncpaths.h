@@ -60,6 +60,22 @@ inline bool liesInside(const QString &path, const QString &inside)
     return true;
 }
 
+// Where a row stands to a folder walk: inside the folder as this side spells it; among its rows
+// without being inside (a case twin of the folder or of something in it, which the sort puts
+// between the folder's rows: passed over); or past the folder's rows (the walk ends).
+enum class InFolder { Inside, Twin, Past };
+// `folder` is the walk's folder on this side without its separator, `inside` its insidePrefix
+// (empty: the whole list, where everything is inside).
+inline InFolder inFolder(const QString &path, const QString &folder, const QString &inside)
+{
+    if (inside.isEmpty() || path.startsWith(inside))
+        return InFolder::Inside;
+    if (liesInside(path, inside) ||
+        (path.size() == folder.size() && liesInside(path + pathSeparator(), inside)))
+        return InFolder::Twin;
+    return InFolder::Past;
+}
+
 // The row that opens the pair `row` belongs to: the pair's roots, no name on either side.
 inline bool isPairRootRow(const CompareEntry &x)
 {

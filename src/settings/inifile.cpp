@@ -4,7 +4,11 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <algorithm>
+#include <cerrno>
 #include <climits>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "core/platform/nativename.h"
 
@@ -63,6 +67,36 @@ bool sameName(const QString &a, const QString &b)
 
 } // namespace
 
+std::optional<QByteArray> readRegularFile(const QString &path, qint64 limit)
+{
+    // O_NONBLOCK: a FIFO put where a profile was expected would hold the open forever; fstat then
+    // refuses it, as it refuses a directory or a device such as /dev/zero, which never ends.
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return std::nullopt;
+    QByteArray data;
+    struct stat st;
+    bool ok = ::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size <= limit;
+    if (ok)
+        data.reserve(qsizetype(st.st_size));
+    char buffer[1 << 16];
+    while (ok) {
+        const ssize_t n = ::read(fd, buffer, sizeof buffer);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0) {
+            ok = n == 0;
+            break;
+        }
+        data.append(buffer, n);
+        ok = data.size() <= limit; // grown since the look
+    }
+    ::close(fd);
+    if (!ok)
+        return std::nullopt;
+    return data;
+}
+
 IniFile::IniFile(const QString &path) : m_path(path)
 {
     reload();
@@ -77,16 +111,15 @@ void IniFile::reload()
     m_loadedTime = info.exists() ? info.lastModified() : QDateTime();
     m_readable = !info.exists();
 
-    if (info.exists() && !info.isDir()) {
-        QFile file(m_path);
-        if (file.open(QIODevice::ReadOnly)) {
-            const QByteArray data = file.readAll();
-            m_readable = file.error() == QFileDevice::NoError;
+    if (info.exists()) {
+        const std::optional<QByteArray> data = readRegularFile(m_path);
+        m_readable = data.has_value();
+        if (data) {
             qsizetype start = 0;
-            while (start < data.size()) {
-                const qsizetype nl = data.indexOf('\n', start);
-                const qsizetype end = nl < 0 ? data.size() : nl + 1;
-                m_lines.append(data.mid(start, end - start));
+            while (start < data->size()) {
+                const qsizetype nl = data->indexOf('\n', start);
+                const qsizetype end = nl < 0 ? data->size() : nl + 1;
+                m_lines.append(data->mid(start, end - start));
                 start = end;
             }
         }

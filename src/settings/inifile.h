@@ -6,6 +6,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 namespace duomir {
 
@@ -26,7 +27,12 @@ namespace duomir {
 // another writer added in the meantime survive.
 //
 // Nothing here throws or reports: a missing or unreadable file reads as empty and every read
-// returns its default. A file that exists but cannot be read is never written over.
+// returns its default. A file that exists but cannot be read is never written over. Only a
+// regular file of at most 64 MiB is read: a FIFO, a device or a directory in its place reads as
+// unreadable at once instead of hanging or filling the memory.
+// The whole content of `path` when it is a regular file of at most `limit` bytes.
+std::optional<QByteArray> readRegularFile(const QString &path, qint64 limit = 64 << 20);
+
 class IniFile
 {
 public:
@@ -38,6 +44,8 @@ public:
     void reload();
 
     bool exists() const;
+    // The file was read, or there is none; false for one that exists but could not be read.
+    bool readable() const { return m_readable; }
 
     // Section names in file order, each once, spelled as at its first occurrence.
     QStringList sectionNames() const;

@@ -337,11 +337,14 @@ void TestCompare::scanRules_data()
     QTest::newRow("excluded directory is not entered")
         << u"u"_qs << u"*"_qs << u"B*"_qs << QStringList({u"Makefile"_qs, u"notes.txt"_qs});
     QTest::newRow("hidden files and dot directories")
-        << u"uhdf"_qs << u"*"_qs << QString() << (all + QStringList{u".hidden"_qs});
+        << u"uhdf"_qs << u"*"_qs << QString()
+        << (all + QStringList{u".hidden"_qs, u".svn"_qs, u".svn/entries"_qs});
+    QTest::newRow("hidden files, no hidden directories")
+        << u"uhf"_qs << u"*"_qs << QString() << (all + QStringList{u".hidden"_qs});
 }
 
 // The source holds Makefile, notes.txt, bin/tool, .hidden, .svn/entries and a FIFO; the scan
-// takes what the switches and masks admit. Dot directories never count, whatever the switches.
+// takes what the switches and masks admit. A dot directory is a hidden one.
 void TestCompare::scanRules()
 {
     QFETCH(QString, switches);

@@ -1,11 +1,16 @@
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTest>
 #include <climits>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/fakeinteraction.h"
 #include "common/temptree.h"
+#include "core/engine.h"
 #include "core/platform/nativename.h"
+#include "core/profilefile.h"
 #include "settings/inifile.h"
 
 using duomir::IniFile;
@@ -29,6 +34,8 @@ private Q_SLOTS:
     void batchWritesMatchSingleWrites();
     void badInput_data();
     void badInput();
+    void hostileProfiles_data();
+    void hostileProfiles();
 };
 
 void TestIniFile::readString_data()
@@ -289,6 +296,57 @@ void TestIniFile::badInput()
     QVERIFY(ini.writeString(u"General"_qs, u"Language"_qs, u"English"_qs));
     QVERIFY(tree.read(u"a.ini"_qs).startsWith(content));
     QCOMPARE(IniFile(ini.path()).readString(u"General"_qs, u"Language"_qs), u"English"_qs);
+}
+
+void TestIniFile::hostileProfiles_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<int>("message"); // what the person is told
+    QTest::newRow("FIFO") << u"fifo"_qs << 805;
+    QTest::newRow("/dev/zero") << u"/dev/zero"_qs << 805;
+    QTest::newRow("/dev/urandom") << u"/dev/urandom"_qs << 805;
+    QTest::newRow("a directory") << u"dir"_qs << 805;
+    QTest::newRow("100 MB") << u"big"_qs << 805;
+    QTest::newRow("NUL inside the source path") << u"nul"_qs << 806;
+}
+
+// A profile path that names something other than a sane profile ends within a second with the
+// message for an unreadable profile; a source path with a NUL in it names no directory.
+void TestIniFile::hostileProfiles()
+{
+    QFETCH(QString, kind);
+    QFETCH(int, message);
+    TempTree tree;
+    QString path = tree.path(u"p.dyp"_qs);
+    if (kind == u"fifo") {
+        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    } else if (kind.startsWith(u'/')) {
+        path = kind;
+    } else if (kind == u"dir") {
+        tree.dir(u"p.dyp"_qs);
+    } else if (kind == u"big") {
+        QFile big(path);
+        QVERIFY(big.open(QIODevice::WriteOnly) && big.resize(100 << 20));
+    } else {
+        tree.dir(u"d"_qs);
+        tree.file(u"p.dyp"_qs,
+                  "[1]\nS=" + QFile::encodeName(tree.root()) + QByteArray("\0junk", 5) +
+                      "\nD=" + QFile::encodeName(tree.path(u"d"_qs)) + "\nIS=*\nIF=*\n");
+    }
+    duomir::test::FakeInteraction ui;
+    duomir::Engine engine(ui);
+    engine.language = duomir::Language::load(
+        qEnvironmentVariable("DUOMIR_SHARE_DIR") + u"/English.lang"_qs, nullptr);
+    engine.ProfilePath = path;
+    QElapsedTimer clock;
+    clock.start();
+    duomir::LoadProfile(engine);
+    QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(ui.shown.size(), 1);
+    QCOMPARE(
+        ui.shown[0].text,
+        engine.FormatMsg(message, {message == 805 ? path : tree.root() + QChar(0) + u"junk/"_qs}));
+    QVERIFY(!ui.shown[0].text.isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestIniFile)

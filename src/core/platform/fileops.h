@@ -110,6 +110,9 @@ public:
     // being written by a running copy is kept).
     virtual OpResult removeLeftover(const TreePath &file) = 0;
 
+    // A walk is over: whatever the operations keep open for it (folders) is let go.
+    virtual void walkEnded() {}
+
     // Files up to this many bytes may be copied on several threads at once (copyFile is then
     // called concurrently); 0 keeps every copy on the caller's thread, one after the other.
     virtual std::int64_t parallelCopyLimit() const { return 0; }

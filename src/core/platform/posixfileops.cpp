@@ -6,6 +6,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -104,13 +105,48 @@ OpResult PosixFileOps::locate(const TreePath &place, Located &out)
     if (out.name.isEmpty() || out.name == "." || out.name == "..")
         return OpResult::failure(OpError::PlaceUnknown);
     beforeResolve(place);
-    const Fd root(openRoot(toNative(place.root)));
-    if (!root.valid())
+    return folder(toNative(place.root), slash < 0 ? QByteArray() : relative.left(slash), out.dir);
+}
+
+// Opening every folder anew for every file would cost several system calls a file, on trees of
+// small files a quarter of the run. A walk meets the files of one folder one after the other, so
+// the folders it acts in stay open until the walk ends (walkEnded). What a descriptor names is the
+// folder that was reached without a link when it was opened: a link swapped in later is never
+// followed through it.
+OpResult PosixFileOps::folder(const QByteArray &root, const QByteArray &relative,
+                              std::shared_ptr<const Fd> &out)
+{
+    if (root.contains('\0') || relative.contains('\0'))
+        return OpResult::failure(OpError::PlaceUnknown);
+    const QByteArray key = root + '\0' + relative;
+    {
+        const std::lock_guard lock(m_cacheMutex);
+        const auto found = m_cache.constFind(key);
+        if (found != m_cache.cend()) {
+            out = *found;
+            return OpResult::success();
+        }
+    }
+    const Fd base(openRoot(root));
+    if (!base.valid())
         return lastError();
-    out.dir = Fd(openBeneath(root.get(), slash < 0 ? QByteArray() : relative.left(slash)));
-    if (!out.dir.valid())
+    auto opened = std::make_shared<Fd>(openBeneath(base.get(), relative));
+    if (!opened->valid())
         return folderError();
+    out = opened;
+    const std::lock_guard lock(m_cacheMutex);
+    // Few folders are in use at once; a bounded set keeps far below any descriptor limit.
+    if (m_cache.size() >= 64)
+        m_cache.clear();
+    m_cache.insert(key, std::move(opened));
     return OpResult::success();
+}
+
+void PosixFileOps::walkEnded()
+{
+    // A descriptor kept open would hold the file system busy: an unmount after the run fails.
+    const std::lock_guard lock(m_cacheMutex);
+    m_cache.clear();
 }
 
 OpResult PosixFileOps::checkDirectory(const TreePath &dir)
@@ -118,11 +154,18 @@ OpResult PosixFileOps::checkDirectory(const TreePath &dir)
     if (!placeKnown(dir))
         return OpResult::failure(OpError::PlaceUnknown);
     beforeResolve(dir);
-    const Fd root(openRoot(toNative(dir.root)));
-    if (!root.valid())
-        return lastError();
-    const Fd found(openBeneath(root.get(), toNative(dir.relative)));
-    return found.valid() ? OpResult::success() : folderError();
+    const QByteArray root = toNative(dir.root);
+    const QByteArray relative = toNative(dir.relative);
+    if (root.contains('\0') || relative.contains('\0'))
+        return OpResult::failure(OpError::PlaceUnknown);
+    // Looked at afresh, not in the kept folders: a walk checks each folder as it enters it, and
+    // the files that follow use what this check found.
+    {
+        const std::lock_guard lock(m_cacheMutex);
+        m_cache.remove(root + '\0' + relative);
+    }
+    std::shared_ptr<const Fd> found;
+    return folder(root, relative, found);
 }
 
 OpResult PosixFileOps::makeDirectory(const TreePath &dir, const TreePath &templateDir)
@@ -134,7 +177,7 @@ OpResult PosixFileOps::makeDirectory(const TreePath &dir, const TreePath &templa
     if (placeKnown(templateDir) && templateDir.relative.isEmpty()) {
         haveTemplate = ::stat(toNative(templateDir.root).constData(), &st) == 0;
     } else if (Located t; placeKnown(templateDir) && locate(templateDir, t).ok()) {
-        haveTemplate = ::fstatat(t.dir.get(), t.name.constData(), &st, AT_SYMLINK_NOFOLLOW) == 0;
+        haveTemplate = ::fstatat(t.fd(), t.name.constData(), &st, AT_SYMLINK_NOFOLLOW) == 0;
     }
     haveTemplate = haveTemplate && S_ISDIR(st.st_mode);
     const mode_t mode = haveTemplate ? (st.st_mode & 07777) | S_IRWXU : 0777;
@@ -148,7 +191,7 @@ OpResult PosixFileOps::makeDirectory(const TreePath &dir, const TreePath &templa
     } else if (const OpResult r = locate(dir, at); !r.ok()) {
         return r;
     } else {
-        parent = at.dir.get();
+        parent = at.fd();
     }
     if (sysMkdir(parent, at.name.constData(), mode) != 0)
         return errno == EEXIST ? OpResult::failure(OpError::NotSeen) : lastError();
@@ -172,11 +215,11 @@ OpResult PosixFileOps::clearReadOnly(const TreePath &file)
     if (const OpResult r = locate(file, at); !r.ok())
         return r;
     struct stat st;
-    if (::fstatat(at.dir.get(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+    if (::fstatat(at.fd(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
         return lastError();
     if (S_ISLNK(st.st_mode))
         return OpResult::success(); // a link has no permission bits of its own
-    if (sysChmod(at.dir.get(), at.name.constData(), (st.st_mode & 07777) | S_IWUSR) != 0)
+    if (sysChmod(at.fd(), at.name.constData(), (st.st_mode & 07777) | S_IWUSR) != 0)
         return lastError();
     return OpResult::success();
 }
@@ -187,13 +230,13 @@ OpResult PosixFileOps::removeFile(const TreePath &file, const Seen &seen)
     if (const OpResult r = locate(file, at); !r.ok())
         return r;
     struct stat st;
-    if (::fstatat(at.dir.get(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+    if (::fstatat(at.fd(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
         return lastError();
     if (S_ISDIR(st.st_mode))
         return OpResult::failure(EISDIR);
     if (!matches(st, seen))
         return OpResult::failure(OpError::ChangedSinceCompare);
-    return sysUnlink(at.dir.get(), at.name.constData(), 0) == 0 ? OpResult::success() : lastError();
+    return sysUnlink(at.fd(), at.name.constData(), 0) == 0 ? OpResult::success() : lastError();
 }
 
 OpResult PosixFileOps::removeDirectory(const TreePath &dir)
@@ -208,8 +251,8 @@ OpResult PosixFileOps::removeDirectory(const TreePath &dir)
     Located at;
     if (const OpResult r = locate(dir, at); !r.ok())
         return r;
-    return sysUnlink(at.dir.get(), at.name.constData(), AT_REMOVEDIR) == 0 ? OpResult::success()
-                                                                           : lastError();
+    return sysUnlink(at.fd(), at.name.constData(), AT_REMOVEDIR) == 0 ? OpResult::success()
+                                                                      : lastError();
 }
 
 OpResult PosixFileOps::removeLeftover(const TreePath &file)
@@ -220,12 +263,12 @@ OpResult PosixFileOps::removeLeftover(const TreePath &file)
     if (!isTemporaryName(at.name.constData(), size_t(at.name.size())))
         return OpResult::failure(OpError::PlaceUnknown);
     struct stat st;
-    if (::fstatat(at.dir.get(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+    if (::fstatat(at.fd(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
         return errno == ENOENT ? OpResult::success() : lastError();
     if (S_ISREG(st.st_mode)) {
         // A running copy holds its lock until its file has its name: such a file is kept.
-        const Fd fd(::openat(at.dir.get(), at.name.constData(),
-                             O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        const Fd fd(
+            ::openat(at.fd(), at.name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         if (!fd.valid())
             return errno == ENOENT ? OpResult::success() : lastError();
         if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0)
@@ -233,7 +276,7 @@ OpResult PosixFileOps::removeLeftover(const TreePath &file)
     } else if (!S_ISLNK(st.st_mode)) {
         return OpResult::success(); // not something a copy makes
     }
-    if (sysUnlink(at.dir.get(), at.name.constData(), 0) != 0 && errno != ENOENT)
+    if (sysUnlink(at.fd(), at.name.constData(), 0) != 0 && errno != ENOENT)
         return lastError();
     return OpResult::success();
 }
@@ -248,7 +291,7 @@ OpResult PosixFileOps::copyFile(const TreePath &from, const Seen &fromSeen, cons
     if (const OpResult r = locate(from, source); !r.ok())
         return r;
     struct stat st;
-    if (::fstatat(source.dir.get(), source.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+    if (::fstatat(source.fd(), source.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
         return lastError();
     if (S_ISLNK(st.st_mode)) {
         if (!matches(st, fromSeen))
@@ -260,7 +303,7 @@ OpResult PosixFileOps::copyFile(const TreePath &from, const Seen &fromSeen, cons
 
     // O_NONBLOCK: should the name have turned into a FIFO since the look, opening it must not
     // hang; the fstat below then refuses it.
-    const Fd in(sysOpenSource(source.dir.get(), source.name.constData()));
+    const Fd in(sysOpenSource(source.fd(), source.name.constData()));
     if (!in.valid())
         return lastError();
     if (::fstat(in.get(), &st) != 0)
@@ -276,7 +319,7 @@ OpResult PosixFileOps::copyFile(const TreePath &from, const Seen &fromSeen, cons
     if (const OpResult r = locate(to, target); !r.ok())
         return r;
     std::string temp;
-    Fd out(createTemporary(target.dir.get(), temp));
+    Fd out(createTemporary(target.fd(), temp));
     if (!out.valid())
         return lastError();
 
@@ -303,9 +346,9 @@ OpResult PosixFileOps::copyFile(const TreePath &from, const Seen &fromSeen, cons
             result = lastError();
     }
     if (result.ok())
-        result = place(target.dir.get(), temp.c_str(), target.name, toSeen);
+        result = place(target.fd(), temp.c_str(), target.name, toSeen);
     if (!result.ok())
-        ::unlinkat(target.dir.get(), temp.c_str(), 0);
+        ::unlinkat(target.fd(), temp.c_str(), 0);
     return result;
 }
 
@@ -339,8 +382,11 @@ OpResult PosixFileOps::place(int dir, const char *temporary, const QByteArray &n
         return OpResult::failure(OpError::NotSeen);
     if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK)
         return lastError();
-    // Nor hard links (FAT, exFAT): look, then rename. Only a name made in the moment between the
-    // two could still be replaced.
+    // Nor hard links (FAT, exFAT): look, then rename. Copies of this run do both under one lock,
+    // so two case twins copied at once cannot both find the name free; only another program
+    // making the name in the moment between could still lose it.
+    static std::mutex lookThenRename;
+    const std::lock_guard lock(lookThenRename);
     if (sysLookup(dir, target, &st) == 0)
         return OpResult::failure(OpError::NotSeen);
     if (errno != ENOENT)
@@ -448,7 +494,7 @@ OpResult PosixFileOps::copyLink(Located &source, const struct stat &st, const Tr
     std::vector<char> target(4096);
     for (;;) {
         const ssize_t n =
-            ::readlinkat(source.dir.get(), source.name.constData(), target.data(), target.size());
+            ::readlinkat(source.fd(), source.name.constData(), target.data(), target.size());
         if (n < 0)
             return lastError();
         if (size_t(n) < target.size()) {
@@ -462,7 +508,7 @@ OpResult PosixFileOps::copyLink(Located &source, const struct stat &st, const Tr
     Located at;
     if (const OpResult r = locate(to, at); !r.ok())
         return r;
-    const int dir = at.dir.get();
+    const int dir = at.fd();
     for (int attempt = 0; attempt < 100; ++attempt) {
         const std::string temp = newTemporaryName();
         if (::symlinkat(target.data(), dir, temp.c_str()) != 0) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QHash>
+#include <memory>
+#include <mutex>
 #include <sys/types.h>
 
 #include "core/platform/anchor.h"
@@ -32,6 +35,7 @@ public:
                       const std::optional<Seen> &toSeen, const CopyProgress &progress,
                       const std::atomic<bool> &cancel) override;
     OpResult removeLeftover(const TreePath &file) override;
+    void walkEnded() override;
     // A file of one chunk reports its progress once: nothing is lost by copying it beside others.
     std::int64_t parallelCopyLimit() const override { return m_chunkSize; }
 
@@ -57,10 +61,13 @@ private:
     // The directory holding the last name of a place, and that name.
     struct Located
     {
-        Fd dir;
+        std::shared_ptr<const Fd> dir;
         QByteArray name;
+        int fd() const { return dir->get(); }
     };
     OpResult locate(const TreePath &place, Located &out);
+    OpResult folder(const QByteArray &root, const QByteArray &relative,
+                    std::shared_ptr<const Fd> &out);
 
     // Where the copy of one file's data stands.
     struct DataCopy
@@ -90,6 +97,8 @@ private:
                    const std::optional<Seen> &seen);
 
     std::int64_t m_chunkSize;
+    std::mutex m_cacheMutex;
+    QHash<QByteArray, std::shared_ptr<const Fd>> m_cache; // root NUL relative: an open folder
 };
 
 } // namespace duomir
