@@ -88,19 +88,18 @@ int runCompare(const QStringList &args)
         return usageError(error);
 
     int unlisted = 0;
-    if (pairOptions.adHoc()) {
-        if (!Compare(engine, &unlisted) && unlisted == 0)
-            return ExitUsage;
-    } else {
+    if (!pairOptions.adHoc()) {
         engine.ProfilePath = QFileInfo(pairOptions.profile).absoluteFilePath();
-        if (!LoadProfile(engine, &unlisted)) {
+        if (!ReadProfile(engine)) {
             std::fprintf(stderr, "duomir-cli compare: cannot read the profile %s\n",
                          toNative(engine.ProfilePath).constData());
             return ExitUsage;
         }
-        if (engine.pairs.isEmpty())
-            return ExitUsage; // Compare has said so (802)
     }
+    if (const int refused = refuseNestedPairs(engine, pairOptions, "compare"); refused != 0)
+        return refused;
+    if (!Compare(engine, &unlisted) && unlisted == 0)
+        return ExitUsage; // an empty pair list; Compare has said so (802)
 
     // The command line decides the view, whatever the profile's toolbars said.
     engine.filter = view.filter;

@@ -23,6 +23,7 @@ Pair options (with --source/--destination; a new pair's defaults otherwise):
       system: sockets, FIFOs and device nodes (listed, never copied)
   --include-dirs M --exclude-dirs M --include-files M --exclude-files M
   --time-lag HH:MM:SS   largest time difference that still counts as equal
+  --allow-nested        run a pair whose one root lies inside the other (refused otherwise)
 
 Compare options:
   --filter all|modified|source|destination|identical   rows to list (default all)
@@ -30,15 +31,16 @@ Compare options:
   --empty-dirs          keep identical directories with nothing listed beneath them
   --format tsv|json     TSV (raw name bytes; \ tab CR LF escaped) or JSON (default tsv)
   Rows go to standard output, messages and a summary to standard error.
-  Exit status: 0 compared, 2 usage error or unreadable profile, 3 a root could not be listed.
+  Exit status: 0 compared, 2 usage error, unreadable profile or nested pair, 3 a root could not
+  be listed.
 
 Sync options (see duomir-cli sync --help):
   --direction both|to-destination|to-source   (default: the profile's, or both)
   --delete      with one direction: delete on the sending side what the receiving side lacks
   --log         write the day's log even when logging is off
   --dry-run     print what would change; change nothing
-  Exit status: 0 done or nothing to do, 1 an operation failed, 2 usage error or unreadable
-  profile, 3 a root could not be listed.
+  Exit status: 0 done or nothing to do, 1 an operation failed or no direction was chosen,
+  2 usage error, unreadable profile or nested pair, 3 a root could not be listed.
 
 Options:
   -h, --help       show this help and exit

@@ -1,8 +1,12 @@
 #include "cli/pairoptions.h"
 
 #include <QDir>
+#include <cstdio>
 
+#include "cli/commands.h"
 #include "core/engine.h"
+#include "core/pairvalidation.h"
+#include "core/platform/nativename.h"
 #include "settings/timelag.h"
 
 namespace duomir::cli {
@@ -55,6 +59,8 @@ QString parsePairOptions(const QStringList &args, const QStringList &valueOption
             error = value(out.includeFiles);
         } else if (a == u"--exclude-files") {
             error = value(out.excludeFiles);
+        } else if (a == u"--allow-nested") {
+            out.allowNested = true;
         } else if (a == u"--time-lag") {
             std::optional<QString> text;
             error = value(text);
@@ -123,6 +129,24 @@ QString applyPairOptions(const PairOptions &options, Engine &engine)
         pair.ExcludeFiles = *options.excludeFiles;
     engine.pairs.append(pair);
     return {};
+}
+
+int refuseNestedPairs(const Engine &engine, const PairOptions &options, const char *command)
+{
+    if (options.allowNested)
+        return 0;
+    for (int p = 1; p <= engine.pairs.count(); ++p) {
+        const DirPair &pair = engine.pairs[p];
+        const int key = pairConflict(pair, true);
+        if (key != 20820 && key != 20830 && key != 20840)
+            continue;
+        std::fprintf(
+            stderr, "duomir-cli %s: %s -> %s: %s\nRefused; --allow-nested runs such a pair.\n",
+            command, toNative(pair.Source).constData(), toNative(pair.Destination).constData(),
+            toNative(engine.FormatMsg(key)).constData());
+        return ExitUsage;
+    }
+    return 0;
 }
 
 } // namespace duomir::cli

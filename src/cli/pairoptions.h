@@ -26,6 +26,7 @@ struct PairOptions
     QStringList switches; // the switch options in the order given
     std::optional<QString> includeDirs, excludeDirs, includeFiles, excludeFiles;
     std::optional<double> timeLag; // days
+    bool allowNested = false;      // --allow-nested: a root inside the other is run anyway
     QStringList rest;              // options this parser does not know, in order, with values
 
     bool adHoc() const { return source.has_value() || destination.has_value(); }
@@ -39,5 +40,11 @@ QString parsePairOptions(const QStringList &args, const QStringList &valueOption
 // Fills engine.pairs and the time lag: the ad-hoc pair (defaults from engine.settings), or
 // nothing for a profile (the caller loads it). Returns an error text, empty when fine.
 QString applyPairOptions(const PairOptions &options, Engine &engine);
+
+// A pair whose one root lies inside the other (with subdirectories) or equals it would compare a
+// tree with itself, and a sync would nest one level deeper on every run. Unless --allow-nested
+// was given, says so for the first such pair (the pair dialog's text) and returns the usage exit
+// status; 0 when every pair is fine.
+int refuseNestedPairs(const Engine &engine, const PairOptions &options, const char *command);
 
 } // namespace duomir::cli

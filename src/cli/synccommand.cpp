@@ -34,10 +34,12 @@ Options:
                 receiving side lacks, and copy only files present on both sides
   --log         write the day's log even when logging is off in the settings
   --dry-run     print what would be deleted, created and copied; change nothing
+  --allow-nested  run a pair whose one root lies inside the other (refused otherwise)
   (pair options and --time-lag as for compare)
 
-Exit status: 0 success or nothing to do, 1 some operation failed or the run was interrupted,
-2 usage error or unreadable profile, 3 a root directory could not be listed.
+Exit status: 0 success or nothing to do, 1 some operation failed, the run was interrupted or
+no direction was chosen, 2 usage error, unreadable profile or nested pair, 3 a root directory
+could not be listed.
 )";
 
 struct SyncArgs
@@ -185,6 +187,15 @@ int runSync(const QStringList &args)
     }
     engine.sync.Reverse = false;
     engine.sync.Delete = sync.del;
+    // A profile without its view section (or with both directions off) sends nothing; a
+    // scheduled run must not report success for that.
+    if (!engine.sync.Src && !engine.sync.Dest) {
+        std::fprintf(stderr, "duomir-cli sync: no direction chosen: the profile turns both "
+                             "directions off (or has no section \"0\"); give --direction\n");
+        return ExitFailures;
+    }
+    if (const int refused = refuseNestedPairs(engine, pairOptions, "sync"); refused != 0)
+        return refused;
     if (sync.del && engine.sync.Src == engine.sync.Dest)
         return usageError(u"--delete needs exactly one direction; the profile has "_qs +
                           (engine.sync.Src ? u"both"_qs : u"none"_qs));
@@ -197,13 +208,19 @@ int runSync(const QStringList &args)
     }
 
     int unlisted = 0;
-    if (!Compare(engine, &unlisted) && unlisted == 0)
+    const bool compared = Compare(engine, &unlisted);
+    if (!compared && unlisted == 0)
         return ExitUsage; // an empty pair list; Compare has said so
+    if (!compared) {
+        std::fprintf(stderr, "duomir-cli sync: a destination directory could not be listed: the "
+                             "whole run is dropped, nothing is copied or deleted\n");
+        return ExitNoRoot;
+    }
     if (unlisted > 0)
-        std::fprintf(stderr, "duomir-cli sync: a pair whose directory could not be listed is left "
-                             "out of this run: nothing is deleted for it or copied into it\n");
-    if (!engine.sync.Src && !engine.sync.Dest)
-        std::fprintf(stderr, "duomir-cli sync: no direction chosen\n");
+        std::fprintf(stderr, "duomir-cli sync: a source directory could not be listed: nothing is "
+                             "deleted for its pair and nothing is copied into a source folder that "
+                             "could not be read; copies towards a missing source are tried and "
+                             "fail\n");
 
     DryRunFileOps dry(PosixFileOps::instance());
     if (sync.dryRun)

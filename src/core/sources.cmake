@@ -35,6 +35,8 @@ set(DUOMIR_CORE_SOURCES
     core/filters.cpp
     core/profilefile.h
     core/profilefile.cpp
+    core/pairvalidation.h
+    core/pairvalidation.cpp
 
     # synchronization, deletion, error log
     core/platform/fileops.h

@@ -14,9 +14,9 @@
 #include <QVBoxLayout>
 
 #include "core/engine.h"
+#include "core/pairvalidation.h"
 #include "ui/helppage.h"
 #include "ui/localizecontrols.h"
-#include "ui/pairvalidation.h"
 
 namespace duomir {
 

@@ -57,6 +57,7 @@ void TestCliCompare::initTestCase()
     m_tree.file(u"d/Sub/deep.bin"_qs, "x", T0);
     m_tree.rawFile("s/caf\xe9");
     m_tree.dir(u"home"_qs);
+    m_tree.dir(u"d2"_qs);
     m_tree.file(u"p.dyp"_qs, "[1]\nS=" + QFile::encodeName(m_tree.path(u"s"_qs)) + "\nD=" +
                                  QFile::encodeName(m_tree.path(u"d"_qs)) + "\nIS=*\nIF=*\n");
 }
@@ -126,6 +127,17 @@ void TestCliCompare::exitCodes_data()
         << QStringList{u"--source"_qs, u"s"_qs, u"--destination"_qs, u"gone"_qs} << 3;
     QTest::newRow("source missing, still listed")
         << QStringList{u"--source"_qs, u"gone"_qs, u"--destination"_qs, u"d"_qs} << 3;
+    QTest::newRow("destination inside the source")
+        << QStringList{u"--source"_qs, u"s"_qs, u"--destination"_qs, u"s/Sub"_qs} << 2;
+    QTest::newRow("source inside the destination, case apart")
+        << QStringList{u"--source"_qs, u"d/Sub"_qs, u"--destination"_qs, u"D"_qs} << 2;
+    QTest::newRow("both the same")
+        << QStringList{u"--source"_qs, u"s"_qs, u"--destination"_qs, u"s"_qs} << 2;
+    QTest::newRow("nested, allowed") << QStringList{u"--source"_qs, u"s"_qs, u"--destination"_qs,
+                                                    u"s/Sub"_qs, u"--allow-nested"_qs}
+                                     << 3;
+    QTest::newRow("a name that only begins like the other")
+        << QStringList{u"--source"_qs, u"d"_qs, u"--destination"_qs, u"d2"_qs} << 0;
     QTest::newRow("ad-hoc with switches and lag")
         << QStringList{u"--source"_qs,      u"s"_qs,
                        u"--destination"_qs, u"d"_qs,
@@ -147,6 +159,10 @@ void TestCliCompare::exitCodes()
     QCOMPARE(r.code, exitCode);
     if (exitCode == 2)
         QVERIFY(r.out.isEmpty());
+    // A nested pair is refused with the pair dialog's own text.
+    const QByteArray tag = QTest::currentDataTag();
+    if (exitCode == 2 && (tag.contains("inside") || tag.contains("same")))
+        QVERIFY2(r.err.contains("Refused; --allow-nested"), r.err.constData());
 }
 
 // A root whose name is not UTF-8, given on the command line: its bytes reach the file system.

@@ -115,12 +115,10 @@ private Q_SLOTS:
         const QStringList all{u"d/only-d"_qs, u"d/only-s"_qs, u"s/only-d"_qs, u"s/only-s"_qs};
         const QStringList toD{u"d/only-d"_qs, u"d/only-s"_qs, u"s/only-s"_qs};
         const QStringList toS{u"d/only-d"_qs, u"s/only-d"_qs, u"s/only-s"_qs};
-        const QStringList none{u"d/only-d"_qs, u"s/only-s"_qs};
         QTest::newRow("profile: both") << QByteArray("SO0=1\nSO1=1") << QStringList() << all;
         QTest::newRow("profile: to destination")
             << QByteArray("SO0=1\nSO1=0") << QStringList() << toD;
         QTest::newRow("profile: to source") << QByteArray("SO0=0\nSO1=1") << QStringList() << toS;
-        QTest::newRow("profile: none") << QByteArray("SO0=0\nSO1=0") << QStringList() << none;
         QTest::newRow("profile: delete without --delete")
             << QByteArray("SO0=1\nSO1=0\nSO3=1") << QStringList() << toD;
         QTest::newRow("profile: --delete")
@@ -237,14 +235,19 @@ private Q_SLOTS:
             << QStringList{u"@none.dyp"_qs} << 2 << QByteArray("profile");
         QTest::newRow("missing source")
             << QStringList{u"--source"_qs, u"@nope"_qs, u"--destination"_qs, u"@d"_qs} << 3
-            << QByteArray("left out");
+            << QByteArray("copies towards a missing source are tried and fail");
         QTest::newRow("missing destination")
             << QStringList{u"--source"_qs, u"@s"_qs, u"--destination"_qs, u"@nope"_qs} << 3
-            << QByteArray("cannot");
+            << QByteArray("the whole run is dropped");
+        QTest::newRow("profile without a direction")
+            << QStringList{u"@none-chosen.dyp"_qs} << 1 << QByteArray("no direction chosen");
+        QTest::newRow("destination inside the source")
+            << QStringList{u"--source"_qs, u"@s"_qs, u"--destination"_qs, u"@s/sub"_qs} << 2
+            << QByteArray("--allow-nested");
         QTest::newRow("dry run") << pair + QStringList{u"--dry-run"_qs} << 0 << QByteArray();
-        QTest::newRow("nothing to do")
-            << QStringList{u"--source"_qs, u"@d"_qs, u"--destination"_qs, u"@d"_qs} << 0
-            << QByteArray();
+        QTest::newRow("nothing to do") << QStringList{u"--source"_qs, u"@d"_qs, u"--destination"_qs,
+                                                      u"@d"_qs, u"--allow-nested"_qs}
+                                       << 0 << QByteArray();
     }
     void exitCodes()
     {
@@ -256,6 +259,7 @@ private Q_SLOTS:
         tree.file(u"s/sub/g"_qs, "y", T0);
         tree.file(u"d/old"_qs, "z", T0);
         writeProfile(tree, u"p.dyp"_qs, "SO0=1\nSO1=1");
+        writeProfile(tree, u"none-chosen.dyp"_qs, {});
         for (QString &a : args)
             if (a.startsWith(u'@'))
                 a = tree.path(a.mid(1));

@@ -4,6 +4,9 @@
 #include <QTest>
 #include <algorithm>
 
+#include "core/casefold.h"
+#include "core/merge.h"
+#include "core/platform/nativename.h"
 #include "core/sortkeys.h"
 
 using namespace duomir;
@@ -87,6 +90,70 @@ QStringList randomPaths(quint32 seed, int count, bool wide)
     return out;
 }
 
+// A random name of one to four bytes: half from a few that make case twins and hold the key's
+// marks, half anything from 0x01 to 0xFF but "/"; decoded as the scanner decodes (bytes that are
+// not UTF-8 become escape units).
+QString randomName(QRandomGenerator &rng)
+{
+    static const char few[] = {'\x01', '\x02', 'a', 'A', 'b', 'B', '\xC3', '\xA9'};
+    QByteArray bytes;
+    for (int k = 1 + int(rng.bounded(4)); k > 0; --k) {
+        char c = rng.bounded(2) ? few[rng.bounded(int(sizeof few))] : char(1 + rng.bounded(255));
+        bytes += c == '/' ? 'x' : c;
+    }
+    return fromNative(bytes);
+}
+
+// The other side's spelling of a path: every ASCII letter's case may flip.
+QString respelled(QString path, QRandomGenerator &rng)
+{
+    for (QChar &c : path) {
+        if (c.unicode() < 0x80 && c.isLetter() && rng.bounded(3) == 0)
+            c = c.isUpper() ? c.toLower() : c.toUpper();
+    }
+    return path;
+}
+
+// What may pair with what: the path upper-cased unit by unit, and whether it is a directory.
+QString caseless(const QString &relative)
+{
+    QString out = relative;
+    for (QChar &c : out)
+        c = QChar(upperUnit(c.unicode()));
+    return out;
+}
+
+// The pairs a merge must make of two sides: within each group of entries whose paths are equal
+// under the case rule, one entry a side pair whatever their case; several pair by exact path.
+QStringList expectedPairs(const QStringList &source, const QStringList &destination)
+{
+    QHash<QString, QStringList> groups[2];
+    for (const QString &p : source)
+        groups[0][caseless(p)] << p;
+    for (const QString &p : destination)
+        groups[1][caseless(p)] << p;
+    QStringList out;
+    for (auto g = groups[0].cbegin(); g != groups[0].cend(); ++g) {
+        const QStringList other = groups[1].value(g.key());
+        if (g->size() == 1 && other.size() == 1) {
+            out << g->first() + u" = "_qs + other.first();
+            continue;
+        }
+        for (const QString &p : *g) {
+            if (other.contains(p))
+                out << p + u" = "_qs + p;
+        }
+    }
+    out.sort();
+    return out;
+}
+
+QString relativeOf(const CompareEntry &row, int side, const QString &root)
+{
+    const QString full = row.Path[side] + (row.isDirectory() ? u"/"_qs : row.Name[side]);
+    return full.mid(root.size() + 1);
+}
+
 } // namespace
 
 class TestSortKeys : public QObject
@@ -98,6 +165,9 @@ private Q_SLOTS:
     void sortFollowsTheKeys();
     void compareAcrossSides_data();
     void compareAcrossSides();
+    void pairingFollowsPaths_data();
+    void pairingFollowsPaths();
+    void rootOfTheFileSystemPairs();
 };
 
 void TestSortKeys::sortFollowsTheKeys_data()
@@ -191,4 +261,93 @@ void TestSortKeys::compareAcrossSides()
 }
 
 QTEST_GUILESS_MAIN(TestSortKeys)
+void TestSortKeys::pairingFollowsPaths_data()
+{
+    QTest::addColumn<quint32>("seed");
+    for (quint32 seed = 1; seed <= 12; ++seed)
+        QTest::addRow("seed %u", seed) << seed;
+}
+
+// Random trees whose names hold every byte value: after sorting and merging, two entries pair
+// exactly when their paths are equal under the case rule (and, among case twins, exactly equal).
+void TestSortKeys::pairingFollowsPaths()
+{
+    QFETCH(quint32, seed);
+    QRandomGenerator rng(seed);
+    QStringList source;
+    QStringList dirs{QString()};
+    QSet<QString> taken;
+    while (source.size() < 300) {
+        const QString path = dirs.at(int(rng.bounded(dirs.size()))) + randomName(rng);
+        if (taken.contains(caseless(path)) && rng.bounded(2))
+            continue; // some twins, not too many
+        if (taken.contains(path) || taken.contains(path + u'/') || source.contains(path + u'/'))
+            continue;
+        taken.insert(path);
+        taken.insert(caseless(path));
+        if (rng.bounded(4) == 0) {
+            dirs << path + u'/';
+            source << path + u'/';
+        } else {
+            source << path;
+        }
+    }
+    // The destination: most of the source, some respelled, and some entries of its own.
+    QStringList destination;
+    for (const QString &p : source) {
+        const int fate = int(rng.bounded(6));
+        if (fate == 0)
+            continue;
+        const QString spelled = fate == 1 ? respelled(p, rng) : p;
+        // A respelled entry keeps its folders as the destination has them.
+        const qsizetype cut = spelled.chopped(spelled.endsWith(u'/') ? 1 : 0).lastIndexOf(u'/');
+        const QString parent = spelled.left(cut + 1);
+        if (!parent.isEmpty() && !destination.contains(parent))
+            continue;
+        if (!destination.contains(spelled))
+            destination << spelled;
+    }
+    for (int k = 0; k < 40; ++k)
+        destination << randomName(rng) + u"~new"_qs;
+    destination.removeDuplicates();
+
+    const QString sourceRoot = u"/s"_qs;
+    const QString destinationRoot = u"/dest"_qs;
+    FileArray a = entriesFrom(sourceRoot, source);
+    FileArray b = entriesFrom(destinationRoot, destination);
+    const SortKeys ka = MakeSortKeys(keyStart(sourceRoot));
+    const SortKeys kb = MakeSortKeys(keyStart(destinationRoot));
+    SortEntries(a, 0, qsizetype(a.size()) - 1, ka);
+    SortEntries(b, 0, qsizetype(b.size()) - 1, kb);
+    CompareArray rows(1);
+    MergeAndClassify({a, b, ka, kb, {sourceRoot + u'/', destinationRoot + u'/'}, true, 0}, rows);
+
+    QStringList pairs;
+    for (std::size_t r = 2; r < rows.size(); ++r) {
+        if (!rows[r].Name[0].isEmpty() && !rows[r].Name[1].isEmpty())
+            pairs << relativeOf(rows[r], 0, sourceRoot) + u" = "_qs +
+                         relativeOf(rows[r], 1, destinationRoot);
+    }
+    pairs.sort();
+    QCOMPARE(pairs, expectedPairs(source, destination));
+}
+
+// "/" as a pair's root pairs with any other root as the empty text would: identical trees give
+// identical rows, not two one-sided rows each.
+void TestSortKeys::rootOfTheFileSystemPairs()
+{
+    const QStringList tree{u"etc/"_qs, u"etc/hosts"_qs, u"top.txt"_qs};
+    FileArray a = entriesFrom(QString(), tree); // the scanner's root "/" stores the empty text
+    FileArray b = entriesFrom(u"/mnt/copy"_qs, tree);
+    const SortKeys ka = MakeSortKeys(keyStart(u"/"_qs));
+    const SortKeys kb = MakeSortKeys(keyStart(u"/mnt/copy"_qs));
+    SortEntries(a, 0, qsizetype(a.size()) - 1, ka);
+    SortEntries(b, 0, qsizetype(b.size()) - 1, kb);
+    CompareArray rows(1);
+    MergeAndClassify({a, b, ka, kb, {u"/"_qs, u"/mnt/copy/"_qs}, true, 0}, rows);
+    QCOMPARE(rows.size(), std::size_t(5)); // element 0, the roots and three matched rows
+    for (std::size_t r = 2; r < rows.size(); ++r)
+        QVERIFY(!rows[r].Name[0].isEmpty() && !rows[r].Name[1].isEmpty());
+}
+
 #include "tst_sortkeys.moc"

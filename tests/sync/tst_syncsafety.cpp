@@ -15,6 +15,7 @@
 #include "common/fakeinteraction.h"
 #include "common/temptree.h"
 #include "core/comparecommand.h"
+#include "core/deleteentries.h"
 #include "core/engine.h"
 #include "core/platform/faultyfileops.h"
 #include "core/synchronize.h"
@@ -402,6 +403,74 @@ private Q_SLOTS:
                      qPrintable(f.log())); // one file twin, one folder twin
         }
         QCOMPARE(f.tree.snapshot(u"d"_qs).size(), 3); // one file, one folder and its file
+    }
+
+    // Shapes of names that Linux allows and the comparison must pair, and folder walks must
+    // keep apart, exactly: each row builds files (content = their path), runs one command and
+    // lists every file there is afterwards with its content.
+    void linuxNameShapes_data()
+    {
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("command"); // "sync", or "delete"/"copy" and a source folder
+        QTest::addColumn<QStringList>("after");
+        QTest::newRow("folders paired across case")
+            << QStringList{u"s/Sub/new.txt"_qs, u"d/SUB/old.txt"_qs} << u"sync"_qs
+            << QStringList{u"d/SUB/new.txt=s/Sub/new.txt"_qs, u"d/SUB/old.txt"_qs,
+                           u"s/Sub/new.txt"_qs, u"s/Sub/old.txt=d/SUB/old.txt"_qs};
+        QTest::newRow("delete one of two case twin folders")
+            << QStringList{u"s/SUB/x"_qs, u"s/Sub/x"_qs, u"s/Sub/y"_qs, u"d/keep"_qs}
+            << u"delete Sub"_qs << QStringList{u"d/keep"_qs, u"s/SUB/x"_qs};
+        QTest::newRow("copy one of two case twin folders")
+            << QStringList{u"s/SUB/x"_qs, u"s/Sub/x"_qs, u"s/Sub/y"_qs, u"d/keep"_qs}
+            << u"copy SUB"_qs
+            << QStringList{u"d/SUB/x=s/SUB/x"_qs, u"d/keep"_qs, u"s/SUB/x"_qs, u"s/Sub/x"_qs,
+                           u"s/Sub/y"_qs};
+        QTest::newRow("names holding the key's marks")
+            << QStringList{u"s/a/b\x01\x02c"_qs, u"d/a/\x02b/c"_qs} << u"sync"_qs
+            << QStringList{u"d/a/\x02b/c"_qs, u"d/a/b\x01\x02c=s/a/b\x01\x02c"_qs,
+                           u"s/a/\x02b/c=d/a/\x02b/c"_qs, u"s/a/b\x01\x02c"_qs};
+    }
+    void linuxNameShapes()
+    {
+        QFETCH(QStringList, files);
+        QFETCH(QString, command);
+        QFETCH(QStringList, after);
+        Fixture f;
+        for (const QString &file : files)
+            f.tree.file(file, file.toUtf8(), T0);
+        f.addPair(u"s"_qs, u"d"_qs);
+        QVERIFY(Compare(f.engine));
+        const QString verb = command.section(u' ', 0, 0);
+        int row = 0;
+        for (size_t r = 1; r < f.engine.CompareResults.size(); ++r) {
+            if (f.engine.CompareResults[r].Path[0] ==
+                f.tree.path(u"s/"_qs + command.section(u' ', 1)))
+                row = int(r);
+        }
+        if (verb == u"sync") {
+            f.engine.sync = {true, true, false, false};
+            QVERIFY(Synchronize(f.engine, 0));
+        } else if (verb == u"delete") {
+            QVERIFY(row > 0);
+            DeleteEntries(f.engine, 0, row, 0);
+        } else {
+            QVERIFY(row > 0);
+            CopySelected(f.engine, 0, row);
+        }
+        QCOMPARE(f.engine.syncStats.failures, 0);
+        QStringList found;
+        QDirIterator it(f.tree.root(), QDir::Files, QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            const QString path = it.next();
+            const QString relative = path.mid(f.tree.root().size() + 1);
+            if (relative.startsWith(u"log/"_qs))
+                continue;
+            const QString content = QString::fromUtf8(f.tree.read(relative));
+            found << (content == relative ? relative : relative + u'=' + content);
+        }
+        found.sort();
+        after.sort();
+        QCOMPARE(found, after);
     }
 
     // A name that holds a newline or a tab still makes one log line with its four columns.

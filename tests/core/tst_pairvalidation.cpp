@@ -2,7 +2,7 @@
 
 #include "common/fakeinteraction.h"
 #include "core/dirpair.h"
-#include "ui/pairvalidation.h"
+#include "core/pairvalidation.h"
 
 using namespace duomir;
 using namespace Qt::StringLiterals;

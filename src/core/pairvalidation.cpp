@@ -1,4 +1,4 @@
-#include "ui/pairvalidation.h"
+#include "core/pairvalidation.h"
 
 #include <QDir>
 
@@ -55,6 +55,31 @@ bool nestingAccepted(const Asker &ask, const QString &x, bool candidateSubDirs, 
 
 } // namespace
 
+int pairConflict(const DirPair &pair, bool wholeNames)
+{
+    const QString &src = pair.Source;
+    const QString &dst = pair.Destination;
+    if (src.isEmpty() || dst.isEmpty())
+        return 20810;
+    if (src == dst)
+        return 20820;
+    if (!pair.SubDirs)
+        return 0;
+    // Below a separator, or the two equal but for case (which a case-blind file system takes for
+    // one folder).
+    const auto inside = [wholeNames](const QString &inner, const QString &outer) {
+        if (!startsWithNoCase(inner, outer))
+            return false;
+        return !wholeNames || inner.size() == outer.size() || outer.endsWith(u'/') ||
+               inner.at(outer.size()) == u'/';
+    };
+    if (src.size() >= dst.size() && inside(src, dst))
+        return 20840;
+    if (src.size() < dst.size() && inside(dst, src))
+        return 20830;
+    return 0;
+}
+
 bool confirmPair(const DirPair &candidate, int slot, const DirPairList &pairs, Interaction &ui,
                  const MessageText &text)
 {
@@ -62,23 +87,13 @@ bool confirmPair(const DirPair &candidate, int slot, const DirPairList &pairs, I
     const QString &src = candidate.Source;
     const QString &dst = candidate.Destination;
 
-    if (src.isEmpty() || dst.isEmpty()) {
-        ask.warn(20810);
+    const int conflict = pairConflict(candidate, false);
+    if (conflict == 20810 || conflict == 20820) {
+        ask.warn(conflict);
         return false;
     }
-    if (src == dst) {
-        ask.warn(20820);
+    if (conflict != 0 && !ask.agree(conflict))
         return false;
-    }
-    if (candidate.SubDirs) {
-        if (src.size() >= dst.size() && startsWithNoCase(src, dst)) {
-            if (!ask.agree(20840))
-                return false;
-        } else if (startsWithNoCase(dst, src)) {
-            if (!ask.agree(20830))
-                return false;
-        }
-    }
 
     for (int j = 1; j <= pairs.count(); ++j) {
         if (j == slot)
