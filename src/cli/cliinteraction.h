@@ -16,6 +16,8 @@ public:
     void failureReported(const QString &error, const QString &source,
                          const QString &destination) override;
 
+    bool personPresent() const override { return false; }
+
     int messagesShown() const { return m_shown; }
 
 private:

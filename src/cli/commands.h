@@ -2,15 +2,11 @@
 
 #include <QStringList>
 
+#include "core/exitstatus.h"
+
 namespace duomir::cli {
 
-// Exit codes shared by every command.
-enum ExitCode {
-    ExitOk = 0,
-    ExitFailures = 1, // some file operation failed
-    ExitUsage = 2,    // wrong arguments, unreadable profile
-    ExitNoRoot = 3,   // a root directory could not be listed
-};
+// Exit codes shared by every command: duomir::ExitStatus (core/exitstatus.h).
 
 // Each command gets the arguments after its own name.
 int runCompare(const QStringList &args);

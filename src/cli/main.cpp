@@ -68,7 +68,7 @@ int main(int argc, char *argv[])
 
     if (args.isEmpty() || args.first() == u"--help" || args.first() == u"-h") {
         std::fputs(usage, args.isEmpty() ? stderr : stdout);
-        return args.isEmpty() ? duomir::cli::ExitUsage : duomir::cli::ExitOk;
+        return args.isEmpty() ? duomir::ExitUsage : duomir::ExitOk;
     }
     if (args.first() == u"--version" || args.first() == u"-V") {
         QTextStream(stdout) << "duomir-cli " << QStringLiteral(DUOMIR_VERSION) << '\n';
@@ -81,5 +81,5 @@ int main(int argc, char *argv[])
         return duomir::cli::runSync(args.mid(1));
     QTextStream(stderr) << "duomir-cli: unknown command '" << args.first()
                         << "' (see duomir-cli --help)\n";
-    return duomir::cli::ExitUsage;
+    return duomir::ExitUsage;
 }

@@ -90,6 +90,7 @@ bool Compare(Engine &engine, int *unlistedRoots)
                           engine.SourceFiles, &ui, utcOffset, &leftovers[0]);
         if (sourceFailed) {
             ++unlisted;
+            ++engine.UnlistedRootsSeen;
             warn(engine, 806, {engine.CompareRoots[0]});
         }
         while (destinationScan.wait_for(YieldInterval) == std::future_status::timeout)
@@ -100,6 +101,7 @@ bool Compare(Engine &engine, int *unlistedRoots)
 
         if (destinationFailed) {
             ++unlisted;
+            ++engine.UnlistedRootsSeen;
             warn(engine, 807, {engine.CompareRoots[1]});
             resetScan(engine.SourceFiles);
             engine.resetCompareResults();

@@ -68,6 +68,10 @@ public:
     // Start switches.
     bool DontAsk = false;
     bool Auto = false;
+    // What an automatic run met before its end, for its exit status: roots that could not be
+    // listed (806, 807) and a profile that could not be read (805).
+    int UnlistedRootsSeen = 0;
+    bool ProfileUnreadable = false;
 
     // Pairs and profile.
     DirPairList pairs;

@@ -20,6 +20,9 @@ public:
     virtual Answer message(Icon icon, Buttons buttons, const QString &text,
                            const QString &title = {}) = 0;
 
+    // Whether somebody is there to answer a dialog. Without one (-dontask, no display, a
+    // headless program) nothing may wait for a click: messages are reported and the run goes on.
+    virtual bool personPresent() const { return true; }
     // Lets pending events run (repaint, Cancel button). May be throttled by the implementation.
     virtual void yieldEvents() {}
 

@@ -40,6 +40,7 @@ bool ReadProfile(Engine &engine)
     const QStringList sections = file.sectionNames();
     if (sections.isEmpty() ||
         (sections.size() == 1 && sections.first().isEmpty() && file.keys(QString()).isEmpty())) {
+        engine.ProfileUnreadable = true;
         engine.ui().message(Interaction::Icon::Exclamation, Interaction::Buttons::Ok,
                             engine.FormatMsg(805, {engine.ProfilePath}));
         return false;

@@ -57,6 +57,7 @@ set(DUOMIR_CORE_SOURCES
     core/copypipeline.cpp
     core/deleteentries.h
     core/deleteentries.cpp
+    core/exitstatus.h
     core/synchronize.h
     core/synchronize.cpp
     core/synccommands.h

@@ -4,6 +4,7 @@
 #include "core/deleteentries.h"
 #include "core/engine.h"
 #include "core/errorlog.h"
+#include "core/exitstatus.h"
 #include "core/interaction.h"
 
 namespace duomir {
@@ -85,6 +86,17 @@ void CopySelected(Engine &engine, int d, int startEntry)
         engine.progress.Init(engine.ByteTotal);
     CopyEntries(engine, d, startEntry, CopyMode::IgnoreState);
     endRun(engine);
+}
+
+ExitStatus RunExitStatus(const Engine &engine)
+{
+    if (engine.UnlistedRootsSeen > 0)
+        return ExitNoRoot;
+    if (engine.ProfileUnreadable)
+        return ExitUsage;
+    if (engine.syncStats.failures > 0 || engine.CancelFlag)
+        return ExitFailures;
+    return ExitOk;
 }
 
 } // namespace duomir

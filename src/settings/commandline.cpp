@@ -4,34 +4,22 @@
 
 namespace duomir {
 
-QString joinCommandLine(const QStringList &arguments)
-{
-    QStringList parts;
-    for (const QString &arg : arguments) {
-        if (arg.isEmpty())
-            continue;
-        const bool blank = arg.contains(u' ') || arg.contains(u'\t');
-        parts.append(blank ? QString(u'"' + arg + u'"') : arg);
-    }
-    return parts.join(u' ');
-}
-
-CommandLine parseCommandLine(const QString &text)
+CommandLine parseArguments(const QStringList &arguments)
 {
     CommandLine cl;
-    const QString line = text.trimmed();
-    cl.DontAsk = line.contains(u"-dontask", Qt::CaseInsensitive);
-    cl.Hide = line.contains(u"-hide", Qt::CaseInsensitive);
-    cl.AutoRequested = line.contains(u"-auto", Qt::CaseInsensitive);
-    if (line.isEmpty())
-        return cl;
-    const qsizetype quote = line.indexOf(u'"');
-    if (quote >= 0) {
-        const qsizetype end = line.indexOf(u'"', quote + 1);
-        cl.ProfilePath = line.mid(quote + 1, end < 0 ? -1 : end - quote - 1);
-    } else {
-        cl.ProfilePath = line.left(line.indexOf(u' '));
+    QString firstOther;
+    for (const QString &arg : arguments) {
+        const QString word = arg.toLower();
+        if (word == u"-dontask")
+            cl.DontAsk = true;
+        else if (word == u"-hide")
+            cl.Hide = true;
+        else if (word == u"-auto")
+            cl.AutoRequested = true;
+        else if (firstOther.isEmpty() && !arg.isEmpty())
+            firstOther = arg;
     }
+    cl.ProfilePath = firstOther.isEmpty() ? arguments.value(0) : firstOther;
     return cl;
 }
 

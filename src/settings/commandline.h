@@ -17,13 +17,10 @@ struct CommandLine
     bool hasProfile() const { return !ProfilePath.isEmpty(); }
 };
 
-// The arguments (without the program name) as one command-line text: joined by single blanks,
-// an argument that holds a blank wrapped in double quotes, empty arguments left out.
-QString joinCommandLine(const QStringList &arguments);
-
-// The switches match anywhere in the text, in any letter case. The profile is the text after the
-// first double quote up to the next one (or the end), else the text up to the first blank.
-CommandLine parseCommandLine(const QString &text);
+// The program's arguments as Linux hands them over, already split: a switch counts only as a
+// whole argument (any letter case), so a profile named "my-automatic.dyp" is no "-auto"; the
+// profile is the first argument that is not a switch, or the first argument when all are.
+CommandLine parseArguments(const QStringList &arguments);
 
 // A profile file that exists with zero bytes is not loaded, and "-auto" is then not acted on.
 bool isEmptyProfileFile(const QString &path);

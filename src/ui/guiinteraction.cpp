@@ -2,7 +2,10 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <cstdio>
+#include <utility>
 
+#include "core/platform/nativename.h"
 #include "ui/frmmain.h"
 
 namespace duomir {
@@ -40,9 +43,67 @@ void GuiInteraction::setWindow(frmMain *window)
     m_window = window;
 }
 
+void GuiInteraction::setUnattended(std::function<bool()> unattended,
+                                   std::function<void(const QString &)> record)
+{
+    m_unattended = std::move(unattended);
+    m_record = std::move(record);
+}
+
+namespace {
+
+// One message as one line on standard error: its own line breaks become "; " (names in it are
+// escaped already, so no name can make a line of its own).
+void printLine(const char *kind, const QString &text)
+{
+    QString line = text;
+    line.replace(u"\r\n"_qs, u"; "_qs).replace(u'\n', u"; "_qs).replace(u'\r', u' ');
+    QByteArray bytes;
+    appendEscapedForLine(bytes, line);
+    std::fprintf(stderr, "duomir: %s: %s\n", kind, bytes.constData());
+    std::fflush(stderr);
+}
+
+const char *kindOf(Interaction::Icon icon)
+{
+    switch (icon) {
+    case Interaction::Icon::Information:
+        return "note";
+    case Interaction::Icon::Exclamation:
+        return "warning";
+    case Interaction::Icon::Question:
+        return "question";
+    case Interaction::Icon::Critical:
+        break;
+    }
+    return "error";
+}
+
+} // namespace
+
+void GuiInteraction::failureReported(const QString &error, const QString &source,
+                                     const QString &destination)
+{
+    // With a person there the box has said it; without one, this line is what cron mails.
+    if (!unattended())
+        return;
+    QString line = error;
+    if (!source.isEmpty())
+        line += u": " + escapedForLine(source);
+    if (!destination.isEmpty())
+        line += (source.isEmpty() ? u": " : u" -> ") + escapedForLine(destination);
+    printLine("error", line);
+}
+
 Interaction::Answer GuiInteraction::message(Icon icon, Buttons buttons, const QString &text,
                                             const QString &title)
 {
+    if (unattended()) {
+        printLine(kindOf(icon), buttons == Buttons::Ok ? text : text + u" [answered No]");
+        if (m_record)
+            m_record(text);
+        return buttons == Buttons::Ok ? Answer::Ok : Answer::No;
+    }
     QWidget *parent = m_window;
     if (parent && (!parent->isVisible() || parent->isMinimized()))
         parent = nullptr;

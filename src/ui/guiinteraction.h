@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QPointer>
 #include <QString>
+#include <functional>
 
 #include "core/interaction.h"
 
@@ -21,6 +22,13 @@ public:
 
     // The window that parents the message boxes and shows the status labels.
     void setWindow(frmMain *window);
+    // Whether anybody is there to answer (false with -dontask, or without a display) and where a
+    // message then goes besides standard error (the day's log). A box that nobody can see is
+    // never waited for: the run goes on as after OK, a question takes its default answer, No.
+    void setUnattended(std::function<bool()> unattended,
+                       std::function<void(const QString &)> record);
+    bool unattended() const { return m_unattended && m_unattended(); }
+    bool personPresent() const override { return !unattended(); }
     // The title of message boxes shown without a title of their own.
     void setDefaultTitle(const QString &title) { m_defaultTitle = title; }
 
@@ -30,11 +38,15 @@ public:
     void setStatusLabel(int index, const QString &text) override;
     void setProgressAnimation(bool running) override;
     void setInputEnabled(bool enabled) override;
+    void failureReported(const QString &error, const QString &source,
+                         const QString &destination) override;
 
 private:
     QPointer<frmMain> m_window;
     QString m_defaultTitle;
     QElapsedTimer m_sinceYield;
+    std::function<bool()> m_unattended;
+    std::function<void(const QString &)> m_record;
 };
 
 } // namespace duomir

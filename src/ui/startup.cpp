@@ -9,6 +9,8 @@
 #include <cmath>
 
 #include "core/engine.h"
+#include "core/exitstatus.h"
+#include "core/interaction.h"
 #include "settings/commandline.h"
 #include "settings/inifile.h"
 #include "ui/dlghint.h"
@@ -54,10 +56,15 @@ bool Startup::run(const SettingsEnvironment &env, const QStringList &arguments)
     MousePointer busy;
     InitSettings(m_engine, env);
 
-    // An unattended run (-dontask, often hidden, from cron or a launcher) on an account that never
-    // chose a language must not wait for a dialog nobody sees: it runs in English.
-    const CommandLine cmd = parseCommandLine(joinCommandLine(arguments));
-    if (m_engine.settings.Language.isEmpty() && !cmd.DontAsk) {
+    // An unattended run (-dontask, often hidden, from cron or a launcher, or no display at all) on
+    // an account that never chose a language must not wait for a dialog nobody sees: it runs in
+    // English.
+    const CommandLine cmd = parseArguments(arguments);
+    m_autoRequested = cmd.AutoRequested;
+    if (cmd.DontAsk)
+        m_engine.DontAsk = true;
+    const bool personPresent = m_engine.ui().personPresent() && !cmd.DontAsk;
+    if (m_engine.settings.Language.isEmpty() && personPresent) {
         // The dialog waits for the user: the normal pointer, and a beep to call them.
         busy.release();
         beep();
@@ -79,8 +86,6 @@ bool Startup::run(const SettingsEnvironment &env, const QStringList &arguments)
     if (!m_engine.settings.FormPos.isEmpty())
         applyPlacement(m_window, parsePlacement(m_engine.settings.FormPos));
 
-    if (cmd.DontAsk)
-        m_engine.DontAsk = true;
     if (cmd.Hide) {
         m_window->setWindowState(Qt::WindowMinimized);
     } else {
@@ -102,6 +107,10 @@ bool Startup::run(const SettingsEnvironment &env, const QStringList &arguments)
             }
         }
     }
+    // An automatic run that nobody watches always ends, also when its profile could not be read
+    // or was empty: a process left waiting would be one more every night.
+    if (cmd.AutoRequested && !m_closed && !personPresent)
+        m_window->close();
     if (m_closed)
         return false;
 
@@ -111,10 +120,20 @@ bool Startup::run(const SettingsEnvironment &env, const QStringList &arguments)
     busy.release();
 
     if (!m_engine.settings.DontShowHint) {
-        dlgHint hint(m_engine, m_window);
-        execModal(hint);
+        if (personPresent) {
+            dlgHint hint(m_engine, m_window);
+            execModal(hint);
+        } else {
+            m_engine.ui().message(Interaction::Icon::Information, Interaction::Buttons::Ok,
+                                  dlgHint::hintText(m_engine));
+        }
     }
     return !m_closed;
+}
+
+int Startup::exitStatus() const
+{
+    return m_autoRequested ? RunExitStatus(m_engine) : ExitOk;
 }
 
 void Startup::startInfoScript()

@@ -26,6 +26,10 @@ public:
     // Returns false when the window was closed during it (an automatic run ended the program).
     bool run(const SettingsEnvironment &env, const QStringList &arguments);
 
+    // The program's exit status once the window has closed: that of the automatic run for
+    // "-auto" (core/exitstatus.h), else 0.
+    int exitStatus() const;
+
     // The window's placement in the units of the settings file (twips).
     static Placement placementOf(const QWidget *window);
     static void applyPlacement(QWidget *window, const Placement &placement);
@@ -41,6 +45,7 @@ private:
     QMainWindow *m_window;
     ShellHooks &m_hooks;
     bool m_closed = false;
+    bool m_autoRequested = false;
     bool m_inClose = false;
 };
 

@@ -121,6 +121,12 @@ private Q_SLOTS:
         QTest::newRow("profile that fails to load is not synchronized")
             << QStringList{u"@/broken.dyp"_qs, u"-auto"_qs} << false << false
             << QStringList{u"localize"_qs, u"load @/broken.dyp"_qs} << false << false;
+        QTest::newRow("unattended, profile fails to load: ends anyway")
+            << QStringList{u"@/broken.dyp"_qs, u"-auto"_qs, u"-dontask"_qs} << false << false
+            << QStringList{u"localize"_qs, u"load @/broken.dyp"_qs} << false << true;
+        QTest::newRow("a switch word inside a file name is no switch")
+            << QStringList{u"@/my-automatic.dyp"_qs} << false << true
+            << QStringList{u"localize"_qs, u"load @/my-automatic.dyp"_qs} << false << false;
     }
 
     void commandLine()
@@ -141,7 +147,10 @@ private Q_SLOTS:
             QVERIFY(QFile(args[0]).open(QIODevice::WriteOnly));
         m_loadResult = loads;
 
-        QVERIFY(start(args));
+        // An automatic run that nobody watches ends the program whatever the hooks did.
+        const bool unattendedAuto =
+            dontAsk && args.join(u' ').contains(u"-auto"_qs, Qt::CaseInsensitive);
+        QCOMPARE(start(args), !unattendedAuto);
         QCOMPARE(m_events, expected);
         QCOMPARE(m_window->isMinimized(), minimized);
         QCOMPARE(m_engine->DontAsk, dontAsk);
