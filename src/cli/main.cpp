@@ -39,8 +39,11 @@ Sync options (see duomir-cli sync --help):
   --delete      with one direction: delete on the sending side what the receiving side lacks
   --log         write the day's log even when logging is off
   --dry-run     print what would change; change nothing
+  --no-delete   do not delete, whatever the profile says
+  --max-delete PERCENT  hold back a deletion of more than PERCENT of a pair's files (default 50)
   Exit status: 0 done or nothing to do, 1 an operation failed or no direction was chosen,
-  2 usage error, unreadable profile or nested pair, 3 a root could not be listed.
+  2 usage error, unreadable profile or nested pair, 3 a root could not be listed, 4 a deletion
+  was held back by the guard.
 
 Options:
   -h, --help       show this help and exit

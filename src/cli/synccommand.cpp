@@ -31,7 +31,12 @@ Options:
   --direction both|to-destination|to-source   which way files go (default: the profile's
                 directions, both for --source/--destination)
   --delete      with exactly one direction: delete on the sending side the files that the
-                receiving side lacks, and copy only files present on both sides
+                receiving side lacks, and copy only files present on both sides (a profile's
+                Delete does the same; --no-delete turns it off for this run)
+  --no-delete   do not delete, whatever the profile says
+  --max-delete PERCENT  hold a pair's deletion back when it would remove more than PERCENT of
+                its files, or when the receiving side is empty (default: the setting
+                MaxDeletePercent, 50; 100 turns the guard off)
   --log         write the day's log even when logging is off in the settings
   --dry-run     print what would be deleted, created and copied; change nothing
   --allow-nested  run a pair whose one root lies inside the other (refused otherwise)
@@ -39,13 +44,15 @@ Options:
 
 Exit status: 0 success or nothing to do, 1 some operation failed, the run was interrupted or
 no direction was chosen, 2 usage error, unreadable profile or nested pair, 3 a root directory
-could not be listed.
+could not be listed, 4 the deletion guard held a deletion back (the copies still ran).
 )";
 
 struct SyncArgs
 {
     QString direction; // empty: the profile's, or both
     bool del = false;
+    bool noDelete = false;
+    int maxDelete = -1; // -1: the setting
     bool log = false;
     bool dryRun = false;
     bool help = false;
@@ -70,6 +77,13 @@ QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
                        out.direction + u"'";
         } else if (a == u"--delete") {
             out.del = true;
+        } else if (a == u"--no-delete") {
+            out.noDelete = true;
+        } else if (a == u"--max-delete") {
+            bool ok = false;
+            out.maxDelete = rest.value(++i).toInt(&ok);
+            if (!ok || out.maxDelete < 0 || out.maxDelete > 100)
+                return u"--max-delete takes a per cent from 0 to 100, not '" + rest.value(i) + u"'";
         } else if (a == u"--log") {
             out.log = true;
         } else if (a == u"--dry-run") {
@@ -147,7 +161,7 @@ int runSync(const QStringList &args)
 {
     PairOptions pairOptions;
     SyncArgs sync;
-    QString error = parsePairOptions(args, {u"--direction"_qs}, pairOptions);
+    QString error = parsePairOptions(args, {u"--direction"_qs, u"--max-delete"_qs}, pairOptions);
     if (args.contains(u"--help"_qs) || args.contains(u"-h"_qs)) {
         std::fputs(syncUsage, stdout);
         return ExitOk;
@@ -156,6 +170,8 @@ int runSync(const QStringList &args)
         error = parseSyncArgs(pairOptions.rest, sync);
     if (error.isEmpty() && sync.del && sync.direction == u"both")
         error = u"--delete needs exactly one direction (to-destination or to-source)"_qs;
+    if (error.isEmpty() && sync.del && sync.noDelete)
+        error = u"--delete and --no-delete exclude each other"_qs;
     if (!error.isEmpty())
         return usageError(error);
 
@@ -174,10 +190,6 @@ int runSync(const QStringList &args)
                          toNative(engine.ProfilePath).constData());
             return ExitUsage;
         }
-        // Deleting is asked for on the command line only; a profile alone never deletes here.
-        if (engine.sync.Delete && !sync.del)
-            std::fprintf(stderr, "duomir-cli sync: note: the profile's delete option is not used "
-                                 "without --delete\n");
     }
     if (!sync.direction.isEmpty()) {
         engine.sync.Src = sync.direction != u"to-source";
@@ -186,7 +198,21 @@ int runSync(const QStringList &args)
         engine.sync.Src = engine.sync.Dest = true;
     }
     engine.sync.Reverse = false;
-    engine.sync.Delete = sync.del;
+    // The profile's Delete applies as in the window's automatic run, guarded like every deletion;
+    // the command line overrides it for this run.
+    const bool profileDeletes = !pairOptions.adHoc() && engine.sync.Delete && !sync.del;
+    engine.sync.Delete = sync.del || (profileDeletes && !sync.noDelete);
+    if (engine.sync.Delete && !sync.del && engine.sync.Src == engine.sync.Dest) {
+        std::fprintf(stderr, "duomir-cli sync: note: the profile's Delete needs exactly one "
+                             "direction; nothing is deleted in this run\n");
+        engine.sync.Delete = false;
+    }
+    if (!pairOptions.adHoc())
+        std::fprintf(stderr, "duomir-cli sync: directions from %s%s\n",
+                     sync.direction.isEmpty() ? "the profile" : "--direction",
+                     engine.sync.Delete && !sync.del ? ", Delete from the profile" : "");
+    if (sync.maxDelete >= 0)
+        engine.settings.MaxDeletePercent = sync.maxDelete;
     // A profile without its view section (or with both directions off) sends nothing; a
     // scheduled run must not report success for that.
     if (!engine.sync.Src && !engine.sync.Dest) {
@@ -242,6 +268,8 @@ int runSync(const QStringList &args)
 
     if (unlisted > 0)
         return ExitNoRoot;
+    if (engine.DeletionsRefused > 0)
+        return ExitDeletionRefused;
     return engine.syncStats.failures > 0 || g_interrupted ? ExitFailures : ExitOk;
 }
 

@@ -1,5 +1,7 @@
 #include "core/deleteentries.h"
 
+#include <algorithm>
+
 #include "core/engine.h"
 #include "core/errorlog.h"
 #include "core/platform/fileops.h"
@@ -25,6 +27,8 @@ public:
         m_root = pairRoot(m_engine.CompareResults[size_t(rootRow)], m_side);
         m_blockedBelow.clear();
         m_checkedFolder.clear();
+        const std::vector<int> &held = m_engine.DeletionRefusedRoots;
+        m_held = std::find(held.begin(), held.end(), rootRow) != held.end();
     }
     TreePath place(const QString &full) const { return placeBelow(m_root, full); }
     bool isBlocked(const QString &path) const
@@ -32,6 +36,7 @@ public:
         return !m_blockedBelow.isEmpty() && path.startsWith(m_blockedBelow);
     }
     void deleteFile(int index);
+    bool held() const { return m_held; }
 
 private:
     bool folderUsable(int index);
@@ -39,6 +44,7 @@ private:
     Engine &m_engine;
     int m_side;
     QString m_root;
+    bool m_held = false; // the deletion guard held this pair back
     QString m_blockedBelow;
     QString m_checkedFolder;
 };
@@ -62,7 +68,7 @@ bool DeleteWalk::folderUsable(int index)
 void DeleteWalk::deleteFile(int index)
 {
     const CompareEntry &x = m_engine.CompareResults[size_t(index)];
-    if (isBlocked(x.Path[m_side]) || !folderUsable(index))
+    if (m_held || isBlocked(x.Path[m_side]) || !folderUsable(index))
         return;
     const TreePath file = place(x.Path[m_side] + x.Name[m_side]);
     if (x.Attributes[m_side] & Attr::ReadOnly)
@@ -106,7 +112,7 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     const qsizetype depth = separatorCount(e.Path[side]);
     // Only an already empty directory goes; "not empty" stays silent. A whole-list run (start 0)
     // never removes the pair's root itself: an empty root is still the place the pair names.
-    if (start > 0)
+    if (start > 0 && !walk.held())
         ReportResult(engine, engine.fileOps->removeDirectory(walk.place(e.Path[side])),
                      What::RemoveDirectory, side, first);
 

@@ -72,6 +72,10 @@ public:
     // listed (806, 807) and a profile that could not be read (805).
     int UnlistedRootsSeen = 0;
     bool ProfileUnreadable = false;
+    // Pairs whose deletion step the guard held back in this run (their root rows), and how many
+    // were held back since the program started.
+    std::vector<int> DeletionRefusedRoots;
+    int DeletionsRefused = 0;
 
     // Pairs and profile.
     DirPairList pairs;

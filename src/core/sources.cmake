@@ -55,6 +55,8 @@ set(DUOMIR_CORE_SOURCES
     core/copyentries.cpp
     core/copypipeline.h
     core/copypipeline.cpp
+    core/deletionguard.h
+    core/deletionguard.cpp
     core/deleteentries.h
     core/deleteentries.cpp
     core/exitstatus.h

@@ -2,6 +2,7 @@
 
 #include "core/copyentries.h"
 #include "core/deleteentries.h"
+#include "core/deletionguard.h"
 #include "core/engine.h"
 #include "core/errorlog.h"
 #include "core/exitstatus.h"
@@ -54,8 +55,11 @@ bool Synchronize(Engine &engine, int startEntry)
     engine.syncStats = {};
     engine.ui().setInputEnabled(false);
 
-    if (o.Src != o.Dest && o.Delete)
+    if (o.Src != o.Dest && o.Delete) {
+        GuardDeletions(engine, o.Src ? 0 : 1, startEntry);
         DeleteEntries(engine, o.Src ? 0 : 1, startEntry, DeleteMode::OnlyMissingOnOtherSide);
+        engine.DeletionRefusedRoots.clear(); // the list's own Delete command is not guarded
+    }
 
     const int receivingDecides = o.Delete ? CopyMode::ReceivingDecides : 0;
     engine.ByteTotal = 0;
@@ -94,6 +98,8 @@ ExitStatus RunExitStatus(const Engine &engine)
         return ExitNoRoot;
     if (engine.ProfileUnreadable)
         return ExitUsage;
+    if (engine.DeletionsRefused > 0)
+        return ExitDeletionRefused;
     if (engine.syncStats.failures > 0 || engine.CancelFlag)
         return ExitFailures;
     return ExitOk;

@@ -17,6 +17,12 @@ struct Settings
     bool HiddenFiles = false;
     double TimeLag = 0.0; // days; the largest time difference that still counts as equal
     bool LogToFile = false;
+    // Besides failures, one log line per file copied, replaced or deleted and per folder created.
+    bool LogActions = false;
+    // A deletion step that would remove more than this share (per cent) of a pair's files on the
+    // sending side, or that finds the receiving side empty, asks first (and, unattended, does not
+    // run). 100 switches the guard off.
+    int MaxDeletePercent = 50;
     bool DontShowHint = false;
     bool ButtonBarsWithText = false;
     QString Language;  // language file name without ".lang"

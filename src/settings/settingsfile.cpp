@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -121,6 +122,9 @@ Settings LoadSettings(const IniFile &file)
     s.FormPos = file.readString(form, QStringLiteral("Pos"), {}, 99);
     s.FormState = file.readInt(form, QStringLiteral("State"), 0);
     s.LogToFile = on(general, u"LogToFile", 0);
+    s.LogActions = on(general, u"LogActions", 0);
+    s.MaxDeletePercent =
+        std::clamp(file.readInt(general, QStringLiteral("MaxDeletePercent"), 50), 0, 100);
     s.DontShowHint = on(general, u"DontShowHint", 0);
     s.ButtonBarsWithText = on(general, u"ButtonBarsWithText", 0);
     s.Language = file.readString(general, QStringLiteral("Language"), {}, 254);
@@ -146,6 +150,7 @@ void WriteOptions(IniFile &file, const Settings &s)
     file.writeString(exclude, QStringLiteral("Files"), s.ExcludeFiles);
     file.writeString(general, QStringLiteral("TimeLag"), timeLagToText(s.TimeLag));
     file.writeString(general, QStringLiteral("LogToFile"), flag(s.LogToFile));
+    file.writeString(general, QStringLiteral("LogActions"), flag(s.LogActions));
     file.writeString(general, QStringLiteral("ButtonBarsWithText"), flag(s.ButtonBarsWithText));
     file.writeString(include, QStringLiteral("SubDirs"), flag(s.SubDirs));
     file.writeString(include, QStringLiteral("SysDirs"), flag(s.SysDirs));

@@ -119,18 +119,26 @@ private Q_SLOTS:
         QTest::newRow("profile: to destination")
             << QByteArray("SO0=1\nSO1=0") << QStringList() << toD;
         QTest::newRow("profile: to source") << QByteArray("SO0=0\nSO1=1") << QStringList() << toS;
-        QTest::newRow("profile: delete without --delete")
-            << QByteArray("SO0=1\nSO1=0\nSO3=1") << QStringList() << toD;
+        // The guard would hold back deleting the source's one file (100 % of it): these rows
+        // raise its limit, the guard's own rows are in exitCodes.
+        const QStringList unguarded{u"--max-delete"_qs, u"100"_qs};
+        QTest::newRow("profile: delete")
+            << QByteArray("SO0=1\nSO1=0\nSO3=1") << unguarded << QStringList{u"d/only-d"_qs};
+        QTest::newRow("profile: delete, --no-delete")
+            << QByteArray("SO0=1\nSO1=0\nSO3=1") << unguarded + QStringList{u"--no-delete"_qs}
+            << toD;
         QTest::newRow("profile: --delete")
-            << QByteArray("SO0=1\nSO1=0\nSO3=1") << QStringList{u"--delete"_qs}
+            << QByteArray("SO0=1\nSO1=0\nSO3=1") << unguarded + QStringList{u"--delete"_qs}
             << QStringList{u"d/only-d"_qs};
         QTest::newRow("to source")
             << QByteArray() << QStringList{u"--direction"_qs, u"to-source"_qs} << toS;
         QTest::newRow("to destination, --delete")
-            << QByteArray() << QStringList{u"--direction"_qs, u"to-destination"_qs, u"--delete"_qs}
+            << QByteArray()
+            << unguarded + QStringList{u"--direction"_qs, u"to-destination"_qs, u"--delete"_qs}
             << QStringList{u"d/only-d"_qs};
         QTest::newRow("to source, --delete")
-            << QByteArray() << QStringList{u"--direction"_qs, u"to-source"_qs, u"--delete"_qs}
+            << QByteArray()
+            << unguarded + QStringList{u"--direction"_qs, u"to-source"_qs, u"--delete"_qs}
             << QStringList{u"s/only-s"_qs};
     }
     void directions()
@@ -239,6 +247,18 @@ private Q_SLOTS:
         QTest::newRow("missing destination")
             << QStringList{u"--source"_qs, u"@s"_qs, u"--destination"_qs, u"@nope"_qs} << 3
             << QByteArray("the whole run is dropped");
+        // An unplugged stick leaves an empty mount point: deleting from the source everything
+        // it "lacks" is held back; the run says so with a status of its own.
+        QTest::newRow("delete towards an empty destination")
+            << QStringList{u"--source"_qs, u"@s"_qs,          u"--destination"_qs,
+                           u"@empty"_qs,   u"--direction"_qs, u"to-destination"_qs,
+                           u"--delete"_qs}
+            << 4 << QByteArray("held back");
+        QTest::newRow("delete of most of the source")
+            << QStringList{u"--source"_qs, u"@s"_qs,          u"--destination"_qs,
+                           u"@d"_qs,       u"--direction"_qs, u"to-destination"_qs,
+                           u"--delete"_qs}
+            << 4 << QByteArray("held back");
         QTest::newRow("profile without a direction")
             << QStringList{u"@none-chosen.dyp"_qs} << 1 << QByteArray("no direction chosen");
         QTest::newRow("destination inside the source")
@@ -260,14 +280,17 @@ private Q_SLOTS:
         tree.file(u"d/old"_qs, "z", T0);
         writeProfile(tree, u"p.dyp"_qs, "SO0=1\nSO1=1");
         writeProfile(tree, u"none-chosen.dyp"_qs, {});
+        tree.dir(u"empty"_qs);
         for (QString &a : args)
             if (a.startsWith(u'@'))
                 a = tree.path(a.mid(1));
-        const QStringList before = tree.snapshot(u"s"_qs) + tree.snapshot(u"d"_qs);
+        const QStringList before =
+            tree.snapshot(u"s"_qs) + tree.snapshot(u"d"_qs) + tree.snapshot(u"empty"_qs);
         const CliRun r = run(tree, QStringList{u"sync"_qs} + args);
         QCOMPARE(r.code, code);
         QVERIFY2(r.err.contains(says), r.err.constData());
-        QCOMPARE(tree.snapshot(u"s"_qs) + tree.snapshot(u"d"_qs), before);
+        QCOMPARE(tree.snapshot(u"s"_qs) + tree.snapshot(u"d"_qs) + tree.snapshot(u"empty"_qs),
+                 before);
         if (args.contains(u"--dry-run"_qs))
             QVERIFY2(r.out.contains(QByteArray("copy " + tree.nativePath("s/f"))) &&
                          r.out.contains(QByteArray("create " + tree.nativePath("d/sub"))),

@@ -124,12 +124,14 @@ private Q_SLOTS:
         WriteOptions(ini, s);
         WriteLanguage(ini, u"English"_qs);
         WriteDontShowHint(ini, true);
-        QCOMPARE(tree.read(u"Duomir.ini"_qs),
-                 QByteArray("[Exclude]\nDirs=Temp;Recycled\nFiles=*.tmp;*.bak\n"
-                            "[General]\nTimeLag=00:00:02\nLogToFile=1\nButtonBarsWithText=0\n"
-                            "Language=English\nDontShowHint=1\n"
-                            "[Include]\nSubDirs=1\nSysDirs=0\nSysFiles=0\nHiddenDirs=1\n"
-                            "HiddenFiles=0\n"));
+        QCOMPARE(
+            tree.read(u"Duomir.ini"_qs),
+            QByteArray(
+                "[Exclude]\nDirs=Temp;Recycled\nFiles=*.tmp;*.bak\n"
+                "[General]\nTimeLag=00:00:02\nLogToFile=1\nLogActions=0\nButtonBarsWithText=0\n"
+                "Language=English\nDontShowHint=1\n"
+                "[Include]\nSubDirs=1\nSysDirs=0\nSysFiles=0\nHiddenDirs=1\n"
+                "HiddenFiles=0\n"));
     }
 
     void placementOnClose_data()

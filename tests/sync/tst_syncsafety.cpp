@@ -17,6 +17,7 @@
 #include "core/comparecommand.h"
 #include "core/deleteentries.h"
 #include "core/engine.h"
+#include "core/exitstatus.h"
 #include "core/platform/faultyfileops.h"
 #include "core/synchronize.h"
 
@@ -471,6 +472,49 @@ private Q_SLOTS:
         found.sort();
         after.sort();
         QCOMPARE(found, after);
+    }
+
+    // The deletion guard: a deletion step that would take more than the limit of a pair's files,
+    // or finds the receiving side empty, is asked about, and without a person not run at all.
+    void deletionGuard_data()
+    {
+        QTest::addColumn<int>("destinationFiles"); // of the source's ten; -1: nothing at all
+        QTest::addColumn<int>("limit");
+        QTest::addColumn<QString>("person"); // "" nobody (DontAsk), "yes", "no"
+        QTest::addColumn<int>("deleted");
+        QTest::newRow("empty receiving side") << -1 << 50 << QString() << 0;
+        QTest::newRow("60 % refused") << 4 << 50 << QString() << 0;
+        QTest::newRow("40 % allowed") << 6 << 50 << QString() << 4;
+        QTest::newRow("60 %, guard off") << 4 << 100 << QString() << 6;
+        QTest::newRow("60 %, the person says yes") << 4 << 50 << u"yes"_qs << 6;
+        QTest::newRow("60 %, the person says no") << 4 << 50 << u"no"_qs << 0;
+    }
+    void deletionGuard()
+    {
+        QFETCH(int, destinationFiles);
+        QFETCH(int, limit);
+        QFETCH(QString, person);
+        QFETCH(int, deleted);
+        Fixture f;
+        for (int i = 0; i < 10; ++i)
+            f.tree.file(u"s/f%1"_qs.arg(i), "x", T0);
+        f.tree.dir(u"d"_qs);
+        for (int i = 0; i < destinationFiles; ++i)
+            f.tree.file(u"d/f%1"_qs.arg(i), "x", T0);
+        f.addPair(u"s"_qs, u"d"_qs);
+        QVERIFY(Compare(f.engine));
+        f.engine.settings.MaxDeletePercent = limit;
+        f.engine.DontAsk = person.isEmpty();
+        f.ui.answers = {person == u"yes"_qs ? Interaction::Answer::Yes : Interaction::Answer::No};
+        f.engine.sync = {true, false, false, true};
+        QVERIFY(Synchronize(f.engine, 0));
+        QCOMPARE(f.engine.syncStats.filesDeleted, deleted);
+        QCOMPARE(QDir(f.tree.path(u"s"_qs)).entryList(QDir::Files).size(), 10 - deleted);
+        const bool held = deleted == 0;
+        QCOMPARE(f.engine.DeletionsRefused, held ? 1 : 0);
+        QCOMPARE(RunExitStatus(f.engine), held ? ExitDeletionRefused : ExitOk);
+        if (held)
+            QVERIFY2(f.log().contains(u"DeletionRefused"_qs), qPrintable(f.log()));
     }
 
     // A name that holds a newline or a tab still makes one log line with its four columns.

@@ -1,0 +1,74 @@
+#include "core/deletionguard.h"
+
+#include "core/engine.h"
+#include "core/errorlog.h"
+#include "core/interaction.h"
+#include "core/syncpaths.h"
+
+namespace duomir {
+
+namespace {
+
+struct PairCount
+{
+    int sendingFiles = 0;
+    int deletions = 0;
+    bool receivingHoldsAnything = false;
+};
+
+PairCount countPair(const CompareArray &rows, int root, int side)
+{
+    PairCount c;
+    const int other = side ^ 1;
+    for (std::size_t i = std::size_t(root) + 1; i < rows.size() && !isPairRootRow(rows[i]); ++i) {
+        const CompareEntry &x = rows[i];
+        c.receivingHoldsAnything = c.receivingHoldsAnything || !x.Name[size_t(other)].isEmpty();
+        if (x.isDirectory() || x.Name[size_t(side)].isEmpty())
+            continue;
+        ++c.sendingFiles;
+        if (x.Marked && x.Name[size_t(other)].isEmpty())
+            ++c.deletions;
+    }
+    return c;
+}
+
+} // namespace
+
+void GuardDeletions(Engine &engine, int side, int start)
+{
+    engine.DeletionRefusedRoots.clear();
+    const CompareArray &rows = engine.CompareResults;
+    if (rows.size() < 2)
+        return;
+    const int limit = engine.settings.MaxDeletePercent;
+    const int first = start > 0 ? pairRootRow(rows, start) : 1;
+    for (int root = first; root < int(rows.size()); ++root) {
+        if (!isPairRootRow(rows[size_t(root)]))
+            continue;
+        if (start > 0 && root != first)
+            break;
+        if (engine.isInUnlistedPair(root))
+            continue; // such a pair deletes nothing anyway
+        const PairCount c = countPair(rows, root, side);
+        const bool emptied = !c.receivingHoldsAnything && c.sendingFiles > 0;
+        const bool tooMany =
+            limit < 100 && qint64(c.deletions) * 100 > qint64(limit) * c.sendingFiles;
+        if (c.deletions == 0 || (!emptied && !tooMany))
+            continue;
+        const QStringList params{QString::number(c.deletions), QString::number(c.sendingFiles),
+                                 pairRoot(rows[size_t(root)], side), QString::number(limit)};
+        if (!engine.DontAsk && engine.ui().personPresent() &&
+            engine.ui().message(Interaction::Icon::Exclamation, Interaction::Buttons::YesNo,
+                                engine.FormatMsg(820, params)) == Interaction::Answer::Yes)
+            continue;
+        engine.DeletionRefusedRoots.push_back(root);
+        ++engine.DeletionsRefused;
+        if (engine.DontAsk || !engine.ui().personPresent())
+            engine.ui().message(Interaction::Icon::Exclamation, Interaction::Buttons::Ok,
+                                engine.FormatMsg(821, params));
+        WriteLogLine(engine, {QStringLiteral("DeletionRefused"), c.deletions, c.sendingFiles,
+                              params[2], QString()});
+    }
+}
+
+} // namespace duomir
