@@ -38,6 +38,8 @@ Options:
                 its files, or when the receiving side is empty (default: the setting
                 MaxDeletePercent, 50; 100 turns the guard off)
   --log         write the day's log even when logging is off in the settings
+  --log-actions besides failures, log one line per file copied, replaced or deleted and per
+                folder created (as the setting "Log every change into file")
   --dry-run     print what would be deleted, created and copied; change nothing
   --allow-nested  run a pair whose one root lies inside the other (refused otherwise)
   (pair options and --time-lag as for compare)
@@ -54,6 +56,7 @@ struct SyncArgs
     bool noDelete = false;
     int maxDelete = -1; // -1: the setting
     bool log = false;
+    bool logActions = false;
     bool dryRun = false;
     bool help = false;
 };
@@ -86,6 +89,8 @@ QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
                 return u"--max-delete takes a per cent from 0 to 100, not '" + rest.value(i) + u"'";
         } else if (a == u"--log") {
             out.log = true;
+        } else if (a == u"--log-actions") {
+            out.log = out.logActions = true;
         } else if (a == u"--dry-run") {
             out.dryRun = true;
         } else if (a == u"--help" || a == u"-h") {
@@ -230,6 +235,7 @@ int runSync(const QStringList &args)
         engine.settings.LogToFile = false; // a dry run leaves no trace, not even in the log
     } else if (sync.log) {
         engine.settings.LogToFile = true;
+        engine.settings.LogActions = engine.settings.LogActions || sync.logActions;
         QDir().mkpath(engine.DataFolder);
     }
 

@@ -247,11 +247,15 @@ CopyPipeline::Hooks CopyWalk::hooks()
 
 void CopyWalk::report(const CopyStep &step)
 {
-    if (step.what == What::MakeDirectory && step.result.ok())
+    if (step.what == What::MakeDirectory && step.result.ok()) {
         ++m_engine.syncStats.directoriesCreated;
+        LogAction(m_engine, QStringLiteral("mkdir"), What::MakeDirectory, m_d, step.index);
+    }
     if (step.what == What::Copy && step.result.ok()) {
         ++m_engine.syncStats.filesCopied;
         m_engine.syncStats.bytesCopied += step.size;
+        LogAction(m_engine, step.toSeen ? QStringLiteral("replace") : QStringLiteral("copy"),
+                  What::Copy, m_d, step.index);
     }
     ReportResult(m_engine, step.result, step.what, m_d, step.index);
     if (step.what == What::Copy && !m_engine.DontAsk)

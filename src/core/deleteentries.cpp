@@ -75,8 +75,10 @@ void DeleteWalk::deleteFile(int index)
         ReportResult(m_engine, m_engine.fileOps->clearReadOnly(file), What::ClearReadOnlyForDelete,
                      m_side, index);
     const OpResult result = m_engine.fileOps->removeFile(file, m_engine.seen(x, m_side));
-    if (result.ok())
+    if (result.ok()) {
         ++m_engine.syncStats.filesDeleted;
+        LogAction(m_engine, QStringLiteral("delete"), What::DeleteFile, m_side, index);
+    }
     ReportResult(m_engine, result, What::DeleteFile, m_side, index);
 }
 

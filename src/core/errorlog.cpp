@@ -65,6 +65,17 @@ void ReportResult(Engine &engine, OpResult result, int what, int d, int entryInd
     WriteLogLine(engine, {result.error, message, source, destination});
 }
 
+void LogAction(const Engine &engine, const QString &action, int what, int d, int entryIndex)
+{
+    if (!engine.settings.LogActions || entryIndex < 0 ||
+        size_t(entryIndex) >= engine.CompareResults.size())
+        return;
+    const CompareEntry &e = engine.CompareResults[size_t(entryIndex)];
+    const QString source = (what & 1) ? sideText(e, d, d, what & 2) : QString();
+    const QString destination = (what & 4) ? sideText(e, d ^ 1, d, what & 8) : QString();
+    WriteLogLine(engine, {action, QString(), source, destination});
+}
+
 QString logFilePath(const Engine &engine, const QDateTime &now)
 {
     return engine.DataFolder + now.toString(QStringLiteral("yyyyMMdd")) + u".log";

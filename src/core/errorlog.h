@@ -28,6 +28,11 @@ inline constexpr int RemoveDirectory = 1;
 // (and EEXIST from rmdir) is expected by the deletion walk and stays silent. Never stops a walk.
 void ReportResult(Engine &engine, OpResult result, int what, int d, int entryIndex);
 
+// With LogActions on, one log line for a change made to entry `entryIndex`: `action` ("copy",
+// "replace", "delete", "mkdir") in the column of the error number, an empty text, and the paths
+// the `what` bits name, escaped as on the failure lines.
+void LogAction(const Engine &engine, const QString &action, int what, int d, int entryIndex);
+
 // The day's log file for the moment `now`: DataFolder + "yyyymmdd.log".
 QString logFilePath(const Engine &engine, const QDateTime &now);
 

@@ -28,7 +28,19 @@ void writeRunLine(Engine &engine, const QString &what, int startEntry)
     if (index == 0 && rows[0].Path[0].isEmpty() && rows.size() > 1)
         index = 1;
     const CompareEntry &e = rows[index];
-    WriteLogLine(engine, {what, engine.ProfilePath, e.Path[0], e.Path[1]});
+    QVariantList fields{what, engine.ProfilePath, e.Path[0], e.Path[1]};
+    // With every change logged, the end of a run says what it came to.
+    if (engine.settings.LogActions && what == u"End") {
+        const SyncStats &s = engine.syncStats;
+        fields << QStringLiteral("copied %1 files (%2 bytes), created %3 folders, deleted %4 "
+                                 "files, %5 failures")
+                      .arg(s.filesCopied)
+                      .arg(s.bytesCopied)
+                      .arg(s.directoriesCreated)
+                      .arg(s.filesDeleted)
+                      .arg(s.failures);
+    }
+    WriteLogLine(engine, fields);
 }
 
 void endRun(Engine &engine)

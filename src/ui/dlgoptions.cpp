@@ -120,6 +120,8 @@ void dlgOptions::buildControls()
     lblTimeLag->setBuddy(m_txtTimeLag);
     m_chkLogToFile =
         named(new QCheckBox(QStringLiteral("Log errors into file")), "chkLogToFile", 10015);
+    m_chkLogActions =
+        named(new QCheckBox(QStringLiteral("Log every change into file")), "chkLogActions", 10023);
     m_chkButtonBarsWithText = named(new QCheckBox(QStringLiteral("Display text on button bars")),
                                     "chkButtonBarsWithText", 10016);
 
@@ -150,6 +152,7 @@ void dlgOptions::buildControls()
     left->addWidget(grpExclude);
     left->addLayout(timeRow);
     left->addWidget(m_chkLogToFile);
+    left->addWidget(m_chkLogActions);
     left->addWidget(m_chkButtonBarsWithText);
 
     auto *right = new QVBoxLayout;
@@ -168,7 +171,7 @@ void dlgOptions::buildControls()
     main->addLayout(right);
 
     for (QCheckBox *c : {m_chkSubDirs, m_chkSystem[0], m_chkSystem[1], m_chkHidden[0],
-                         m_chkHidden[1], m_chkLogToFile, m_chkButtonBarsWithText})
+                         m_chkHidden[1], m_chkLogToFile, m_chkLogActions, m_chkButtonBarsWithText})
         connect(c, &QCheckBox::clicked, this, &dlgOptions::changed);
     for (QLineEdit *e : {m_txtExcludeDirs, m_txtExcludeFiles, m_txtTimeLag})
         connect(e, &QLineEdit::textEdited, this, &dlgOptions::changed);
@@ -204,6 +207,7 @@ void dlgOptions::fillFromSettings()
     m_chkHidden[0]->setChecked(s.HiddenDirs);
     m_chkHidden[1]->setChecked(s.HiddenFiles);
     m_chkLogToFile->setChecked(s.LogToFile);
+    m_chkLogActions->setChecked(s.LogActions);
     m_chkButtonBarsWithText->setChecked(s.ButtonBarsWithText);
     syncDirectoryOptions();
 }
@@ -262,6 +266,7 @@ void dlgOptions::apply()
     s.ExcludeFiles = m_txtExcludeFiles->text();
     s.TimeLag = timeLagInput(m_txtTimeLag->text()).value_or(0.0);
     s.LogToFile = m_chkLogToFile->isChecked();
+    s.LogActions = m_chkLogActions->isChecked();
     s.ButtonBarsWithText = m_chkButtonBarsWithText->isChecked();
     s.SubDirs = m_chkSubDirs->isChecked();
     for (int i = 0; i < 2; ++i) {

@@ -47,6 +47,7 @@ private:
     QLineEdit *m_txtExcludeFiles = nullptr; // txtSearch index 3
     QLineEdit *m_txtTimeLag = nullptr;
     QCheckBox *m_chkLogToFile = nullptr;
+    QCheckBox *m_chkLogActions = nullptr;
     QCheckBox *m_chkButtonBarsWithText = nullptr;
     QPushButton *m_cmdApply = nullptr;
     QPushButton *m_cmdExit = nullptr;

@@ -36,7 +36,7 @@ Switches count only as whole arguments, in any letter case. Without a display th
 offscreen and never waits for a click.
 
 Exit status after -auto: 0 done or nothing to do, 1 some operation failed, 2 the profile could not
-be read, 3 a root directory could not be listed.
+be read, 3 a root directory could not be listed, 4 the deletion guard held a deletion back.
 
   -h, --help     show this help and exit
   -V, --version  show the version and exit

@@ -517,6 +517,48 @@ private Q_SLOTS:
             QVERIFY2(f.log().contains(u"DeletionRefused"_qs), qPrintable(f.log()));
     }
 
+    // With every change logged, a run can be read afterwards: one line per copy, replacement,
+    // deletion and new folder, in the failure lines' columns, and the totals on the End line.
+    void actionLog()
+    {
+        Fixture f;
+        f.tree.file(u"s/a"_qs, "new", T0);
+        f.tree.file(u"s/b"_qs, "newer", T0 + 100);
+        f.tree.file(u"d/b"_qs, "older", T0);
+        f.tree.file(u"s/sub/c"_qs, "in a new folder", T0);
+        f.tree.file(u"s/keep1"_qs, "", T0);
+        f.tree.file(u"d/keep1"_qs, "", T0);
+        f.tree.file(u"s/keep2"_qs, "", T0);
+        f.tree.file(u"d/keep2"_qs, "", T0);
+        f.tree.file(u"d/gone"_qs, "only here", T0);
+        f.engine.settings.LogActions = true;
+        f.addPair(u"s"_qs, u"d"_qs);
+        QVERIFY(Compare(f.engine));
+        f.engine.sync = {true, false, false, false};
+        QVERIFY(Synchronize(f.engine, 0));
+        QVERIFY(Compare(f.engine));
+        f.engine.sync = {false, true, false, true}; // towards the source, deleting what it lacks
+        QVERIFY(Synchronize(f.engine, 0));
+
+        const QString s = f.tree.path(u"s/"_qs);
+        const QString d = f.tree.path(u"d/"_qs);
+        QStringList actions;
+        for (const QString &line : f.log().split(u"\r\n"_qs, Qt::SkipEmptyParts)) {
+            const QStringList columns = line.split(u'\t');
+            if (columns.size() == 6 && columns[3].isEmpty() && columns[2] != u"Start"_qs &&
+                columns[2] != u"End"_qs)
+                actions << columns[2] + u' ' + columns[4] + u' ' + columns[5];
+        }
+        QCOMPARE(
+            actions,
+            (QStringList{u"copy "_qs + s + u"a " + d + u"a", u"replace "_qs + s + u"b " + d + u"b",
+                         u"mkdir  "_qs + d + u"sub", u"copy "_qs + s + u"sub/c " + d + u"sub/c",
+                         u"delete "_qs + d + u"gone "}));
+        QVERIFY2(f.log().contains(u"copied 0 files (0 bytes), created 0 folders, deleted 1 files, "
+                                  u"0 failures"_qs),
+                 qPrintable(f.log()));
+    }
+
     // A name that holds a newline or a tab still makes one log line with its four columns.
     void oneFailureOneLine()
     {
