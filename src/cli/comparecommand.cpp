@@ -101,6 +101,7 @@ int runCompare(const QStringList &args)
     if (!Compare(engine, &unlisted) && unlisted == 0)
         return ExitUsage; // an empty pair list; Compare has said so (802)
 
+    warnUnlistedFolders(engine, "compare");
     // The command line decides the view, whatever the profile's toolbars said.
     engine.filter = view.filter;
     BuildVisibleRows(engine, view.filter.FileFilter);

@@ -1,6 +1,7 @@
 #include "cli/pairoptions.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <cstdio>
 
 #include "cli/commands.h"
@@ -131,13 +132,41 @@ QString applyPairOptions(const PairOptions &options, Engine &engine)
     return {};
 }
 
+int warnUnlistedFolders(const Engine &engine, const char *command)
+{
+    int count = 0;
+    for (std::size_t r = 1; r < engine.CompareResults.size(); ++r) {
+        const CompareEntry &x = engine.CompareResults[r];
+        for (int side = 0; side < 2; ++side) {
+            if (x.Name[size_t(side)].isEmpty() || !x.isDirectory() ||
+                !(x.Attributes[size_t(side)] & Attr::Unlisted))
+                continue;
+            ++count;
+            QByteArray path;
+            appendEscapedForLine(path, x.Path[size_t(side)]);
+            std::fprintf(stderr,
+                         "duomir-cli %s: warning: a folder could not be listed, so nothing below "
+                         "it is deleted or replaced: %s\n",
+                         command, path.constData());
+        }
+    }
+    return count;
+}
+
 int refuseNestedPairs(const Engine &engine, const PairOptions &options, const char *command)
 {
     if (options.allowNested)
         return 0;
     for (int p = 1; p <= engine.pairs.count(); ++p) {
         const DirPair &pair = engine.pairs[p];
-        const int key = pairConflict(pair, true);
+        // As the file system resolves them: a link or ".." in one root must neither hide a
+        // nesting nor make one up.
+        DirPair resolved = pair;
+        for (QString *root : {&resolved.Source, &resolved.Destination}) {
+            const QString real = QFileInfo(*root).canonicalFilePath();
+            *root = real.isEmpty() ? QDir::cleanPath(*root) : real;
+        }
+        const int key = pairConflict(resolved, true);
         if (key != 20820 && key != 20830 && key != 20840)
             continue;
         std::fprintf(

@@ -47,4 +47,8 @@ QString applyPairOptions(const PairOptions &options, Engine &engine);
 // status; 0 when every pair is fine.
 int refuseNestedPairs(const Engine &engine, const PairOptions &options, const char *command);
 
+// Names every folder the comparison could not list (its contents unseen: nothing below it is
+// deleted or replaced) on standard error, once each; returns how many there were.
+int warnUnlistedFolders(const Engine &engine, const char *command);
+
 } // namespace duomir::cli

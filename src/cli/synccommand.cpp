@@ -44,8 +44,8 @@ Options:
   --allow-nested  run a pair whose one root lies inside the other (refused otherwise)
   (pair options and --time-lag as for compare)
 
-Exit status: 0 success or nothing to do, 1 some operation failed, the run was interrupted or
-no direction was chosen, 2 usage error, unreadable profile or nested pair, 3 a root directory
+Exit status: 0 success or nothing to do, 1 some operation failed, a folder could not be
+listed, the run was interrupted or no direction was chosen, 2 usage error, unreadable profile or nested pair, 3 a root directory
 could not be listed, 4 the deletion guard held a deletion back (the copies still ran).
 )";
 
@@ -248,6 +248,7 @@ int runSync(const QStringList &args)
                              "whole run is dropped, nothing is copied or deleted\n");
         return ExitNoRoot;
     }
+    const int unlistedFolders = warnUnlistedFolders(engine, "sync");
     if (unlisted > 0)
         std::fprintf(stderr, "duomir-cli sync: a source directory could not be listed: nothing is "
                              "deleted for its pair and nothing is copied into a source folder that "
@@ -276,7 +277,8 @@ int runSync(const QStringList &args)
         return ExitNoRoot;
     if (engine.DeletionsRefused > 0)
         return ExitDeletionRefused;
-    return engine.syncStats.failures > 0 || g_interrupted ? ExitFailures : ExitOk;
+    return engine.syncStats.failures > 0 || g_interrupted || unlistedFolders > 0 ? ExitFailures
+                                                                                 : ExitOk;
 }
 
 } // namespace duomir::cli

@@ -73,10 +73,10 @@ bool Compare(Engine &engine, int *unlistedRoots)
         const int utcOffset = currentUtcOffset();
         engine.CompareUtcOffset = utcOffset;
         FileArray destination;
-        std::array<std::vector<QString>, 2> leftovers;
+        std::array<ScanExtras, 2> extras;
         auto scanDestination = [&, root = engine.CompareRoots[1]] {
             return ScanDirectory(root, directoryMasks, fileMasks, pair, destination, nullptr,
-                                 utcOffset, &leftovers[1]);
+                                 utcOffset, &extras[1]);
         };
         std::future<bool> destinationScan;
         try {
@@ -87,7 +87,7 @@ bool Compare(Engine &engine, int *unlistedRoots)
         }
         const bool sourceFailed =
             ScanDirectory(engine.CompareRoots[0], directoryMasks, fileMasks, pair,
-                          engine.SourceFiles, &ui, utcOffset, &leftovers[0]);
+                          engine.SourceFiles, &ui, utcOffset, &extras[0]);
         if (sourceFailed) {
             ++unlisted;
             ++engine.UnlistedRootsSeen;
@@ -129,8 +129,10 @@ bool Compare(Engine &engine, int *unlistedRoots)
             engine.UnlistedRows.push_back(
                 {firstRow, static_cast<int>(engine.CompareResults.size()) - 1});
         for (int side = 0; side < 2; ++side) {
-            for (QString &path : leftovers[size_t(side)])
+            for (QString &path : extras[size_t(side)].leftovers)
                 engine.Leftovers.push_back({firstRow, side, std::move(path)});
+            engine.RootIdentities[firstRow][size_t(side)] = {extras[size_t(side)].rootDevice,
+                                                             extras[size_t(side)].rootInode};
         }
         resetScan(engine.SourceFiles);
         resetScan(engine.DestinationFiles);

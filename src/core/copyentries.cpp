@@ -53,10 +53,13 @@ private:
     {
         const CompareEntry &root = entry(rootRow);
         m_roots = {pairRoot(root, 0), pairRoot(root, 1)};
+        m_rootIds = m_engine.RootIdentities.value(rootRow);
     }
     TreePath place(int side, const QString &full) const
     {
-        return placeBelow(m_roots[size_t(side)], full);
+        TreePath p = placeBelow(m_roots[size_t(side)], full);
+        p.rootId = m_rootIds[size_t(side)];
+        return p;
     }
     bool makeReceivingDirectory(int index, const QString &receiving, const QString &sending);
     // Whether the receiving folder of row `index` may be written to; a folder that is no longer
@@ -79,6 +82,7 @@ private:
     int m_mode;
     bool m_counting;
     std::array<QString, 2> m_roots;
+    std::array<RootIdentity, 2> m_rootIds;
     // Below a receiving folder that could not be made or reached, nothing is copied.
     QString m_blockedBelow;
     QString m_checkedFolder;
@@ -167,8 +171,12 @@ void CopyWalk::removeLeftovers()
     for (const Engine::Leftover &l : m_engine.Leftovers) {
         if (l.side != m_r)
             continue;
-        const QString root = pairRoot(entry(l.rootRow), m_r);
-        m_ops.removeLeftover(placeBelow(root, l.path)); // one that cannot go is no one's loss
+        TreePath leftover = placeBelow(pairRoot(entry(l.rootRow), m_r), l.path);
+        leftover.rootId = m_engine.RootIdentities.value(l.rootRow)[size_t(m_r)];
+        // Every file removed without a row of its own is named in the log.
+        if (m_ops.removeLeftover(leftover).ok())
+            WriteLogLine(m_engine, {QStringLiteral("remove-leftover"), QString(), QString(),
+                                    leftover.full()});
     }
 }
 

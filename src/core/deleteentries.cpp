@@ -25,12 +25,18 @@ public:
     void enterPair(int rootRow)
     {
         m_root = pairRoot(m_engine.CompareResults[size_t(rootRow)], m_side);
+        m_rootId = m_engine.RootIdentities.value(rootRow)[size_t(m_side)];
         m_blockedBelow.clear();
         m_checkedFolder.clear();
         const std::vector<int> &held = m_engine.DeletionRefusedRoots;
         m_held = std::find(held.begin(), held.end(), rootRow) != held.end();
     }
-    TreePath place(const QString &full) const { return placeBelow(m_root, full); }
+    TreePath place(const QString &full) const
+    {
+        TreePath p = placeBelow(m_root, full);
+        p.rootId = m_rootId;
+        return p;
+    }
     bool isBlocked(const QString &path) const
     {
         return !m_blockedBelow.isEmpty() && path.startsWith(m_blockedBelow);
@@ -44,6 +50,7 @@ private:
     Engine &m_engine;
     int m_side;
     QString m_root;
+    RootIdentity m_rootId;
     bool m_held = false; // the deletion guard held this pair back
     QString m_blockedBelow;
     QString m_checkedFolder;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QHash>
 #include <QString>
 #include <array>
 #include <atomic>
@@ -94,7 +95,8 @@ public:
     Seen seen(const CompareEntry &e, int side) const
     {
         return {e.FullSize[size_t(side)],
-                DateToFileTime(e.Modified[size_t(side)], CompareUtcOffset)};
+                DateToFileTime(e.Modified[size_t(side)], CompareUtcOffset),
+                e.ModifiedNs[size_t(side)]};
     }
     // Temporary files that copies of killed runs left behind, as the last comparison found them:
     // the root row of their pair, the side and the full path. The next copy into that side
@@ -106,6 +108,8 @@ public:
         QString path;
     };
     std::vector<Leftover> Leftovers;
+    // Per pair (its root row), which directories the comparison listed as the two roots.
+    QHash<int, std::array<RootIdentity, 2>> RootIdentities;
     bool MarkAll = true;
     // Entries the last comparison would send: [0] source to destination, [1] identical rows,
     // [2] destination to source.
@@ -169,6 +173,7 @@ public:
         RowIndexArray(1, 0).swap(VisibleRows);
         UnlistedRows.clear();
         Leftovers.clear();
+        RootIdentities.clear();
     }
     int visibleCount() const { return static_cast<int>(VisibleRows.size()) - 1; }
     CompareEntry &visibleRow(int r)

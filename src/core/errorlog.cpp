@@ -2,6 +2,9 @@
 
 #include <QFile>
 #include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "core/engine.h"
 #include "core/interaction.h"
@@ -98,9 +101,17 @@ void WriteLogLine(const Engine &engine, const QVariantList &fields)
         }
     }
     line += "\r\n";
-    QFile file(logFilePath(engine, now));
-    if (file.open(QIODevice::WriteOnly | QIODevice::Append))
-        file.write(line);
+    // Only a regular file is written to: a FIFO or a device put in the log's place would hold the
+    // run forever, and a link would lead the line elsewhere.
+    const int fd =
+        ::open(QFile::encodeName(logFilePath(engine, now)).constData(),
+               O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0644);
+    if (fd < 0)
+        return;
+    struct stat st;
+    if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode))
+        (void)!::write(fd, line.constData(), size_t(line.size()));
+    ::close(fd);
 }
 
 } // namespace duomir

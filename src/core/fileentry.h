@@ -42,6 +42,9 @@ struct FileEntry
     std::int64_t FullSize = 0; // the real size, for copying and progress
     std::uint32_t Attributes = 0;
     std::int32_t Size = 0; // low 32 bits of the size: what the comparison looks at
+    // The nanoseconds of the modification time: not compared, but a file is replaced or deleted
+    // only while its time is still exactly the one seen, also within the second.
+    std::uint32_t ModifiedNs = 0;
     // The sort key is not stored: core/sortkeys.h reads it from Path and Name when it compares.
 
     bool isDirectory() const { return (Attributes & Attr::Directory) != 0; }
@@ -58,6 +61,7 @@ struct CompareEntry
     std::array<Date, 2> Modified{};
     std::array<std::int32_t, 2> Size{};
     std::array<std::int64_t, 2> FullSize{};
+    std::array<std::uint32_t, 2> ModifiedNs{};
 
     bool isDirectory() const { return (Attributes[0] & Attr::Directory) != 0; }
 };

@@ -139,6 +139,7 @@ void Merger::matched(FileEntry &s, FileEntry &d)
         remember(row.Path[0], row.Path[1]);
     row.Attributes = {s.Attributes, d.Attributes};
     row.Modified = {s.Modified, d.Modified};
+    row.ModifiedNs = {s.ModifiedNs, d.ModifiedNs};
     row.Size = {s.Size, d.Size};
     row.FullSize = {s.FullSize, d.FullSize};
 
@@ -168,6 +169,7 @@ void Merger::oneSided(FileEntry &e, int side)
     row.Name[side] = std::move(e.Name);
     row.Attributes = {e.Attributes, e.Attributes};
     row.Modified[side] = e.Modified;
+    row.ModifiedNs[side] = e.ModifiedNs;
     row.Size[side] = e.Size;
     row.FullSize[side] = e.FullSize;
     row.State = side == 0 ? ModifiedInSource : ModifiedInDestination;

@@ -5,6 +5,9 @@
 #include <cmath>
 #include <fcntl.h>
 #include <iterator>
+#include <mutex>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <vector>
 
 #include "core/dirpair.h"
@@ -36,9 +39,9 @@ class Scanner
 {
 public:
     Scanner(const MaskSet &directoryMasks, const MaskSet &fileMasks, const DirPair &flags,
-            FileArray &entries, Interaction *ui, int utcOffset, std::vector<QString> *leftovers)
+            FileArray &entries, Interaction *ui, int utcOffset, ScanExtras *extras)
         : m_directoryMasks(directoryMasks), m_fileMasks(fileMasks), m_flags(flags),
-          m_entries(entries), m_ui(ui), m_utcOffset(utcOffset), m_leftovers(leftovers)
+          m_entries(entries), m_ui(ui), m_utcOffset(utcOffset), m_extras(extras)
     {}
 
     bool scanRoot(const QString &directory);
@@ -69,20 +72,36 @@ private:
     std::vector<FileArray> m_chunks;
     Interaction *m_ui;
     int m_utcOffset;
-    std::vector<QString> *m_leftovers;
+    ScanExtras *m_extras;
     std::vector<QByteArray> m_temporaries;
     bool m_rootListed = false;
 };
 
+// A scan keeps one descriptor open per level of depth; the soft limit (often 1,024) would cut a
+// deep tree short where the hard one would not.
+void raiseDescriptorLimit()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        struct rlimit limit;
+        if (::getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < limit.rlim_max) {
+            limit.rlim_cur = limit.rlim_max;
+            ::setrlimit(RLIMIT_NOFILE, &limit);
+        }
+    });
+}
+
 bool Scanner::scanRoot(const QString &directory)
 {
+    raiseDescriptorLimit();
     m_entries.clear();
     m_entries.emplace_back();
     FileEntry &root = m_entries.front();
     root.Path = directory.endsWith(Separator) ? directory.chopped(1) : directory;
     // Never "/": an empty root text names no directory. A NUL would end the text the system
     // sees early, so such a root names a directory other than its own: it cannot be listed.
-    const bool named = !directory.isEmpty() && !directory.contains(QChar(0));
+    // A relative root would be read against whatever folder the program was started in.
+    const bool named = directory.startsWith(u'/') && !directory.contains(QChar(0));
     root.Attributes = named ? pathAttributes(toNative(directory)) : Attr::Invalid;
     if (!named)
         return true;
@@ -91,6 +110,11 @@ bool Scanner::scanRoot(const QString &directory)
     // the listing elsewhere and depth is no limit.
     const Fd fd(::open(toNative(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     m_rootListed = fd.valid() && scan(directory, fd.get());
+    struct stat st;
+    if (m_rootListed && m_extras && ::fstat(fd.get(), &st) == 0) {
+        m_extras->rootDevice = st.st_dev;
+        m_extras->rootInode = st.st_ino;
+    }
     collect();
     return !m_rootListed;
 }
@@ -112,10 +136,10 @@ bool Scanner::scan(const QString &directory, int fd)
 {
     std::vector<ListedItem> items;
     m_temporaries.clear();
-    if (!listDirectory(fd, items, m_leftovers ? &m_temporaries : nullptr))
+    if (!listDirectory(fd, items, m_extras ? &m_temporaries : nullptr))
         return false;
     for (const QByteArray &name : m_temporaries)
-        m_leftovers->push_back(directory + fromNative(name));
+        m_extras->leftovers.push_back(directory + fromNative(name));
 
     for (ListedItem &item : items) {
         if (item.attributes & Attr::Directory) {
@@ -142,6 +166,7 @@ bool Scanner::scan(const QString &directory, int fd)
             e.Name = std::move(item.name);
             e.Attributes = item.attributes;
             e.Modified = FileTimeToDate(item.mtime, m_utcOffset);
+            e.ModifiedNs = item.mtimeNs;
             e.Size = static_cast<std::int32_t>(static_cast<std::uint32_t>(item.size));
             e.FullSize = item.size;
         }
@@ -179,9 +204,9 @@ bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
 
 bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
                    const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
-                   Interaction *ui, int utcOffset, std::vector<QString> *leftovers)
+                   Interaction *ui, int utcOffset, ScanExtras *extras)
 {
-    Scanner scanner(directoryMasks, fileMasks, flags, entries, ui, utcOffset, leftovers);
+    Scanner scanner(directoryMasks, fileMasks, flags, entries, ui, utcOffset, extras);
     return scanner.scanRoot(directory);
 }
 

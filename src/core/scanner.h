@@ -9,6 +9,16 @@
 namespace duomir {
 
 class Interaction;
+
+// What a scan finds besides its entries.
+struct ScanExtras
+{
+    std::vector<QString> leftovers; // temporary files of killed copies, full paths
+    // The directory listed as the root (device and inode), 0 when none was: the file operations
+    // later act only in this very directory, whatever its path names by then.
+    std::uint64_t rootDevice = 0;
+    std::uint64_t rootInode = 0;
+};
 struct DirPair;
 struct MaskSet;
 
@@ -37,9 +47,10 @@ bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
 // The same with the time-zone offset fixed by the caller, so that scans on several threads share
 // one offset and never ask for the local time zone concurrently. Touches nothing but its
 // arguments; `ui` null gives a scan that may run on any thread. The temporary files that copies
-// left behind are never entries; their full paths go to `leftovers` when it is given.
+// left behind are never entries; their full paths, and which directory the root was, go to
+// `extras` when it is given.
 bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
                    const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
-                   Interaction *ui, int utcOffset, std::vector<QString> *leftovers = nullptr);
+                   Interaction *ui, int utcOffset, ScanExtras *extras = nullptr);
 
 } // namespace duomir

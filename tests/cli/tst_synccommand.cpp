@@ -261,6 +261,11 @@ private Q_SLOTS:
             << 4 << QByteArray("held back");
         QTest::newRow("profile without a direction")
             << QStringList{u"@none-chosen.dyp"_qs} << 1 << QByteArray("no direction chosen");
+        QTest::newRow("destination inside the source through a link")
+            << QStringList{u"--source"_qs, u"@s"_qs, u"--destination"_qs, u"@link"_qs} << 2
+            << QByteArray("--allow-nested");
+        QTest::newRow("a relative root in a profile")
+            << QStringList{u"@relative.dyp"_qs} << 3 << QByteArray("could not be listed");
         QTest::newRow("destination inside the source")
             << QStringList{u"--source"_qs, u"@s"_qs, u"--destination"_qs, u"@s/sub"_qs} << 2
             << QByteArray("--allow-nested");
@@ -281,6 +286,9 @@ private Q_SLOTS:
         writeProfile(tree, u"p.dyp"_qs, "SO0=1\nSO1=1");
         writeProfile(tree, u"none-chosen.dyp"_qs, {});
         tree.dir(u"empty"_qs);
+        tree.symlink(u"link"_qs, QFile::encodeName(tree.path(u"s/sub"_qs)));
+        tree.file(u"relative.dyp"_qs, "[0]\nSO0=1\n[1]\nS=s\nD=" +
+                                          QFile::encodeName(tree.path(u"d"_qs)) + "\nIS=*\nIF=*\n");
         for (QString &a : args)
             if (a.startsWith(u'@'))
                 a = tree.path(a.mid(1));

@@ -2,6 +2,8 @@
 #include <QTest>
 #include <cerrno>
 #include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "common/fakeinteraction.h"
 #include "common/temptree.h"
@@ -121,9 +123,19 @@ private Q_SLOTS:
     }
 
     // Without a log file the person still hears of the failure; a folder that cannot take the log
-    // is not made.
+    // is not made; a FIFO, or a link to elsewhere, in the log's place takes no line and holds
+    // nothing up.
     void noLogFile()
     {
+        for (const char *place : {"fifo", "link"}) {
+            Setup s;
+            const QByteArray log = QFile::encodeName(s.tree.path(u"20260314.log"_qs));
+            s.tree.file(u"elsewhere"_qs);
+            QVERIFY(QByteArray(place) == "fifo" ? ::mkfifo(log.constData(), 0600) == 0
+                                                : ::symlink("elsewhere", log.constData()) == 0);
+            WriteLogLine(s.engine, {QStringLiteral("Start")});
+            QCOMPARE(s.tree.read(u"elsewhere"_qs), QByteArray());
+        }
         for (bool loggingOn : {false, true}) {
             Setup s;
             s.engine.settings.LogToFile = loggingOn;

@@ -36,7 +36,7 @@ private:
         struct stat st;
         if (::lstat(tree.nativePath(relative.toUtf8()).constData(), &st) != 0)
             return {-1, -1};
-        return {st.st_size, st.st_mtim.tv_sec};
+        return {st.st_size, st.st_mtim.tv_sec, std::uint32_t(st.st_mtim.tv_nsec)};
     }
 
     static constexpr std::int64_t chunk = 64 * 1024;
@@ -236,6 +236,9 @@ private Q_SLOTS:
         QTest::newRow("mkdir onto a case twin") << u"mkdir"_qs << u"case twin"_qs << taken;
         QTest::newRow("chmod through a link") << u"chmod"_qs << u"d/sub link"_qs << changedFolder;
         QTest::newRow("rmdir through a link") << u"rmdir"_qs << u"d/sub link"_qs << changedFolder;
+        QTest::newRow("chmod of a file linked from outside") << u"chmod"_qs << u"hard link"_qs << 0;
+        QTest::newRow("copy over a file edited within the second")
+            << u"copy"_qs << u"edited within the second"_qs << changed;
         QTest::newRow("copy, no trap") << u"copy"_qs << QString() << 0;
     }
     void everyChangeStaysInsideAndAsSeen()
@@ -268,6 +271,15 @@ private Q_SLOTS:
             tree.file(u"d/sub/a.txt"_qs, "edited", 1'500'000'000);
         } else if (trap == u"source edited") {
             tree.setMtime(u"s/sub/a.txt"_qs, 1'400'000'000);
+        } else if (trap == u"hard link") {
+            QVERIFY(QFile::remove(tree.path(u"d/sub/a.txt"_qs)));
+            QVERIFY(::link(tree.nativePath("outside/sub/a.txt").constData(),
+                           tree.nativePath("d/sub/a.txt").constData()) == 0);
+        } else if (trap == u"edited within the second") {
+            tree.file(u"d/sub/a.txt"_qs, "ol!", 1'500'000'000); // same size, same second
+            const struct timespec times[2] = {{1'500'000'000, 0}, {1'500'000'000, 5000}};
+            QVERIFY(::utimensat(AT_FDCWD, tree.nativePath("d/sub/a.txt").constData(), times, 0) ==
+                    0);
         }
         const QStringList outsideBefore = tree.snapshot(u"outside"_qs);
         const QStringList receivingBefore = tree.snapshot(u"d"_qs);
@@ -290,7 +302,7 @@ private Q_SLOTS:
         QCOMPARE(r.error, expected);
         QCOMPARE(tree.snapshot(u"outside"_qs), outsideBefore);
         QCOMPARE(tree.mode(u"outside/sub/a.txt"_qs), 0444u);
-        if (expected != 0)
+        if (expected != 0 || operation != u"copy")
             QCOMPARE(tree.snapshot(u"d"_qs), receivingBefore);
         else
             QCOMPARE(tree.read(u"d/sub/a.txt"_qs), QByteArray("new"));
@@ -335,16 +347,22 @@ private Q_SLOTS:
         tree.file(u"d/.duomir-abcd1234.tmp"_qs, "stale");
         tree.file(u"d/.duomir-held0000.tmp"_qs, "being written");
         tree.file(u"d/.duomir-user.tmp"_qs, "a file of the user's");
+        tree.file(u"d/.duomir-mynotes1.tmp"_qs, "named like one, but the user's (mode 0644)");
+        tree.setMode(u"d/.duomir-abcd1234.tmp"_qs, 0600);
+        tree.setMode(u"d/.duomir-held0000.tmp"_qs, 0600);
+        tree.setMode(u"d/.duomir-mynotes1.tmp"_qs, 0644);
         const int held = ::open(tree.nativePath("d/.duomir-held0000.tmp").constData(), O_RDONLY);
         QVERIFY(held >= 0 && ::flock(held, LOCK_EX) == 0);
         PosixFileOps ops;
         QCOMPARE(ops.removeLeftover(at(tree, u"d/.duomir-abcd1234.tmp"_qs)).error, 0);
         QCOMPARE(ops.removeLeftover(at(tree, u"d/.duomir-held0000.tmp"_qs)).error, 0);
+        QCOMPARE(ops.removeLeftover(at(tree, u"d/.duomir-mynotes1.tmp"_qs)).error, 0);
         QCOMPARE(ops.removeLeftover(at(tree, u"d/.duomir-user.tmp"_qs)).error,
                  int(OpError::PlaceUnknown));
         ::close(held);
         QCOMPARE(leftovers(tree, u"d"_qs),
-                 QStringList({u".duomir-held0000.tmp"_qs, u".duomir-user.tmp"_qs}));
+                 QStringList({u".duomir-held0000.tmp"_qs, u".duomir-mynotes1.tmp"_qs,
+                              u".duomir-user.tmp"_qs}));
     }
 
     // Run as root, a copy keeps owner and group as cp -a does. Whoever cannot keep the owner

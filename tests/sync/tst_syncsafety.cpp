@@ -301,14 +301,17 @@ private Q_SLOTS:
     void folderSwappedForALinkMidRun_data()
     {
         QTest::addColumn<bool>("deletion");
-        QTest::newRow("deletion on the sending side") << true;
-        QTest::newRow("copy into the receiving side") << false;
+        QTest::addColumn<bool>("root"); // the pair's root itself instead of a folder below it
+        QTest::newRow("deletion on the sending side") << true << false;
+        QTest::newRow("copy into the receiving side") << false << false;
+        QTest::newRow("deletion, the sending root swapped") << true << true;
+        QTest::newRow("copy, the receiving root swapped") << false << true;
     }
     void folderSwappedForALinkMidRun()
     {
         QFETCH(bool, deletion);
+        QFETCH(bool, root);
         Fixture f;
-        f.tree.file(u"outside/x.txt"_qs, "precious", T0);
         f.tree.file(u"s/sub/x.txt"_qs, "seen", T0);
         f.tree.file(u"s/keep.txt"_qs, "", T0);
         f.tree.file(u"d/keep.txt"_qs, "", T0);
@@ -316,18 +319,22 @@ private Q_SLOTS:
             f.tree.file(u"d/sub/x.txt"_qs, "old", T0 - 100);
         f.addPair(u"s"_qs, u"d"_qs);
         QVERIFY(Compare(f.engine));
-        const QString victim = deletion ? u"s/sub"_qs : u"d/sub"_qs;
+        // Outside the pair, a copy of what the swapped folder held: the same names, sizes and
+        // times, so that only the place tells them apart.
+        const QString victim = (deletion ? u"s"_qs : u"d"_qs) + (root ? u""_qs : u"/sub"_qs);
+        QVERIFY(QProcess::execute(
+                    u"cp"_qs, {u"-a"_qs, f.tree.path(victim), f.tree.path(u"outside"_qs)}) == 0);
+        const QStringList outside = f.tree.snapshot(u"outside"_qs);
         f.ops.onResolve = [&](const TreePath &place) {
             const bool inSub = place.relative == u"sub"_qs || place.relative.startsWith(u"sub/"_qs);
             if (!inSub || f.tree.exists(victim + u".moved"_qs))
                 return;
             QVERIFY(QDir().rename(f.tree.path(victim), f.tree.path(victim + u".moved"_qs)));
-            f.tree.symlink(victim, "../outside");
+            f.tree.symlink(victim, QFile::encodeName(f.tree.path(u"outside"_qs)));
         };
         f.engine.sync = {true, false, false, deletion};
         QVERIFY(Synchronize(f.engine, 0));
-        QCOMPARE(f.tree.read(u"outside/x.txt"_qs), QByteArray("precious"));
-        QCOMPARE(f.tree.mtime(u"outside/x.txt"_qs), T0);
+        QCOMPARE(f.tree.snapshot(u"outside"_qs), outside);
         QVERIFY2(f.log().contains(u"no longer the one the comparison saw"_qs), qPrintable(f.log()));
     }
 
@@ -583,7 +590,9 @@ private Q_SLOTS:
         Fixture f;
         f.tree.file(u"s/a.txt"_qs, "new", T0 + 100);
         f.tree.file(u"d/sub/.duomir-0123abcd.tmp"_qs, "half a file");
+        f.tree.setMode(u"d/sub/.duomir-0123abcd.tmp"_qs, 0600);
         f.tree.file(u"d/.duomir-held0000.tmp"_qs, "being written");
+        f.tree.setMode(u"d/.duomir-held0000.tmp"_qs, 0600);
         const int held = ::open(f.tree.nativePath("d/.duomir-held0000.tmp").constData(), O_RDONLY);
         QVERIFY(held >= 0 && ::flock(held, LOCK_EX) == 0);
         f.addPair(u"s"_qs, u"d"_qs);

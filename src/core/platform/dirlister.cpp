@@ -92,6 +92,7 @@ bool listDirectory(int fd, std::vector<ListedItem> &items, std::vector<QByteArra
         item.name = fromNative(name, length);
         item.attributes = attributesFromStat(st, name[0] == '.');
         item.mtime = st.st_mtim.tv_sec;
+        item.mtimeNs = std::uint32_t(st.st_mtim.tv_nsec);
         item.size = st.st_size;
         if (S_ISDIR(st.st_mode))
             item.native = QByteArray(name, static_cast<qsizetype>(length));

@@ -16,7 +16,8 @@ struct ListedItem
     QByteArray native; // the raw name; kept for directories only (the scanner descends by it)
     std::uint32_t attributes = 0;
     std::int64_t mtime = 0; // seconds since the epoch, UTC
-    std::int64_t size = 0;  // bytes; for a symbolic link the length of its target text
+    std::uint32_t mtimeNs = 0;
+    std::int64_t size = 0; // bytes; for a symbolic link the length of its target text
 };
 
 // The attribute bits for a file-system object as lstat() describes it: directory only for a

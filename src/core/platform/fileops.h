@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <utility>
 
 namespace duomir {
 
@@ -44,10 +45,25 @@ using CopyProgress = std::function<void(std::int64_t total, std::int64_t done)>;
 // A place inside one of a pair's two trees. The root is the directory the comparison listed (a
 // root given as a symbolic link is the directory it names, as for the scanner); everything below
 // it is reached one component at a time, never through a link and never outside the root.
+// Which directory a root is (device and inode as stat gives them); 0 when not known.
+struct RootIdentity
+{
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+};
+
 struct TreePath
 {
+    TreePath() = default;
+    TreePath(QString rootPath, QString relativePath, RootIdentity id = {})
+        : root(std::move(rootPath)), relative(std::move(relativePath)), rootId(id)
+    {}
+
     QString root;     // absolute, without a trailing separator except "/" itself
     QString relative; // "/"-separated; empty for the root itself
+    // The directory the comparison listed as the root: a root path that names another one now (a
+    // folder swapped for a link, another drive mounted there) is not acted in.
+    RootIdentity rootId;
     QString full() const
     {
         if (relative.isEmpty())
@@ -66,12 +82,14 @@ inline bool placeKnown(const TreePath &place)
     return place.root.startsWith(u'/');
 }
 
-// What the comparison saw of a file: its size in bytes and its modification time in whole seconds
-// since the epoch. A file is replaced, deleted or copied only while it still looks like this.
+// What the comparison saw of a file: its size in bytes and its modification time (seconds since
+// the epoch and nanoseconds). A file is replaced, deleted or copied only while it still looks like
+// this.
 struct Seen
 {
     std::int64_t size = 0;
     std::int64_t mtime = 0;
+    std::uint32_t mtimeNs = 0;
 };
 
 // Every file-system change the synchronization makes goes through this interface, so that tests

@@ -150,7 +150,8 @@ namespace {
 
 bool needsEscape(char16_t u)
 {
-    return u < 0x20 || u == u'\\' || (u >= EscapeBase + 0x80 && u <= EscapeBase + 0xFF);
+    return u < 0x20 || u == u'\\' || (u >= 0x7F && u <= 0x9F) ||
+           (u >= EscapeBase + 0x80 && u <= EscapeBase + 0xFF);
 }
 
 template <typename Out> void escapeUnit(Out &out, unsigned value)
@@ -205,18 +206,21 @@ void appendEscapedForLine(QByteArray &out, const QString &text)
     const qsizetype start = out.size();
     appendNative(out, text);
     qsizetype i = start;
-    while (i < out.size() && (static_cast<unsigned char>(out.at(i)) >= 0x20 && out.at(i) != '\\'))
+    const auto plain = [](char c) {
+        const auto b = static_cast<unsigned char>(c);
+        return b >= 0x20 && b != 0x7F && c != '\\';
+    };
+    while (i < out.size() && plain(out.at(i)))
         ++i;
     if (i == out.size())
         return;
     const QByteArray raw = out.mid(i);
     out.truncate(i);
     for (const char c : raw) {
-        const auto b = static_cast<unsigned char>(c);
-        if (b >= 0x20 && c != '\\')
+        if (plain(c))
             out += c;
         else
-            escapeUnit(out, b);
+            escapeUnit(out, static_cast<unsigned char>(c));
     }
 }
 

@@ -36,7 +36,8 @@ OpResult folderError()
 
 bool matches(const struct stat &st, const Seen &seen)
 {
-    return st.st_size == seen.size && st.st_mtim.tv_sec == seen.mtime;
+    return st.st_size == seen.size && st.st_mtim.tv_sec == seen.mtime &&
+           std::uint32_t(st.st_mtim.tv_nsec) == seen.mtimeNs;
 }
 
 bool unchanged(const struct stat &now, const struct stat &before)
@@ -105,7 +106,7 @@ OpResult PosixFileOps::locate(const TreePath &place, Located &out)
     if (out.name.isEmpty() || out.name == "." || out.name == "..")
         return OpResult::failure(OpError::PlaceUnknown);
     beforeResolve(place);
-    return folder(toNative(place.root), slash < 0 ? QByteArray() : relative.left(slash), out.dir);
+    return folder(place, slash < 0 ? QByteArray() : relative.left(slash), out.dir);
 }
 
 // Opening every folder anew for every file would cost several system calls a file, on trees of
@@ -113,12 +114,47 @@ OpResult PosixFileOps::locate(const TreePath &place, Located &out)
 // the folders it acts in stay open until the walk ends (walkEnded). What a descriptor names is the
 // folder that was reached without a link when it was opened: a link swapped in later is never
 // followed through it.
-OpResult PosixFileOps::folder(const QByteArray &root, const QByteArray &relative,
+OpResult PosixFileOps::rootFolder(const TreePath &place, std::shared_ptr<const Fd> &out)
+{
+    const QByteArray root = toNative(place.root);
+    if (root.contains('\0'))
+        return OpResult::failure(OpError::PlaceUnknown);
+    const std::lock_guard lock(m_cacheMutex);
+    const auto found = m_roots.constFind(root);
+    if (found != m_roots.cend()) {
+        out = *found;
+        return OpResult::success();
+    }
+    // A root is looked up by its path once a walk: a path swapped for a link while the walk goes
+    // on is never followed again. And it must still be the directory the comparison listed.
+    auto opened = std::make_shared<Fd>(openRoot(root));
+    if (!opened->valid())
+        return lastError();
+    struct stat st;
+    if (::fstat(opened->get(), &st) != 0)
+        return lastError();
+    const RootIdentity &seen = place.rootId;
+    if (seen.device != 0 &&
+        (std::uint64_t(st.st_dev) != seen.device || std::uint64_t(st.st_ino) != seen.inode))
+        return OpResult::failure(OpError::FolderChanged);
+    m_roots.insert(root, opened);
+    out = std::move(opened);
+    return OpResult::success();
+}
+
+OpResult PosixFileOps::folder(const TreePath &place, const QByteArray &relative,
                               std::shared_ptr<const Fd> &out)
 {
-    if (root.contains('\0') || relative.contains('\0'))
+    if (relative.contains('\0'))
         return OpResult::failure(OpError::PlaceUnknown);
-    const QByteArray key = root + '\0' + relative;
+    std::shared_ptr<const Fd> base;
+    if (const OpResult r = rootFolder(place, base); !r.ok())
+        return r;
+    if (relative.isEmpty()) {
+        out = base;
+        return OpResult::success();
+    }
+    const QByteArray key = toNative(place.root) + '\0' + relative;
     {
         const std::lock_guard lock(m_cacheMutex);
         const auto found = m_cache.constFind(key);
@@ -127,10 +163,7 @@ OpResult PosixFileOps::folder(const QByteArray &root, const QByteArray &relative
             return OpResult::success();
         }
     }
-    const Fd base(openRoot(root));
-    if (!base.valid())
-        return lastError();
-    auto opened = std::make_shared<Fd>(openBeneath(base.get(), relative));
+    auto opened = std::make_shared<Fd>(openBeneath(base->get(), relative));
     if (!opened->valid())
         return folderError();
     out = opened;
@@ -147,6 +180,7 @@ void PosixFileOps::walkEnded()
     // A descriptor kept open would hold the file system busy: an unmount after the run fails.
     const std::lock_guard lock(m_cacheMutex);
     m_cache.clear();
+    m_roots.clear();
 }
 
 OpResult PosixFileOps::checkDirectory(const TreePath &dir)
@@ -154,18 +188,15 @@ OpResult PosixFileOps::checkDirectory(const TreePath &dir)
     if (!placeKnown(dir))
         return OpResult::failure(OpError::PlaceUnknown);
     beforeResolve(dir);
-    const QByteArray root = toNative(dir.root);
     const QByteArray relative = toNative(dir.relative);
-    if (root.contains('\0') || relative.contains('\0'))
-        return OpResult::failure(OpError::PlaceUnknown);
     // Looked at afresh, not in the kept folders: a walk checks each folder as it enters it, and
     // the files that follow use what this check found.
     {
         const std::lock_guard lock(m_cacheMutex);
-        m_cache.remove(root + '\0' + relative);
+        m_cache.remove(toNative(dir.root) + '\0' + relative);
     }
     std::shared_ptr<const Fd> found;
-    return folder(root, relative, found);
+    return folder(dir, relative, found);
 }
 
 OpResult PosixFileOps::makeDirectory(const TreePath &dir, const TreePath &templateDir)
@@ -219,6 +250,10 @@ OpResult PosixFileOps::clearReadOnly(const TreePath &file)
         return lastError();
     if (S_ISLNK(st.st_mode))
         return OpResult::success(); // a link has no permission bits of its own
+    // The bits belong to the file, not to this name: a file with other hard links is shared with
+    // places outside the pair, and its bits stay. (Replacing and deleting work without them.)
+    if (st.st_nlink > 1 || (st.st_mode & S_IWUSR))
+        return OpResult::success();
     if (sysChmod(at.fd(), at.name.constData(), (st.st_mode & 07777) | S_IWUSR) != 0)
         return lastError();
     return OpResult::success();
@@ -265,7 +300,11 @@ OpResult PosixFileOps::removeLeftover(const TreePath &file)
     struct stat st;
     if (::fstatat(at.fd(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
         return errno == ENOENT ? OpResult::success() : lastError();
-    if (S_ISREG(st.st_mode)) {
+    // A copy's temporary file is a regular file of mode 0600 until its data is complete; anything
+    // else under such a name is somebody's own and stays.
+    if (!S_ISREG(st.st_mode) || (st.st_mode & 07777) != 0600)
+        return OpResult::success();
+    {
         // A running copy holds its lock until its file has its name: such a file is kept.
         const Fd fd(
             ::openat(at.fd(), at.name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
@@ -273,8 +312,6 @@ OpResult PosixFileOps::removeLeftover(const TreePath &file)
             return errno == ENOENT ? OpResult::success() : lastError();
         if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0)
             return OpResult::success();
-    } else if (!S_ISLNK(st.st_mode)) {
-        return OpResult::success(); // not something a copy makes
     }
     if (sysUnlink(at.fd(), at.name.constData(), 0) != 0 && errno != ENOENT)
         return lastError();

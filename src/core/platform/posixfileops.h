@@ -66,7 +66,8 @@ private:
         int fd() const { return dir->get(); }
     };
     OpResult locate(const TreePath &place, Located &out);
-    OpResult folder(const QByteArray &root, const QByteArray &relative,
+    OpResult rootFolder(const TreePath &place, std::shared_ptr<const Fd> &out);
+    OpResult folder(const TreePath &place, const QByteArray &relative,
                     std::shared_ptr<const Fd> &out);
 
     // Where the copy of one file's data stands.
@@ -99,6 +100,7 @@ private:
     std::int64_t m_chunkSize;
     std::mutex m_cacheMutex;
     QHash<QByteArray, std::shared_ptr<const Fd>> m_cache; // root NUL relative: an open folder
+    QHash<QByteArray, std::shared_ptr<const Fd>> m_roots; // root: opened once a walk
 };
 
 } // namespace duomir
