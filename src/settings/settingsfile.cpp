@@ -75,7 +75,9 @@ QString InitDataFolder(const SettingsEnvironment &env)
 QString settingsFilePath(const SettingsEnvironment &env)
 {
     const QString portable = join(env.programFolder, settingsFileName());
-    if (QFileInfo::exists(portable) || QFileInfo(env.programFolder).isWritable())
+    // Beside the program only in a portable install made on purpose: a writable program folder
+    // alone (an install into /usr/local/bin run as root) would share one user's settings with all.
+    if (QFileInfo::exists(portable))
         return portable;
 
     QString base;

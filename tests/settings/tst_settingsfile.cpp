@@ -186,14 +186,16 @@ private Q_SLOTS:
         QTest::addColumn<QString>("dataFolder");
         QTest::addColumn<QString>("settingsFile");
 
-        QTest::newRow("xdg data home")
-            << u"xdg"_qs << true << false << u"xdg/Duomir/"_qs << u"bin/Duomir.ini"_qs;
+        // A writable program folder alone is no reason to keep the settings there: only a
+        // Duomir.ini already beside the program makes a portable install.
+        const QString config = u"home/.config/Duomir/Duomir.ini"_qs;
+        QTest::newRow("xdg data home") << u"xdg"_qs << true << false << u"xdg/Duomir/"_qs << config;
         QTest::newRow("xdg data home not made yet")
-            << u"missing/share"_qs << true << false << u"missing/share/Duomir/"_qs
-            << u"bin/Duomir.ini"_qs;
+            << u"missing/share"_qs << true << false << u"missing/share/Duomir/"_qs << config;
         QTest::newRow("relative xdg ignored")
-            << u"rel"_qs << true << false << u"home/.local/share/Duomir/"_qs
-            << u"bin/Duomir.ini"_qs;
+            << u"rel"_qs << true << false << u"home/.local/share/Duomir/"_qs << config;
+        QTest::newRow("portable, with a home")
+            << u"xdg"_qs << true << true << u"xdg/Duomir/"_qs << u"bin/Duomir.ini"_qs;
         QTest::newRow("no home") << QString() << false << true << u"bin/"_qs
                                  << u"bin/Duomir.ini"_qs;
     }

@@ -198,7 +198,7 @@ private Q_SLOTS:
 private:
     QString setting(const QString &section, const QString &key) const
     {
-        return IniFile(m_dir->filePath(u"Duomir.ini"_qs)).readString(section, key, u"<none>"_qs);
+        return IniFile(m_engine->SettingsFile).readString(section, key, u"<none>"_qs);
     }
 
     std::unique_ptr<QTemporaryDir> m_dir;

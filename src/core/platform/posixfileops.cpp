@@ -240,14 +240,21 @@ OpResult PosixFileOps::makeDirectory(const TreePath &dir, const TreePath &templa
     return OpResult::success();
 }
 
+OpResult PosixFileOps::lookAt(const TreePath &place, Located &at, struct stat &st)
+{
+    if (const OpResult r = locate(place, at); !r.ok())
+        return r;
+    if (::fstatat(at.fd(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+        return lastError();
+    return OpResult::success();
+}
+
 OpResult PosixFileOps::clearReadOnly(const TreePath &file)
 {
     Located at;
-    if (const OpResult r = locate(file, at); !r.ok())
-        return r;
     struct stat st;
-    if (::fstatat(at.fd(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
-        return lastError();
+    if (const OpResult r = lookAt(file, at, st); !r.ok())
+        return r;
     if (S_ISLNK(st.st_mode))
         return OpResult::success(); // a link has no permission bits of its own
     // The bits belong to the file, not to this name: a file with other hard links is shared with
@@ -262,11 +269,9 @@ OpResult PosixFileOps::clearReadOnly(const TreePath &file)
 OpResult PosixFileOps::removeFile(const TreePath &file, const Seen &seen)
 {
     Located at;
-    if (const OpResult r = locate(file, at); !r.ok())
-        return r;
     struct stat st;
-    if (::fstatat(at.fd(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
-        return lastError();
+    if (const OpResult r = lookAt(file, at, st); !r.ok())
+        return r;
     if (S_ISDIR(st.st_mode))
         return OpResult::failure(EISDIR);
     if (!matches(st, seen))
@@ -286,8 +291,10 @@ OpResult PosixFileOps::removeDirectory(const TreePath &dir)
     Located at;
     if (const OpResult r = locate(dir, at); !r.ok())
         return r;
-    return sysUnlink(at.fd(), at.name.constData(), AT_REMOVEDIR) == 0 ? OpResult::success()
-                                                                      : lastError();
+    if (sysUnlink(at.fd(), at.name.constData(), AT_REMOVEDIR) != 0)
+        return lastError();
+    walkEnded(); // a kept descriptor of it would name a folder that is gone
+    return OpResult::success();
 }
 
 OpResult PosixFileOps::removeLeftover(const TreePath &file)

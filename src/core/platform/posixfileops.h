@@ -66,6 +66,8 @@ private:
         int fd() const { return dir->get(); }
     };
     OpResult locate(const TreePath &place, Located &out);
+    // locate, then what stands there (not following a link).
+    OpResult lookAt(const TreePath &place, Located &at, struct stat &st);
     OpResult rootFolder(const TreePath &place, std::shared_ptr<const Fd> &out);
     OpResult folder(const TreePath &place, const QByteArray &relative,
                     std::shared_ptr<const Fd> &out);
