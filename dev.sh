@@ -3,6 +3,7 @@
 #   ./dev.sh run     install what is missing, build, start duomir
 #   ./dev.sh test    install what is missing, build, run every test through CTest
 #   ./dev.sh asan    the same tests under AddressSanitizer and UndefinedBehaviorSanitizer
+#   ./dev.sh tsan    the engine's tests under ThreadSanitizer
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -48,8 +49,14 @@ asan)
     build asan
     ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1 ctest --preset asan -j "$(nproc)"
     ;;
+tsan)
+    install_missing
+    build tsan
+    # The engine's tests: copies, scans and sorts run on threads there.
+    TSAN_OPTIONS="halt_on_error=1 die_after_fork=0 suppressions=$PWD/tests/tsan.supp" ctest --preset tsan -j "$(nproc)" -L "core|sync|cli"
+    ;;
 *)
-    echo "usage: $0 run|test|asan" >&2
+    echo "usage: $0 run|test|asan|tsan" >&2
     exit 2
     ;;
 esac
