@@ -124,8 +124,9 @@ public:
                               const std::optional<Seen> &toSeen, const CopyProgress &progress,
                               const std::atomic<bool> &cancel) = 0;
 
-    // Removes a temporary file that a copy which died left behind (and nothing else: a file still
-    // being written by a running copy is kept).
+    // Removes a temporary file that a copy which died left behind, and nothing else: a file still
+    // being written by a running copy (EBUSY), or anything a copy does not make (EEXIST), is kept.
+    // Success means the file is gone.
     virtual OpResult removeLeftover(const TreePath &file) = 0;
 
     // A walk is over: whatever the operations keep open for it (folders) is let go.

@@ -306,23 +306,20 @@ OpResult PosixFileOps::removeLeftover(const TreePath &file)
         return OpResult::failure(OpError::PlaceUnknown);
     struct stat st;
     if (::fstatat(at.fd(), at.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
-        return errno == ENOENT ? OpResult::success() : lastError();
+        return lastError();
     // A copy's temporary file is a regular file of mode 0600 until its data is complete; anything
     // else under such a name is somebody's own and stays.
     if (!S_ISREG(st.st_mode) || (st.st_mode & 07777) != 0600)
-        return OpResult::success();
-    {
-        // A running copy holds its lock until its file has its name: such a file is kept.
-        const Fd fd(
-            ::openat(at.fd(), at.name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-        if (!fd.valid())
-            return errno == ENOENT ? OpResult::success() : lastError();
-        if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0)
-            return OpResult::success();
-    }
-    if (sysUnlink(at.fd(), at.name.constData(), 0) != 0 && errno != ENOENT)
+        return OpResult::failure(EEXIST);
+    // A running copy holds its lock until its file has its name: such a file is kept. The lock
+    // taken here is held until the name is gone.
+    const Fd fd(
+        ::openat(at.fd(), at.name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (!fd.valid())
         return lastError();
-    return OpResult::success();
+    if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0)
+        return OpResult::failure(EBUSY);
+    return sysUnlink(at.fd(), at.name.constData(), 0) == 0 ? OpResult::success() : lastError();
 }
 
 OpResult PosixFileOps::copyFile(const TreePath &from, const Seen &fromSeen, const TreePath &to,
