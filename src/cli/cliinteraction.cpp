@@ -29,17 +29,8 @@ void CliInteraction::failureReported(const QString &error, const QString &source
 {
     // Names go out as the bytes they are on disk, so the line names the very file; control bytes
     // are escaped, so one failure is one line.
-    QByteArray line;
-    appendEscapedForLine(line, error);
-    if (!source.isEmpty()) {
-        line += ": ";
-        appendEscapedForLine(line, source);
-    }
-    if (!destination.isEmpty()) {
-        line += source.isEmpty() ? ": " : " -> ";
-        appendEscapedForLine(line, destination);
-    }
-    std::fprintf(stderr, "duomir-cli: error: %s\n", line.constData());
+    std::fprintf(stderr, "duomir-cli: error: %s\n",
+                 failureLine(error, source, destination).constData());
 }
 
 } // namespace duomir::cli

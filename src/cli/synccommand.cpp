@@ -273,12 +273,10 @@ int runSync(const QStringList &args)
     }
     printSummary(engine, ran, sync.dryRun, stillDiffering);
 
-    if (unlisted > 0)
-        return ExitNoRoot;
-    if (engine.DeletionsRefused > 0)
-        return ExitDeletionRefused;
-    return engine.syncStats.failures > 0 || g_interrupted || unlistedFolders > 0 ? ExitFailures
-                                                                                 : ExitOk;
+    // As the window's automatic run ends (an interruption sets the cancel flag); a folder that
+    // could not be listed counts as a failure here.
+    const ExitStatus status = RunExitStatus(engine);
+    return status == ExitOk && unlistedFolders > 0 ? ExitFailures : status;
 }
 
 } // namespace duomir::cli

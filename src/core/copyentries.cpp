@@ -9,6 +9,7 @@
 #include "core/interaction.h"
 #include "core/platform/fileops.h"
 #include "core/syncpaths.h"
+#include "core/walkplaces.h"
 
 namespace duomir {
 
@@ -49,28 +50,12 @@ private:
         return !x.Name[m_d].isEmpty();
     }
     const CompareEntry &entry(int index) const { return m_engine.CompareResults[size_t(index)]; }
-    void enterPair(int rootRow)
-    {
-        const CompareEntry &root = entry(rootRow);
-        m_roots = {pairRoot(root, 0), pairRoot(root, 1)};
-        m_rootIds = m_engine.RootIdentities.value(rootRow);
-    }
-    TreePath place(int side, const QString &full) const
-    {
-        TreePath p = placeBelow(m_roots[size_t(side)], full);
-        p.rootId = m_rootIds[size_t(side)];
-        return p;
-    }
+    void enterPair(int rootRow) { m_places.enter(m_engine, rootRow); }
+    TreePath place(int side, const QString &full) const { return m_places.place(side, full); }
     bool makeReceivingDirectory(int index, const QString &receiving, const QString &sending);
     // Whether the receiving folder of row `index` may be written to; a folder that is no longer
     // the one the comparison saw is reported once and its subtree left alone.
     bool receivingFolderUsable(int index);
-    bool isBlocked(const QString &receivingPath) const
-    {
-        // Exactly as spelled: on a file system that tells case apart, the twin folder is another.
-        return !m_blockedBelow.isEmpty() && receivingPath.startsWith(m_blockedBelow);
-    }
-    void block(const QString &receivingFolder) { m_blockedBelow = insidePrefix(receivingFolder); }
     void countOrCopy(int index);
     CopyPipeline::Hooks hooks();
     void report(const CopyStep &step);
@@ -81,11 +66,9 @@ private:
     int m_r;
     int m_mode;
     bool m_counting;
-    std::array<QString, 2> m_roots;
-    std::array<RootIdentity, 2> m_rootIds;
+    PairPlaces m_places;
     // Below a receiving folder that could not be made or reached, nothing is copied.
-    QString m_blockedBelow;
-    QString m_checkedFolder;
+    FolderGate m_receiving;
     CopyPipeline m_pipeline;
 };
 
@@ -106,7 +89,7 @@ void CopyWalk::singleFile(int index)
             m_pipeline.add(What::MakeDirectory, index, there);
             return;
         }
-        m_checkedFolder = withoutTrailingSeparator(e.Path[m_r]);
+        m_receiving.passed(withoutTrailingSeparator(e.Path[m_r]));
     }
     countOrCopy(index);
 }
@@ -141,9 +124,9 @@ void CopyWalk::tree(int start)
         }
         if (isPairRootRow(x)) {
             enterPair(i);
-            m_blockedBelow.clear();
+            m_receiving.reset();
         }
-        if (receivingUnseen(i) || isBlocked(x.Path[m_r]))
+        if (receivingUnseen(i) || m_receiving.isBlocked(x.Path[m_r]))
             continue;
         if (!unseenBelow.isEmpty() && !x.Path[m_r].startsWith(unseenBelow))
             unseenBelow.clear();
@@ -171,8 +154,9 @@ void CopyWalk::removeLeftovers()
     for (const Engine::Leftover &l : m_engine.Leftovers) {
         if (l.side != m_r)
             continue;
-        TreePath leftover = placeBelow(pairRoot(entry(l.rootRow), m_r), l.path);
-        leftover.rootId = m_engine.RootIdentities.value(l.rootRow)[size_t(m_r)];
+        PairPlaces places;
+        places.enter(m_engine, l.rootRow);
+        const TreePath leftover = places.place(m_r, l.path);
         // Every file removed without a row of its own is named in the log.
         if (m_ops.removeLeftover(leftover).ok())
             WriteLogLine(m_engine, {QStringLiteral("remove-leftover"), QString(), QString(),
@@ -185,23 +169,17 @@ bool CopyWalk::makeReceivingDirectory(int index, const QString &receiving, const
     const OpResult made = m_ops.makeDirectory(place(m_r, receiving), place(m_d, sending));
     m_pipeline.add(What::MakeDirectory, index, made);
     if (!made.ok())
-        block(receiving);
+        m_receiving.block(receiving);
     return made.ok();
 }
 
 bool CopyWalk::receivingFolderUsable(int index)
 {
     const QString folder = withoutTrailingSeparator(entry(index).Path[m_r]);
-    if (folder == m_checkedFolder)
-        return true;
-    const OpResult there = m_ops.checkDirectory(place(m_r, folder));
-    if (!there.ok()) {
+    const OpResult there = m_receiving.check(m_ops, folder, place(m_r, folder));
+    if (!there.ok())
         m_pipeline.add(What::MakeDirectory, index, there);
-        block(folder);
-        return false;
-    }
-    m_checkedFolder = folder;
-    return true;
+    return there.ok();
 }
 
 void CopyWalk::countOrCopy(int index)

@@ -6,6 +6,7 @@
 #include "core/errorlog.h"
 #include "core/platform/fileops.h"
 #include "core/syncpaths.h"
+#include "core/walkplaces.h"
 
 namespace duomir {
 
@@ -24,59 +25,34 @@ public:
 
     void enterPair(int rootRow)
     {
-        m_root = pairRoot(m_engine.CompareResults[size_t(rootRow)], m_side);
-        m_rootId = m_engine.RootIdentities.value(rootRow)[size_t(m_side)];
-        m_blockedBelow.clear();
-        m_checkedFolder.clear();
+        m_places.enter(m_engine, rootRow);
+        m_folders.reset();
         const std::vector<int> &held = m_engine.DeletionRefusedRoots;
         m_held = std::find(held.begin(), held.end(), rootRow) != held.end();
     }
-    TreePath place(const QString &full) const
-    {
-        TreePath p = placeBelow(m_root, full);
-        p.rootId = m_rootId;
-        return p;
-    }
-    bool isBlocked(const QString &path) const
-    {
-        return !m_blockedBelow.isEmpty() && path.startsWith(m_blockedBelow);
-    }
+    TreePath place(const QString &full) const { return m_places.place(m_side, full); }
     void deleteFile(int index);
     bool held() const { return m_held; }
 
 private:
-    bool folderUsable(int index);
-
     Engine &m_engine;
     int m_side;
-    QString m_root;
-    RootIdentity m_rootId;
+    PairPlaces m_places;
     bool m_held = false; // the deletion guard held this pair back
-    QString m_blockedBelow;
-    QString m_checkedFolder;
+    FolderGate m_folders;
 };
-
-bool DeleteWalk::folderUsable(int index)
-{
-    const QString folder =
-        withoutTrailingSeparator(m_engine.CompareResults[size_t(index)].Path[m_side]);
-    if (folder == m_checkedFolder)
-        return true;
-    const OpResult there = m_engine.fileOps->checkDirectory(place(folder));
-    if (!there.ok()) {
-        ReportResult(m_engine, there, What::RemoveDirectory, m_side, index);
-        m_blockedBelow = insidePrefix(folder);
-        return false;
-    }
-    m_checkedFolder = folder;
-    return true;
-}
 
 void DeleteWalk::deleteFile(int index)
 {
     const CompareEntry &x = m_engine.CompareResults[size_t(index)];
-    if (m_held || isBlocked(x.Path[m_side]) || !folderUsable(index))
+    if (m_held || m_folders.isBlocked(x.Path[m_side]))
         return;
+    const QString folder = withoutTrailingSeparator(x.Path[m_side]);
+    if (const OpResult there = m_folders.check(*m_engine.fileOps, folder, place(folder));
+        !there.ok()) {
+        ReportResult(m_engine, there, What::RemoveDirectory, m_side, index);
+        return;
+    }
     const TreePath file = place(x.Path[m_side] + x.Name[m_side]);
     if (x.Attributes[m_side] & Attr::ReadOnly)
         ReportResult(m_engine, m_engine.fileOps->clearReadOnly(file), What::ClearReadOnlyForDelete,

@@ -51,6 +51,7 @@ set(DUOMIR_CORE_SOURCES
     core/progressmodel.cpp
     core/syncstats.h
     core/syncpaths.h
+    core/walkplaces.h
     core/copyentries.h
     core/copyentries.cpp
     core/copypipeline.h

@@ -87,12 +87,9 @@ void GuiInteraction::failureReported(const QString &error, const QString &source
     // With a person there the box has said it; without one, this line is what cron mails.
     if (!unattended())
         return;
-    QString line = error;
-    if (!source.isEmpty())
-        line += u": " + escapedForLine(source);
-    if (!destination.isEmpty())
-        line += (source.isEmpty() ? u": " : u" -> ") + escapedForLine(destination);
-    printLine("error", line);
+    std::fprintf(stderr, "duomir: error: %s\n",
+                 failureLine(error, source, destination).constData());
+    std::fflush(stderr);
 }
 
 Interaction::Answer GuiInteraction::message(Icon icon, Buttons buttons, const QString &text,

@@ -77,8 +77,8 @@ bool fallBackToOffscreen(int argc, char *argv[])
 }
 
 // cron and plain timers start programs without XDG_RUNTIME_DIR; Qt then warns on every start, and
-// cron mails that warning. A private folder as the specification asks for one (owned by us, mode
-// 0700) takes its place.
+// cron mails that warning. A private folder of our own (owned by us, mode 0700, as Qt wants one)
+// takes its place.
 void provideRuntimeDirectory()
 {
     if (!qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))

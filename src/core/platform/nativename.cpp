@@ -224,4 +224,19 @@ void appendEscapedForLine(QByteArray &out, const QString &text)
     }
 }
 
+QByteArray failureLine(const QString &error, const QString &source, const QString &destination)
+{
+    QByteArray line;
+    appendEscapedForLine(line, error);
+    if (!source.isEmpty()) {
+        line += ": ";
+        appendEscapedForLine(line, source);
+    }
+    if (!destination.isEmpty()) {
+        line += source.isEmpty() ? ": " : " -> ";
+        appendEscapedForLine(line, destination);
+    }
+    return line;
+}
+
 } // namespace duomir

@@ -35,4 +35,8 @@ namespace duomir {
 QString escapedForLine(const QString &text);
 void appendEscapedForLine(QByteArray &out, const QString &text);
 
+// A failed operation as one line for standard error, in both programs:
+// "TEXT: SOURCE -> DESTINATION" (either path may be missing), names as their bytes, escaped.
+QByteArray failureLine(const QString &error, const QString &source, const QString &destination);
+
 } // namespace duomir

@@ -205,8 +205,8 @@ OpResult PosixFileOps::makeDirectory(const TreePath &dir, const TreePath &templa
         return OpResult::failure(OpError::PlaceUnknown);
     struct stat st;
     bool haveTemplate = false;
-    if (placeKnown(templateDir) && templateDir.relative.isEmpty()) {
-        haveTemplate = ::stat(toNative(templateDir.root).constData(), &st) == 0;
+    if (std::shared_ptr<const Fd> root; placeKnown(templateDir) && templateDir.relative.isEmpty()) {
+        haveTemplate = rootFolder(templateDir, root).ok() && ::fstat(root->get(), &st) == 0;
     } else if (Located t; placeKnown(templateDir) && locate(templateDir, t).ok()) {
         haveTemplate = ::fstatat(t.fd(), t.name.constData(), &st, AT_SYMLINK_NOFOLLOW) == 0;
     }
