@@ -236,7 +236,8 @@ private Q_SLOTS:
         QTest::newRow("mkdir onto a case twin") << u"mkdir"_qs << u"case twin"_qs << taken;
         QTest::newRow("chmod through a link") << u"chmod"_qs << u"d/sub link"_qs << changedFolder;
         QTest::newRow("rmdir through a link") << u"rmdir"_qs << u"d/sub link"_qs << changedFolder;
-        QTest::newRow("chmod of a file linked from outside") << u"chmod"_qs << u"hard link"_qs << 0;
+        QTest::newRow("chmod of a file linked from outside")
+            << u"chmod"_qs << u"hard-linked"_qs << 0;
         QTest::newRow("copy over a file edited within the second")
             << u"copy"_qs << u"edited within the second"_qs << changed;
         QTest::newRow("copy, no trap") << u"copy"_qs << QString() << 0;
@@ -271,7 +272,7 @@ private Q_SLOTS:
             tree.file(u"d/sub/a.txt"_qs, "edited", 1'500'000'000);
         } else if (trap == u"source edited") {
             tree.setMtime(u"s/sub/a.txt"_qs, 1'400'000'000);
-        } else if (trap == u"hard link") {
+        } else if (trap == u"hard-linked") {
             QVERIFY(QFile::remove(tree.path(u"d/sub/a.txt"_qs)));
             QVERIFY(::link(tree.nativePath("outside/sub/a.txt").constData(),
                            tree.nativePath("d/sub/a.txt").constData()) == 0);
