@@ -45,6 +45,8 @@ set(DUOMIR_CORE_SOURCES
     core/platform/posixfileops.cpp
     core/platform/faultyfileops.h
     core/platform/faultyfileops.cpp
+    core/versioning.h
+    core/versioning.cpp
     core/errorlog.h
     core/errorlog.cpp
     core/progressmodel.h

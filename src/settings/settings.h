@@ -23,6 +23,12 @@ struct Settings
     // sending side, or that finds the receiving side empty, asks first (and, unattended, does not
     // run). 100 switches the guard off.
     int MaxDeletePercent = 50;
+    // Where a file that a deletion removes or a copy replaces goes.
+    enum VersioningMode { ForGood = 0, ToTrash = 1, ToVersionsFolder = 2 };
+    int Versioning = ToTrash;
+    // Relative: below the root of the side that loses the file; absolute: that folder itself.
+    QString VersionsFolder = QStringLiteral("Duomir Versions");
+    int KeepVersionsDays = 30; // run folders older than this go at the start of a run; 0 keeps all
     bool DontShowHint = false;
     bool ButtonBarsWithText = false;
     QString Language;  // language file name without ".lang"

@@ -127,6 +127,12 @@ Settings LoadSettings(const IniFile &file)
     s.LogActions = on(general, u"LogActions", 0);
     s.MaxDeletePercent =
         std::clamp(file.readInt(general, QStringLiteral("MaxDeletePercent"), 50), 0, 100);
+    s.Versioning = std::clamp(file.readInt(general, QStringLiteral("Versioning"), 1), 0, 2);
+    s.VersionsFolder =
+        file.readString(general, QStringLiteral("VersionsFolder"), s.VersionsFolder, 4096);
+    if (s.VersionsFolder.isEmpty())
+        s.VersionsFolder = Settings().VersionsFolder;
+    s.KeepVersionsDays = std::max(0, file.readInt(general, QStringLiteral("KeepVersionsDays"), 30));
     s.DontShowHint = on(general, u"DontShowHint", 0);
     s.ButtonBarsWithText = on(general, u"ButtonBarsWithText", 0);
     s.Language = file.readString(general, QStringLiteral("Language"), {}, 254);
@@ -153,6 +159,8 @@ void WriteOptions(IniFile &file, const Settings &s)
     file.writeString(general, QStringLiteral("TimeLag"), timeLagToText(s.TimeLag));
     file.writeString(general, QStringLiteral("LogToFile"), flag(s.LogToFile));
     file.writeString(general, QStringLiteral("LogActions"), flag(s.LogActions));
+    file.writeString(general, QStringLiteral("Versioning"), QString::number(s.Versioning));
+    file.writeString(general, QStringLiteral("VersionsFolder"), s.VersionsFolder);
     file.writeString(general, QStringLiteral("ButtonBarsWithText"), flag(s.ButtonBarsWithText));
     file.writeString(include, QStringLiteral("SubDirs"), flag(s.SubDirs));
     file.writeString(include, QStringLiteral("SysDirs"), flag(s.SysDirs));
