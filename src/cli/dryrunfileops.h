@@ -50,6 +50,14 @@ public:
         return say("copy", to, from.full(), to.full());
     }
     OpResult removeLeftover(const TreePath &) override { return OpResult::success(); }
+    OpResult listFolders(const TreePath &dir, QStringList &names) override
+    {
+        return m_real.listFolders(dir, names);
+    }
+    OpResult removeTree(const TreePath &dir) override
+    {
+        return say("remove-old-versions", dir, dir.full());
+    }
     void walkEnded() override { m_real.walkEnded(); }
 
 private:

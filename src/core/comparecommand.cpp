@@ -11,6 +11,7 @@
 #include "core/merge.h"
 #include "core/scanner.h"
 #include "core/sortkeys.h"
+#include "core/versioning.h"
 
 namespace duomir {
 
@@ -74,6 +75,9 @@ bool Compare(Engine &engine, int *unlistedRoots)
         engine.CompareUtcOffset = utcOffset;
         FileArray destination;
         std::array<ScanExtras, 2> extras;
+        for (int side = 0; side < 2; ++side)
+            extras[size_t(side)].skipFolder =
+                versionsFolderBelow(engine, engine.CompareRoots[size_t(side)]);
         auto scanDestination = [&, root = engine.CompareRoots[1]] {
             return ScanDirectory(root, directoryMasks, fileMasks, pair, destination, nullptr,
                                  utcOffset, &extras[1]);

@@ -57,6 +57,21 @@ private:
         return m_chunks.back().emplace_back();
     }
     void collect();
+    // The versions folder and the trash folders of a volume (.Trash, .Trash-1000) hold what
+    // runs put aside: comparing them would copy them to the other side.
+    bool isKeptFolder(const QString &directory, const QString &name) const
+    {
+        if (name.startsWith(u".Trash")) {
+            const QStringView rest = QStringView(name).mid(6);
+            bool number = rest.size() > 1 && rest[0] == u'-';
+            for (qsizetype i = 1; number && i < rest.size(); ++i)
+                number = rest[i].isDigit();
+            if (rest.isEmpty() || number)
+                return true;
+        }
+        return !m_skipFolder.isEmpty() && directory.size() + name.size() == m_skipFolder.size() &&
+               m_skipFolder.startsWith(directory) && m_skipFolder.endsWith(name);
+    }
     void yield()
     {
         if (m_ui)
@@ -74,6 +89,7 @@ private:
     int m_utcOffset;
     ScanExtras *m_extras;
     std::vector<QByteArray> m_temporaries;
+    QString m_skipFolder; // full path of a folder never listed
     bool m_rootListed = false;
 };
 
@@ -108,6 +124,8 @@ bool Scanner::scanRoot(const QString &directory)
     // The root is the directory its text names, a link there included; below it every folder is
     // opened from its parent's descriptor without following a link, so no swapped-in link leads
     // the listing elsewhere and depth is no limit.
+    if (m_extras && !m_extras->skipFolder.isEmpty())
+        m_skipFolder = root.Path + Separator + m_extras->skipFolder;
     const Fd fd(::open(toNative(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     m_rootListed = fd.valid() && scan(directory, fd.get());
     struct stat st;
@@ -143,6 +161,8 @@ bool Scanner::scan(const QString &directory, int fd)
 
     for (ListedItem &item : items) {
         if (item.attributes & Attr::Directory) {
+            if (isKeptFolder(directory, item.name))
+                continue;
             // A dot folder (.ssh, .config, .git) is a hidden one, taken with HiddenDirs.
             if (passesHiddenSystem(item.attributes, m_flags.HiddenDirs, m_flags.SysDirs) &&
                 m_flags.SubDirs && MatchesMasks(item.name, m_directoryMasks)) {

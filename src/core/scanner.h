@@ -13,6 +13,8 @@ class Interaction;
 // What a scan finds besides its entries.
 struct ScanExtras
 {
+    // In: a folder below the root ("/"-separated) that is never listed, as the versions folder.
+    QString skipFolder;
     std::vector<QString> leftovers; // temporary files of killed copies, full paths
     // The directory listed as the root (device and inode), 0 when none was: the file operations
     // later act only in this very directory, whatever its path names by then.

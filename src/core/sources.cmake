@@ -41,6 +41,8 @@ set(DUOMIR_CORE_SOURCES
     # synchronization, deletion, error log
     core/platform/fileops.h
     core/platform/errortext.cpp
+    core/platform/trash.h
+    core/platform/trash.cpp
     core/platform/posixfileops.h
     core/platform/posixfileops.cpp
     core/platform/faultyfileops.h

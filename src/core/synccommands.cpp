@@ -4,6 +4,7 @@
 #include "core/engine.h"
 #include "core/interaction.h"
 #include "core/synchronize.h"
+#include "core/versioning.h"
 
 namespace duomir {
 
@@ -73,6 +74,7 @@ void RunDeleteSelected(Engine &engine, int side, int entry)
 {
     showBusy(engine, 854);
     engine.syncStats = {};
+    BeginKeeping(engine, entry);
     DeleteEntries(engine, side, entry, 0);
 }
 

@@ -7,6 +7,7 @@
 #include "core/errorlog.h"
 #include "core/exitstatus.h"
 #include "core/interaction.h"
+#include "core/versioning.h"
 
 namespace duomir {
 
@@ -66,6 +67,7 @@ bool Synchronize(Engine &engine, int startEntry)
     engine.CancelFlag = false;
     engine.syncStats = {};
     engine.ui().setInputEnabled(false);
+    BeginKeeping(engine, startEntry);
 
     if (o.Src != o.Dest && o.Delete) {
         GuardDeletions(engine, o.Src ? 0 : 1, startEntry);
@@ -96,6 +98,7 @@ void CopySelected(Engine &engine, int d, int startEntry)
     engine.CancelFlag = false;
     engine.syncStats = {};
     engine.ByteTotal = 0;
+    BeginKeeping(engine, startEntry);
     CopyEntries(engine, d, startEntry, CopyMode::CountOnly | CopyMode::IgnoreState);
     engine.ui().setInputEnabled(false);
     if (!engine.DontAsk)

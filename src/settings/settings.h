@@ -25,7 +25,7 @@ struct Settings
     int MaxDeletePercent = 50;
     // Where a file that a deletion removes or a copy replaces goes.
     enum VersioningMode { ForGood = 0, ToTrash = 1, ToVersionsFolder = 2 };
-    int Versioning = ToTrash;
+    int Versioning = ForGood; // LoadSettings: ToTrash where the file says nothing
     // Relative: below the root of the side that loses the file; absolute: that folder itself.
     QString VersionsFolder = QStringLiteral("Duomir Versions");
     int KeepVersionsDays = 30; // run folders older than this go at the start of a run; 0 keeps all

@@ -57,6 +57,14 @@ private Q_SLOTS:
         QTest::newRow("TimeLag cut before conversion")
             << QByteArray("[General]\nTimeLag=00:00:05           junk\n") << u"TimeLag"_qs
             << u"00:00:05"_qs;
+        QTest::newRow("no file: the Trash keeps files for 30 days")
+            << QByteArray() << u"Keeping"_qs << u"1 Duomir Versions 30"_qs;
+        QTest::newRow("versions folder, kept forever")
+            << QByteArray("[General]\nVersioning=2\nVersionsFolder=Old\nKeepVersionsDays=0\n")
+            << u"Keeping"_qs << u"2 Old 0"_qs;
+        QTest::newRow("unknown mode and empty folder: the defaults' nearest")
+            << QByteArray("[General]\nVersioning=9\nVersionsFolder=\nKeepVersionsDays=-4\n")
+            << u"Keeping"_qs << u"2 Duomir Versions 0"_qs;
         QTest::newRow("flags of General")
             << QByteArray("[General]\nLogToFile=1\nDontShowHint=1\n") << u"General"_qs << u"110"_qs;
     }
@@ -77,6 +85,8 @@ private Q_SLOTS:
             {u"Language"_qs, s.Language},
             {u"ExcludeDirs"_qs, s.ExcludeDirs},
             {u"TimeLag"_qs, timeLagToText(s.TimeLag)},
+            {u"Keeping"_qs, u"%1 %2 %3"_qs.arg(s.Versioning).arg(s.VersionsFolder).arg(
+                                s.KeepVersionsDays)},
             {u"General"_qs, b(s.LogToFile) + b(s.DontShowHint) + b(s.ButtonBarsWithText)}};
         QCOMPARE(fields.value(field), expected);
         QCOMPARE(tree.exists(u"Duomir.ini"_qs), !content.isNull()); // loading never creates it
@@ -121,6 +131,8 @@ private Q_SLOTS:
         s.LogToFile = true;
         s.SubDirs = true;
         s.HiddenDirs = true;
+        s.Versioning = Settings::ToVersionsFolder;
+        s.VersionsFolder = u"Old"_qs;
         WriteOptions(ini, s);
         WriteLanguage(ini, u"English"_qs);
         WriteDontShowHint(ini, true);
@@ -128,7 +140,8 @@ private Q_SLOTS:
             tree.read(u"Duomir.ini"_qs),
             QByteArray(
                 "[Exclude]\nDirs=Temp;Recycled\nFiles=*.tmp;*.bak\n"
-                "[General]\nTimeLag=00:00:02\nLogToFile=1\nLogActions=0\nButtonBarsWithText=0\n"
+                "[General]\nTimeLag=00:00:02\nLogToFile=1\nLogActions=0\nVersioning=2\n"
+                "VersionsFolder=Old\nButtonBarsWithText=0\n"
                 "Language=English\nDontShowHint=1\n"
                 "[Include]\nSubDirs=1\nSysDirs=0\nSysFiles=0\nHiddenDirs=1\n"
                 "HiddenFiles=0\n"));

@@ -42,6 +42,8 @@ public:
     OpResult removeFile(const TreePath &, const Seen &) override { return {}; }
     OpResult removeDirectory(const TreePath &) override { return {}; }
     OpResult removeLeftover(const TreePath &) override { return {}; }
+    OpResult listFolders(const TreePath &, QStringList &) override { return {}; }
+    OpResult removeTree(const TreePath &) override { return {}; }
     std::int64_t parallelCopyLimit() const override { return limit; }
 
     OpResult copyFile(const TreePath &fromPlace, const Seen &, const TreePath &,

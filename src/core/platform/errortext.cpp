@@ -18,6 +18,9 @@ QString errorText(int code)
         return QStringLiteral("exists on the receiving side but was not seen by the comparison");
     if (code == OpError::ChangedSinceCompare)
         return QStringLiteral("changed since the comparison");
+    if (code == OpError::NoTrash)
+        return QStringLiteral("No trash can be used on this volume: the file was neither deleted "
+                              "nor replaced");
     return QString::fromLocal8Bit(std::strerror(code));
 }
 

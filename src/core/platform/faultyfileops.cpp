@@ -82,6 +82,8 @@ ssize_t FaultyFileOps::sysWrite(int fd, const void *data, size_t length)
 
 int FaultyFileOps::sysRename(int dir, const char *from, const char *to, unsigned flags)
 {
+    if (onChange)
+        onChange();
     if (renameErrno != 0 && hits(to))
         return fail(renameErrno);
     if (caseBlind && flags != 0)
@@ -91,6 +93,8 @@ int FaultyFileOps::sysRename(int dir, const char *from, const char *to, unsigned
 
 int FaultyFileOps::sysLink(int dir, const char *from, const char *to)
 {
+    if (onChange)
+        onChange();
     if (caseBlind)
         return fail(EPERM);
     return PosixFileOps::sysLink(dir, from, to);
@@ -107,10 +111,23 @@ int FaultyFileOps::sysMkdir(int dir, const char *name, mode_t mode)
 
 int FaultyFileOps::sysUnlink(int dir, const char *name, int flags)
 {
+    if (onChange)
+        onChange();
     const int error = (flags & AT_REMOVEDIR) ? rmdirErrno : unlinkErrno;
     if (error != 0 && hits(name))
         return fail(error);
     return PosixFileOps::sysUnlink(dir, name, flags);
+}
+
+int FaultyFileOps::sysKeep(int fromDir, const char *from, int toDir, const char *to, bool byLink)
+{
+    if (onChange)
+        onChange();
+    if (keepErrno != 0 && hits(from))
+        return fail(keepErrno);
+    if (caseBlind && byLink)
+        return fail(EPERM);
+    return PosixFileOps::sysKeep(fromDir, from, toDir, to, byLink);
 }
 
 int FaultyFileOps::sysLookup(int dir, const char *name, struct stat *st)

@@ -27,12 +27,15 @@ public:
     int unlinkErrno = 0;
     int rmdirErrno = 0;
     int chmodErrno = 0;
+    int keepErrno = 0; // moving or linking a file to where it is kept
     bool sourcesVanish = false;
     // Names that differ only in ASCII case are one name, as on FAT, exFAT and SMB; and the file
     // system has neither an exclusive rename nor hard links, as exFAT through FUSE.
     bool caseBlind = false;
     QByteArray onlyPathsWith;
     std::function<void(const TreePath &)> onResolve;
+    // Called before every rename, link, keep and unlink: a test can look at the tree between them.
+    std::function<void()> onChange;
 
     std::atomic<int> writes = 0; // data writes so far
 
@@ -53,6 +56,7 @@ protected:
     int sysUnlink(int dir, const char *name, int flags) override;
     int sysChmod(int dir, const char *name, mode_t mode) override;
     int sysLookup(int dir, const char *name, struct stat *st) override;
+    int sysKeep(int fromDir, const char *from, int toDir, const char *to, bool byLink) override;
 
 private:
     bool hits(const char *name) const;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -34,6 +35,9 @@ inline constexpr int FolderChanged = 0x10003;
 inline constexpr int NotSeen = 0x10004;
 // The file no longer has the size and time the comparison saw: neither side is changed.
 inline constexpr int ChangedSinceCompare = 0x10005;
+// A file to be deleted or replaced could not be put into a trash of its volume (none there, or
+// none this user may use): it stays where it is.
+inline constexpr int NoTrash = 0x10006;
 } // namespace OpError
 
 // The text shown and logged for an error code: the system's own text for errno values.
@@ -92,12 +96,30 @@ struct Seen
     std::uint32_t mtimeNs = 0;
 };
 
+// Where a file that is deleted or replaced goes instead of being gone for good.
+struct Keeping
+{
+    enum class Mode { ForGood, Trash, Folder };
+    Mode mode = Mode::ForGood;
+    // Folder: relative to the root of the side that loses the file ("/"-separated, no "." or
+    // ".."), or absolute.
+    QString folder;
+    // Folder: this run's own folder inside it, named by the run's start ("2026-11-24 140000").
+    QString runFolder;
+    // Trash: the home trash ($XDG_DATA_HOME/Trash), for files on its volume.
+    QString homeTrash;
+};
+
 // Every file-system change the synchronization makes goes through this interface, so that tests
 // can inject faults and a dry run can record instead of act.
 class FileOps
 {
 public:
     virtual ~FileOps() = default;
+
+    // Where the files that removeFile deletes and copyFile replaces go from now on.
+    void setKeeping(Keeping keeping) { m_keeping = std::move(keeping); }
+    const Keeping &keeping() const { return m_keeping; }
 
     // Whether `dir` is a directory reached without a link; the result says why not.
     virtual OpResult checkDirectory(const TreePath &dir) = 0;
@@ -110,16 +132,17 @@ public:
     // Adds owner write permission and keeps every other permission bit.
     virtual OpResult clearReadOnly(const TreePath &file) = 0;
 
-    // Removes the file while it is still as `seen`.
+    // Removes the file while it is still as `seen`: moves it where keeping() says.
     virtual OpResult removeFile(const TreePath &file, const Seen &seen) = 0;
     virtual OpResult removeDirectory(const TreePath &dir) = 0; // only an empty one
 
     // Copies a regular file or a symbolic link to `to`, carrying the modification time, the
     // permission bits and (where the process may) the owner. The source must still be as
     // `fromSeen`; an existing target is replaced only while it is as `toSeen`, and with no
-    // `toSeen` the name must still be free. The data goes into a temporary file beside `to` that
-    // is renamed into place at the end; a failed or cancelled copy (`cancel` read between chunks,
-    // result ECANCELED) removes it and leaves an existing `to` untouched.
+    // `toSeen` the name must still be free; a replaced file goes where keeping() says, by a hard
+    // link made before the new content takes its name. The data goes into a temporary file beside
+    // `to` that is renamed into place at the end; a failed or cancelled copy (`cancel` read between
+    // chunks, result ECANCELED) removes it and leaves an existing `to` untouched.
     virtual OpResult copyFile(const TreePath &from, const Seen &fromSeen, const TreePath &to,
                               const std::optional<Seen> &toSeen, const CopyProgress &progress,
                               const std::atomic<bool> &cancel) = 0;
@@ -129,12 +152,20 @@ public:
     // Success means the file is gone.
     virtual OpResult removeLeftover(const TreePath &file) = 0;
 
+    // The names of the folders in `dir` (none when it is missing); links are not followed.
+    virtual OpResult listFolders(const TreePath &dir, QStringList &names) = 0;
+    // Removes `dir` with everything below it, for good; links inside are removed, not followed.
+    virtual OpResult removeTree(const TreePath &dir) = 0;
+
     // A walk is over: whatever the operations keep open for it (folders) is let go.
     virtual void walkEnded() {}
 
     // Files up to this many bytes may be copied on several threads at once (copyFile is then
     // called concurrently); 0 keeps every copy on the caller's thread, one after the other.
     virtual std::int64_t parallelCopyLimit() const { return 0; }
+
+private:
+    Keeping m_keeping;
 };
 
 } // namespace duomir

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <memory>
 #include <mutex>
@@ -181,6 +182,7 @@ void PosixFileOps::walkEnded()
     const std::lock_guard lock(m_cacheMutex);
     m_cache.clear();
     m_roots.clear();
+    m_trashes.clear();
 }
 
 OpResult PosixFileOps::checkDirectory(const TreePath &dir)
@@ -276,6 +278,8 @@ OpResult PosixFileOps::removeFile(const TreePath &file, const Seen &seen)
         return OpResult::failure(EISDIR);
     if (!matches(st, seen))
         return OpResult::failure(OpError::ChangedSinceCompare);
+    if (keeping().mode != Keeping::Mode::ForGood)
+        return keep(at.fd(), at.name, st, file, false);
     return sysUnlink(at.fd(), at.name.constData(), 0) == 0 ? OpResult::success() : lastError();
 }
 
@@ -387,14 +391,14 @@ OpResult PosixFileOps::copyFile(const TreePath &from, const Seen &fromSeen, cons
             result = lastError();
     }
     if (result.ok())
-        result = place(target.fd(), temp.c_str(), target.name, toSeen);
+        result = place(target.fd(), temp.c_str(), target.name, to, toSeen);
     if (!result.ok())
         ::unlinkat(target.fd(), temp.c_str(), 0);
     return result;
 }
 
 OpResult PosixFileOps::place(int dir, const char *temporary, const QByteArray &name,
-                             const std::optional<Seen> &seen)
+                             const TreePath &to, const std::optional<Seen> &seen)
 {
     const char *target = name.constData();
     struct stat st;
@@ -404,6 +408,20 @@ OpResult PosixFileOps::place(int dir, const char *temporary, const QByteArray &n
             return errno == ENOENT ? OpResult::failure(OpError::ChangedSinceCompare) : lastError();
         if (S_ISDIR(st.st_mode) || !matches(st, *seen))
             return OpResult::failure(OpError::ChangedSinceCompare);
+        if (keeping().mode != Keeping::Mode::ForGood) {
+            // The old file gets its second name before the new one takes the first: at every
+            // moment the name holds the old file or the new one. Should the rename fail after
+            // that, the old file stays where it was and has a kept copy besides: nothing lost.
+            OpResult kept = keep(dir, name, st, to, true);
+            if (!kept.ok() && (kept.error == EPERM || kept.error == EMLINK ||
+                               kept.error == EOPNOTSUPP || kept.error == ENOSYS)) {
+                // No hard links here (FAT, exFAT): the old file is moved away first, and only
+                // for the moment between the two renames is the name free.
+                kept = keep(dir, name, st, to, false);
+            }
+            if (!kept.ok())
+                return kept;
+        }
         return sysRename(dir, temporary, target, 0) == 0 ? OpResult::success() : lastError();
     }
     // The comparison saw the name free: nothing that holds it now is replaced, be it a file made
@@ -560,12 +578,233 @@ OpResult PosixFileOps::copyLink(Located &source, const struct stat &st, const Tr
         const struct timespec times[2] = {st.st_atim, st.st_mtim};
         ::utimensat(dir, temp.c_str(), times, AT_SYMLINK_NOFOLLOW);
         keepOwner(-1, dir, temp.c_str(), st);
-        const OpResult placed = place(dir, temp.c_str(), at.name, toSeen);
+        const OpResult placed = place(dir, temp.c_str(), at.name, to, toSeen);
         if (!placed.ok())
             ::unlinkat(dir, temp.c_str(), 0);
         return placed;
     }
     return OpResult::failure(EEXIST);
+}
+
+OpResult PosixFileOps::keep(int dir, const QByteArray &name, const struct stat &st,
+                            const TreePath &place, bool byLink)
+{
+    switch (keeping().mode) {
+    case Keeping::Mode::Trash:
+        return keepInTrash(dir, name, st, byLink);
+    case Keeping::Mode::Folder:
+        return keepInFolder(dir, name, st, place, byLink);
+    case Keeping::Mode::ForGood:
+        break;
+    }
+    return OpResult::success();
+}
+
+OpResult PosixFileOps::keepInTrash(int dir, const QByteArray &name, const struct stat &st,
+                                   bool byLink)
+{
+    // The trash of the file's own volume: a rename or a hard link, never a copy.
+    const QByteArray folderPath = folderPathOf(dir);
+    if (folderPath.isEmpty())
+        return OpResult::failure(OpError::NoTrash);
+    std::shared_ptr<const TrashCan> can;
+    {
+        const std::lock_guard lock(m_cacheMutex);
+        if (const auto found = m_trashes.find(st.st_dev); found != m_trashes.end())
+            can = found->second;
+    }
+    if (!can) {
+        auto opened = std::make_shared<TrashCan>();
+        if (const OpResult r =
+                openTrash(st.st_dev, folderPath, toNative(keeping().homeTrash), *opened);
+            !r.ok())
+            return r;
+        const std::lock_guard lock(m_cacheMutex);
+        can = m_trashes.emplace(st.st_dev, std::move(opened)).first->second;
+    }
+    const QByteArray original = (folderPath == "/" ? QByteArray() : folderPath) + '/' + name;
+    const QDateTime now = QDateTime::currentDateTime();
+    int attempt = 0;
+    for (;;) {
+        QByteArray trashName;
+        if (const OpResult r = reserveTrashName(*can, original, now, trashName, attempt); !r.ok())
+            return r;
+        if (sysKeep(dir, name.constData(), can->files.get(), trashName.constData(), byLink) == 0)
+            return OpResult::success();
+        const int error = errno;
+        ::unlinkat(can->info.get(), QByteArray(trashName + ".trashinfo").constData(), 0);
+        if (error == EEXIST)
+            continue; // a file in the trash without its info file: another name
+        return OpResult::failure(error == EXDEV ? OpError::NoTrash : error);
+    }
+}
+
+OpResult PosixFileOps::keepInFolder(int dir, const QByteArray &name, const struct stat &,
+                                    const TreePath &place, bool byLink)
+{
+    std::shared_ptr<const Fd> into;
+    if (const OpResult r = versionsFolder(place, into); !r.ok())
+        return r;
+    for (int attempt = 1; attempt < 1000; ++attempt) {
+        // Two files of one run under one name (a case twin, two pairs sharing a folder): the
+        // later one is numbered.
+        const QByteArray kept =
+            attempt == 1 ? name : name.left(NAME_MAX - 4) + '.' + QByteArray::number(attempt);
+        if (sysKeep(dir, name.constData(), into->get(), kept.constData(), byLink) == 0)
+            return OpResult::success();
+        if (errno != EEXIST)
+            return lastError();
+    }
+    return OpResult::failure(EEXIST);
+}
+
+OpResult PosixFileOps::versionsFolder(const TreePath &place, std::shared_ptr<const Fd> &out)
+{
+    const Keeping &k = keeping();
+    const QByteArray relative = toNative(place.relative);
+    const qsizetype slash = relative.lastIndexOf('/');
+    const QByteArray from = slash < 0 ? QByteArray() : relative.left(slash);
+    const QByteArray key = "\x01" + toNative(place.root) + '\0' + from;
+    {
+        const std::lock_guard lock(m_cacheMutex);
+        if (const auto found = m_cache.constFind(key); found != m_cache.cend()) {
+            out = *found;
+            return OpResult::success();
+        }
+    }
+    const bool absolute = k.folder.startsWith(u'/');
+    QList<QByteArray> names;
+    if (!absolute)
+        names = toNative(k.folder).split('/');
+    names << toNative(k.runFolder);
+    if (!from.isEmpty())
+        names << from.split('/');
+    std::shared_ptr<const Fd> base;
+    if (absolute) {
+        // A folder named by the person: made where missing, links on its path followed as for
+        // a root.
+        const QByteArray folder = toNative(k.folder);
+        for (qsizetype at = folder.indexOf('/', 1); at > 0; at = folder.indexOf('/', at + 1))
+            ::mkdir(folder.left(at).constData(), 0700);
+        ::mkdir(folder.constData(), 0700);
+        base = std::make_shared<const Fd>(openRoot(folder));
+        if (!base->valid())
+            return lastError();
+    } else if (const OpResult r = rootFolder(place, base); !r.ok()) {
+        return r;
+    }
+    Fd current;
+    int at = base->get();
+    for (const QByteArray &name : std::as_const(names)) {
+        if (name.isEmpty() || name == "." || name == ".." || name.contains('\0'))
+            return OpResult::failure(OpError::PlaceUnknown);
+        if (::mkdirat(at, name.constData(), 0700) != 0 && errno != EEXIST)
+            return lastError();
+        current = Fd(::openat(at, name.constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        if (!current.valid())
+            return folderError();
+        at = current.get();
+    }
+    auto opened = std::make_shared<const Fd>(std::move(current));
+    out = opened;
+    const std::lock_guard lock(m_cacheMutex);
+    if (m_cache.size() >= 64)
+        m_cache.clear();
+    m_cache.insert(key, std::move(opened));
+    return OpResult::success();
+}
+
+OpResult PosixFileOps::listFolders(const TreePath &dir, QStringList &names)
+{
+    names.clear();
+    std::shared_ptr<const Fd> found;
+    if (!placeKnown(dir))
+        return OpResult::failure(OpError::PlaceUnknown);
+    if (const OpResult r = folder(dir, toNative(dir.relative), found); !r.ok())
+        return r.error == ENOENT ? OpResult::success() : r;
+    const int fd = ::openat(found->get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return lastError();
+    DIR *stream = ::fdopendir(fd);
+    if (!stream) {
+        ::close(fd);
+        return lastError();
+    }
+    while (const dirent *d = ::readdir(stream)) {
+        struct stat st;
+        if (std::strcmp(d->d_name, ".") == 0 || std::strcmp(d->d_name, "..") == 0 ||
+            ::fstatat(::dirfd(stream), d->d_name, &st, AT_SYMLINK_NOFOLLOW) != 0 ||
+            !S_ISDIR(st.st_mode))
+            continue;
+        names << fromNative(QByteArray(d->d_name));
+    }
+    ::closedir(stream);
+    return OpResult::success();
+}
+
+namespace {
+
+// Empties the folder `name` in `parent` and removes it, never following a link.
+int removeAll(int parent, const char *name)
+{
+    const int fd = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0)
+        return -1;
+    DIR *stream = ::fdopendir(fd);
+    if (!stream) {
+        ::close(fd);
+        return -1;
+    }
+    int result = 0;
+    while (const dirent *d = ::readdir(stream)) {
+        if (std::strcmp(d->d_name, ".") == 0 || std::strcmp(d->d_name, "..") == 0)
+            continue;
+        struct stat st;
+        if (::fstatat(::dirfd(stream), d->d_name, &st, AT_SYMLINK_NOFOLLOW) != 0)
+            continue;
+        const int r = S_ISDIR(st.st_mode) ? removeAll(::dirfd(stream), d->d_name)
+                                          : ::unlinkat(::dirfd(stream), d->d_name, 0);
+        if (r != 0)
+            result = -1;
+    }
+    ::closedir(stream);
+    if (result != 0)
+        return -1;
+    return ::unlinkat(parent, name, AT_REMOVEDIR);
+}
+
+} // namespace
+
+OpResult PosixFileOps::removeTree(const TreePath &dir)
+{
+    Located at;
+    if (const OpResult r = locate(dir, at); !r.ok())
+        return r;
+    if (removeAll(at.fd(), at.name.constData()) != 0)
+        return lastError();
+    walkEnded(); // a kept descriptor of a folder in it would name one that is gone
+    return OpResult::success();
+}
+
+int PosixFileOps::sysKeep(int fromDir, const char *from, int toDir, const char *to, bool byLink)
+{
+    if (byLink)
+        return ::linkat(fromDir, from, toDir, to, 0);
+    if (::renameat2(fromDir, from, toDir, to, RENAME_NOREPLACE) == 0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP)
+        return -1;
+    // No exclusive rename (FUSE): look, then rename, one keeper at a time.
+    static std::mutex lookThenRename;
+    const std::lock_guard lock(lookThenRename);
+    struct stat st;
+    if (::fstatat(toDir, to, &st, AT_SYMLINK_NOFOLLOW) == 0) {
+        errno = EEXIST;
+        return -1;
+    }
+    if (errno != ENOENT)
+        return -1;
+    return ::renameat(fromDir, from, toDir, to);
 }
 
 int PosixFileOps::sysOpenSource(int dir, const char *name)

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <QHash>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <sys/types.h>
 
 #include "core/platform/anchor.h"
 #include "core/platform/fileops.h"
+#include "core/platform/trash.h"
 
 struct stat;
 
@@ -35,6 +37,8 @@ public:
                       const std::optional<Seen> &toSeen, const CopyProgress &progress,
                       const std::atomic<bool> &cancel) override;
     OpResult removeLeftover(const TreePath &file) override;
+    OpResult listFolders(const TreePath &dir, QStringList &names) override;
+    OpResult removeTree(const TreePath &dir) override;
     void walkEnded() override;
     // A file of one chunk reports its progress once: nothing is lost by copying it beside others.
     std::int64_t parallelCopyLimit() const override { return m_chunkSize; }
@@ -56,6 +60,9 @@ protected:
     virtual int sysChmod(int dir, const char *name, mode_t mode);
     // fstatat without following a link.
     virtual int sysLookup(int dir, const char *name, struct stat *st);
+    // Gives the file `from` in `fromDir` the name `to` in `toDir`, replacing nothing there: moved
+    // (rename), or with `byLink` a second name (hard link).
+    virtual int sysKeep(int fromDir, const char *from, int toDir, const char *to, bool byLink);
 
 private:
     // The directory holding the last name of a place, and that name.
@@ -95,14 +102,26 @@ private:
     OpResult copyRun(DataCopy &copy, std::int64_t end);
     OpResult copyLink(Located &source, const struct stat &st, const TreePath &to,
                       const std::optional<Seen> &toSeen);
-    // Puts the finished temporary file under `name`, replacing only what `seen` describes.
-    OpResult place(int dir, const char *temporary, const QByteArray &name,
+    // Puts the finished temporary file under `name` (at `to`), replacing only what `seen`
+    // describes; a replaced file is kept as keeping() says.
+    OpResult place(int dir, const char *temporary, const QByteArray &name, const TreePath &to,
                    const std::optional<Seen> &seen);
+    // Moves (or with `byLink` hard-links) the file `name` in `dir`, found as `st` at `place`, to
+    // where keeping() says.
+    OpResult keep(int dir, const QByteArray &name, const struct stat &st, const TreePath &place,
+                  bool byLink);
+    OpResult keepInTrash(int dir, const QByteArray &name, const struct stat &st, bool byLink);
+    OpResult keepInFolder(int dir, const QByteArray &name, const struct stat &st,
+                          const TreePath &place, bool byLink);
+    // The folder of this run in the versions folder that receives files from the folder of
+    // `place`, made where missing.
+    OpResult versionsFolder(const TreePath &place, std::shared_ptr<const Fd> &out);
 
     std::int64_t m_chunkSize;
     std::mutex m_cacheMutex;
-    QHash<QByteArray, std::shared_ptr<const Fd>> m_cache; // root NUL relative: an open folder
-    QHash<QByteArray, std::shared_ptr<const Fd>> m_roots; // root: opened once a walk
+    QHash<QByteArray, std::shared_ptr<const Fd>> m_cache;       // root NUL relative: an open folder
+    QHash<QByteArray, std::shared_ptr<const Fd>> m_roots;       // root: opened once a walk
+    std::map<dev_t, std::shared_ptr<const TrashCan>> m_trashes; // by volume: opened once a walk
 };
 
 } // namespace duomir
