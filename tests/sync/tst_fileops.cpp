@@ -1,15 +1,18 @@
 #include <QDir>
 #include <QFile>
+#include <QScopeGuard>
 #include <QTest>
 #include <cerrno>
 #include <optional>
 #include <sys/file.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "common/temptree.h"
 #include "core/platform/faultyfileops.h"
+#include "core/platform/nativename.h"
 
 using namespace duomir;
 using duomir::test::TempTree;
@@ -40,6 +43,16 @@ private:
     }
 
     static constexpr std::int64_t chunk = 64 * 1024;
+
+    // A file's content by its bytes' name (null when it cannot be read).
+    static QByteArray readRaw(const QByteArray &path)
+    {
+        QFile file;
+        const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+        if (fd < 0 || !file.open(fd, QIODevice::ReadOnly, QFile::AutoCloseHandle))
+            return {};
+        return file.readAll();
+    }
 
 private Q_SLOTS:
     // A copy carries content, time and mode; every way it can fail leaves the old target whole.
@@ -308,6 +321,151 @@ private Q_SLOTS:
         else
             QCOMPARE(tree.read(u"d/sub/a.txt"_qs), QByteArray("new"));
         QVERIFY(leftovers(tree, u"d/sub"_qs).isEmpty());
+    }
+
+    // A deleted or replaced file is kept: in the trash of its volume (with an info file that
+    // names it) or in the run's versions folder. A replaced name holds the old or the new file at
+    // every moment, and a name already in the trash is never taken twice.
+    void keepsWhatGoes_data()
+    {
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<QString>("operation");
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<bool>("links");
+        QTest::addColumn<QByteArray>("keptAs");
+        QTest::newRow("trash: delete")
+            << u"trash"_qs << u"delete"_qs << QByteArray("f") << true << QByteArray("f");
+        QTest::newRow("trash: replace")
+            << u"trash"_qs << u"replace"_qs << QByteArray("f") << true << QByteArray("f");
+        QTest::newRow("trash: name taken there")
+            << u"trash"_qs << u"delete"_qs << QByteArray("taken") << true << QByteArray("taken.1");
+        QTest::newRow("trash: odd bytes escaped")
+            << u"trash"_qs << u"delete"_qs << QByteArray("a b%\xff\n") << true
+            << QByteArray("a b%\xff\n");
+        QTest::newRow("trash: replace without hard links")
+            << u"trash"_qs << u"replace"_qs << QByteArray("f") << false << QByteArray("f");
+        QTest::newRow("folder: delete")
+            << u"folder"_qs << u"delete"_qs << QByteArray("f") << true << QByteArray("f");
+        QTest::newRow("folder: replace")
+            << u"folder"_qs << u"replace"_qs << QByteArray("f") << true << QByteArray("f");
+        QTest::newRow("folder: replace without hard links")
+            << u"folder"_qs << u"replace"_qs << QByteArray("f") << false << QByteArray("f");
+        QTest::newRow("folder: name taken there")
+            << u"folder"_qs << u"delete"_qs << QByteArray("taken") << true << QByteArray("taken.2");
+    }
+    void keepsWhatGoes()
+    {
+        QFETCH(QString, mode);
+        QFETCH(QString, operation);
+        QFETCH(QByteArray, name);
+        QFETCH(bool, links);
+        QFETCH(QByteArray, keptAs);
+        TempTree tree;
+        const QByteArray file = "r/sub/" + name;
+        tree.rawFile(file, "old", 1'500'000'000);
+        tree.file(u"s/new"_qs, "brand new", 1'600'000'000);
+        tree.dir(u"home"_qs);
+        const QByteArray kept = mode == u"trash"
+                                    ? QByteArray("home/Trash/files/" + keptAs)
+                                    : QByteArray("r/Versions/2026-11-24 140000/sub/" + keptAs);
+        if (name == "taken") {
+            tree.rawFile(mode == u"trash" ? "home/Trash/files/taken" : kept.chopped(2), "other");
+            if (mode == u"trash")
+                tree.rawFile("home/Trash/info/taken.trashinfo", "[Trash Info]\n");
+        }
+        struct stat st;
+        QVERIFY(::lstat(tree.nativePath(file).constData(), &st) == 0);
+        const Seen before{st.st_size, st.st_mtim.tv_sec, std::uint32_t(st.st_mtim.tv_nsec)};
+
+        FaultyFileOps ops;
+        ops.caseBlind = !links;
+        Keeping keeping;
+        keeping.mode = mode == u"trash" ? Keeping::Mode::Trash : Keeping::Mode::Folder;
+        keeping.homeTrash = tree.path(u"home/Trash"_qs);
+        keeping.folder = u"Versions"_qs;
+        keeping.runFolder = u"2026-11-24 140000"_qs;
+        ops.setKeeping(keeping);
+        int missingAt = 0;
+        int changes = 0;
+        ops.onChange = [&] {
+            ++changes;
+            if (::lstat(tree.nativePath(file).constData(), &st) != 0 && missingAt == 0)
+                missingAt = changes;
+        };
+        const TreePath place{tree.path(u"r"_qs), fromNative(QByteArray("sub/" + name))};
+        const std::atomic<bool> cancel = false;
+        const OpResult r = operation == u"delete"
+                               ? ops.removeFile(place, before)
+                               : ops.copyFile(at(tree, u"s/new"_qs), seen(tree, u"s/new"_qs), place,
+                                              before, {}, cancel);
+        QCOMPARE(r.error, 0);
+        QCOMPARE(readRaw(tree.nativePath(kept)), QByteArray("old"));
+        QCOMPARE(::lstat(tree.nativePath(file).constData(), &st) == 0, operation == u"replace");
+        if (operation == u"replace" && links)
+            QCOMPARE(missingAt, 0);
+        if (mode == u"trash") {
+            const QList<QByteArray> lines =
+                readRaw(tree.nativePath("home/Trash/info/" + keptAs + ".trashinfo")).split('\n');
+            QCOMPARE(lines.value(0), QByteArray("[Trash Info]"));
+            QCOMPARE(lines.value(1), "Path=" + tree.nativePath(file).toPercentEncoding("/"));
+            QVERIFY(QDateTime::fromString(QString::fromLatin1(lines.value(2).mid(13)), Qt::ISODate)
+                        .isValid());
+            QVERIFY(lines.value(2).startsWith("DeletionDate="));
+        }
+    }
+
+    // On a volume of its own the trash is the one at the volume's top: the shared .Trash when it
+    // is sticky, else .Trash-UID. One that is a link or a file is never used, and then nothing is
+    // deleted.
+    void trashOfAnotherVolume_data()
+    {
+        QTest::addColumn<QString>("setup");
+        QTest::addColumn<QString>("keptIn");
+        const QString own = u".Trash-%1"_qs.arg(::geteuid());
+        QTest::newRow("none yet: made") << QString() << own;
+        QTest::newRow("shared sticky .Trash") << u"sticky"_qs << u".Trash/%1"_qs.arg(::geteuid());
+        QTest::newRow("shared .Trash without sticky bit") << u"not sticky"_qs << own;
+        QTest::newRow("own trash is a link") << u"link"_qs << QString();
+        QTest::newRow("own trash is a file") << u"file"_qs << QString();
+    }
+    void trashOfAnotherVolume()
+    {
+        QFETCH(QString, setup);
+        QFETCH(QString, keptIn);
+        TempTree tree;
+        tree.dir(u"vol"_qs);
+        tree.dir(u"elsewhere"_qs);
+        tree.dir(u"home"_qs);
+        if (::mount("tmpfs", tree.nativePath("vol").constData(), "tmpfs", 0, "size=1m") != 0)
+            QSKIP("no tmpfs can be mounted here (needs root)");
+        const auto unmount =
+            qScopeGuard([&] { ::umount2(tree.nativePath("vol").constData(), MNT_DETACH); });
+        const QString own = u"vol/.Trash-%1"_qs.arg(::geteuid());
+        if (setup == u"sticky" || setup == u"not sticky") {
+            tree.dir(u"vol/.Trash"_qs);
+            tree.setMode(u"vol/.Trash"_qs, setup == u"sticky" ? 01777 : 0777);
+        } else if (setup == u"link") {
+            tree.symlink(own, "../elsewhere");
+        } else if (setup == u"file") {
+            tree.file(own, "not a folder");
+        }
+        tree.file(u"vol/r/f"_qs, "old", 1'500'000'000);
+        PosixFileOps ops;
+        Keeping keeping;
+        keeping.mode = Keeping::Mode::Trash;
+        keeping.homeTrash = tree.path(u"home/Trash"_qs); // another volume
+        ops.setKeeping(keeping);
+        const OpResult r =
+            ops.removeFile({tree.path(u"vol/r"_qs), u"f"_qs}, seen(tree, u"vol/r/f"_qs));
+        QCOMPARE(r.error, keptIn.isEmpty() ? OpError::NoTrash : 0);
+        QCOMPARE(tree.exists(u"vol/r/f"_qs), keptIn.isEmpty());
+        if (!keptIn.isEmpty()) {
+            QCOMPARE(tree.read(u"vol/"_qs + keptIn + u"/files/f"_qs), QByteArray("old"));
+            QVERIFY(
+                tree.read(u"vol/"_qs + keptIn + u"/info/f.trashinfo"_qs).contains("\nPath=r/f\n"));
+        }
+        QVERIFY(QDir(tree.path(u"elsewhere"_qs)).isEmpty());
+        QVERIFY(!tree.exists(u"home/Trash"_qs));
     }
 
     // The temporary name stays short whatever the target's name, so a name of 255 bytes copies;

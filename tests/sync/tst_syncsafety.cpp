@@ -524,6 +524,44 @@ private Q_SLOTS:
             QVERIFY2(f.log().contains(u"DeletionRefused"_qs), qPrintable(f.log()));
     }
 
+    // With a versions folder, a run keeps what it deletes and replaces under its start time,
+    // removes the run folders older than the days to keep, and never compares the folder itself.
+    void versionsFolderKeepsAndExpires()
+    {
+        Fixture f;
+        f.tree.file(u"s/a"_qs, "new", T0 + 100);
+        f.tree.file(u"d/a"_qs, "old", T0);
+        f.tree.file(u"s/sub/gone"_qs, "only here", T0);
+        f.tree.file(u"d/sub/kept"_qs, "", T0);
+        f.tree.file(u"s/Old/2026-10-25 135959/x"_qs, "expired", T0);
+        f.tree.file(u"s/Old/2026-10-25 140001/y"_qs, "young enough", T0);
+        f.tree.file(u"s/Old/notes/z"_qs, "not a run folder", T0);
+        f.tree.file(u"d/Old/2020-01-01 000000/w"_qs, "expired", T0);
+        f.engine.settings.Versioning = Settings::ToVersionsFolder;
+        f.engine.settings.VersionsFolder = u"Old/"_qs;
+        f.engine.settings.KeepVersionsDays = 30;
+        f.engine.settings.MaxDeletePercent = 100;
+        f.engine.clock = [] { return QDateTime(QDate(2026, 11, 24), QTime(14, 0)); };
+        f.addPair(u"s"_qs, u"d"_qs);
+        QVERIFY(Compare(f.engine));
+        f.engine.sync = {true, false, false, true};
+        QVERIFY(Synchronize(f.engine, 0));
+        QCOMPARE(f.engine.syncStats.failures, 0);
+
+        QCOMPARE(f.tree.read(u"d/a"_qs), QByteArray("new"));
+        QCOMPARE(f.tree.read(u"d/Old/2026-11-24 140000/a"_qs), QByteArray("old"));
+        QCOMPARE(f.tree.read(u"s/Old/2026-11-24 140000/sub/gone"_qs), QByteArray("only here"));
+        QVERIFY(!f.tree.exists(u"s/sub/gone"_qs));
+        QVERIFY(!f.tree.exists(u"s/Old/2026-10-25 135959"_qs));
+        QVERIFY(!f.tree.exists(u"d/Old/2020-01-01 000000"_qs));
+        QVERIFY(f.tree.exists(u"s/Old/2026-10-25 140001/y"_qs));
+        QVERIFY(f.tree.exists(u"s/Old/notes/z"_qs));
+        QVERIFY(Compare(f.engine));
+        for (const CompareEntry &e : f.engine.CompareResults)
+            QVERIFY2(!e.Path[0].contains(u"/Old"_qs) && !e.Path[1].contains(u"/Old"_qs),
+                     qPrintable(e.Path[0] + e.Path[1]));
+    }
+
     // With every change logged, a run can be read afterwards: one line per copy, replacement,
     // deletion and new folder, in the failure lines' columns, and the totals on the End line.
     void actionLog()
