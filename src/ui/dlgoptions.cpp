@@ -8,9 +8,11 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QRegularExpression>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <optional>
 
 #include "core/engine.h"
@@ -125,6 +127,24 @@ void dlgOptions::buildControls()
     m_chkButtonBarsWithText = named(new QCheckBox(QStringLiteral("Display text on button bars")),
                                     "chkButtonBarsWithText", 10016);
 
+    // Where a deleted or replaced file goes: the person can always get it back unless they chose
+    // otherwise.
+    auto *grpKeep =
+        named(new QGroupBox(QStringLiteral("Deleted and replaced files"), this), "fraKeep", 10024);
+    m_optKeep[Settings::ForGood] =
+        named(new QRadioButton(QStringLiteral("&Gone for good")), "optKeep0", 10025);
+    m_optKeep[Settings::ToTrash] =
+        named(new QRadioButton(QStringLiteral("To the &Trash")), "optKeep1", 10026);
+    m_optKeep[Settings::ToVersionsFolder] =
+        named(new QRadioButton(QStringLiteral("Into a &versions folder:")), "optKeep2", 10027);
+    m_txtVersionsFolder = named(new QLineEdit, "txtVersionsFolder", 10028);
+    auto *keepGrid = new QGridLayout(grpKeep);
+    keepGrid->addWidget(m_optKeep[Settings::ToTrash], 0, 0, 1, 2);
+    keepGrid->addWidget(m_optKeep[Settings::ToVersionsFolder], 1, 0);
+    keepGrid->addWidget(m_txtVersionsFolder, 1, 1);
+    keepGrid->addWidget(m_optKeep[Settings::ForGood], 2, 0, 1, 2);
+    keepGrid->setColumnStretch(1, 1);
+
     m_cmdApply = named(new QPushButton(QStringLiteral("&Apply")), "cmdApply", 10017);
     m_cmdApply->setToolTip(QStringLiteral("Save options and exit this dialog"));
     m_cmdExit = named(new QPushButton(QStringLiteral("E&xit")), "cmdExit", 10018);
@@ -150,6 +170,7 @@ void dlgOptions::buildControls()
     auto *left = new QVBoxLayout;
     left->addWidget(grpInclude);
     left->addWidget(grpExclude);
+    left->addWidget(grpKeep);
     left->addLayout(timeRow);
     left->addWidget(m_chkLogToFile);
     left->addWidget(m_chkLogActions);
@@ -173,8 +194,12 @@ void dlgOptions::buildControls()
     for (QCheckBox *c : {m_chkSubDirs, m_chkSystem[0], m_chkSystem[1], m_chkHidden[0],
                          m_chkHidden[1], m_chkLogToFile, m_chkLogActions, m_chkButtonBarsWithText})
         connect(c, &QCheckBox::clicked, this, &dlgOptions::changed);
-    for (QLineEdit *e : {m_txtExcludeDirs, m_txtExcludeFiles, m_txtTimeLag})
+    for (QLineEdit *e : {m_txtExcludeDirs, m_txtExcludeFiles, m_txtTimeLag, m_txtVersionsFolder})
         connect(e, &QLineEdit::textEdited, this, &dlgOptions::changed);
+    for (QRadioButton *o : m_optKeep) {
+        connect(o, &QRadioButton::clicked, this, &dlgOptions::changed);
+        connect(o, &QRadioButton::toggled, this, &dlgOptions::syncKeepOptions);
+    }
     connect(m_chkSubDirs, &QCheckBox::clicked, this, &dlgOptions::syncDirectoryOptions);
     m_txtTimeLag->installEventFilter(this);
 
@@ -209,7 +234,15 @@ void dlgOptions::fillFromSettings()
     m_chkLogToFile->setChecked(s.LogToFile);
     m_chkLogActions->setChecked(s.LogActions);
     m_chkButtonBarsWithText->setChecked(s.ButtonBarsWithText);
+    m_optKeep[size_t(std::clamp(s.Versioning, 0, 2))]->setChecked(true);
+    m_txtVersionsFolder->setText(s.VersionsFolder);
     syncDirectoryOptions();
+    syncKeepOptions();
+}
+
+void dlgOptions::syncKeepOptions()
+{
+    m_txtVersionsFolder->setEnabled(m_optKeep[Settings::ToVersionsFolder]->isChecked());
 }
 
 void dlgOptions::changed()
@@ -268,6 +301,13 @@ void dlgOptions::apply()
     s.LogToFile = m_chkLogToFile->isChecked();
     s.LogActions = m_chkLogActions->isChecked();
     s.ButtonBarsWithText = m_chkButtonBarsWithText->isChecked();
+    for (int mode = 0; mode < 3; ++mode) {
+        if (m_optKeep[size_t(mode)]->isChecked())
+            s.Versioning = mode;
+    }
+    s.VersionsFolder = m_txtVersionsFolder->text().trimmed();
+    if (s.VersionsFolder.isEmpty())
+        s.VersionsFolder = Settings().VersionsFolder;
     s.SubDirs = m_chkSubDirs->isChecked();
     for (int i = 0; i < 2; ++i) {
         s.sys(i) = m_chkSystem[i]->isChecked();

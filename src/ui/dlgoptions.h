@@ -7,6 +7,7 @@ class QCheckBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+class QRadioButton;
 
 namespace duomir {
 
@@ -35,6 +36,7 @@ private:
     void fillFromSettings();
     void changed();
     void syncDirectoryOptions();
+    void syncKeepOptions();
     bool validateTimeLag();
     void apply();
     void showLanguage();
@@ -49,6 +51,8 @@ private:
     QCheckBox *m_chkLogToFile = nullptr;
     QCheckBox *m_chkLogActions = nullptr;
     QCheckBox *m_chkButtonBarsWithText = nullptr;
+    std::array<QRadioButton *, 3> m_optKeep{}; // by Settings::VersioningMode
+    QLineEdit *m_txtVersionsFolder = nullptr;
     QPushButton *m_cmdApply = nullptr;
     QPushButton *m_cmdExit = nullptr;
     QPushButton *m_cmdMakeLink = nullptr;

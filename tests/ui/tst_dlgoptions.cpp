@@ -1,6 +1,7 @@
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -88,6 +89,11 @@ private Q_SLOTS:
         child<QCheckBox>(dlg, "chkButtonBarsWithText")->click();
         child<QCheckBox>(dlg, "chkHidden1")->click();
         child<QLineEdit>(dlg, "txtTimeLag")->setText(u"01:00:00"_qs);
+        auto *folder = child<QLineEdit>(dlg, "txtVersionsFolder");
+        QVERIFY(!folder->isEnabled()); // the engine starts with nothing kept
+        child<QRadioButton>(dlg, "optKeep2")->click();
+        QVERIFY(folder->isEnabled());
+        folder->setText(u"  Old  "_qs);
         QTest::mouseClick(apply, Qt::LeftButton);
         const Settings &s = m_engine->settings;
         QCOMPARE(s.ExcludeDirs, u"Temp;Recycled"_qs);
@@ -95,15 +101,19 @@ private Q_SLOTS:
         QVERIFY(s.ButtonBarsWithText);
         QVERIFY(s.HiddenFiles && !s.HiddenDirs);
         QCOMPARE(s.TimeLag, 1.0 / 24);
+        QCOMPARE(s.Versioning, int(Settings::ToVersionsFolder));
+        QCOMPARE(s.VersionsFolder, u"Old"_qs);
         QCOMPARE(applied.size(), 1);
         QVERIFY(dlg.isVisible());
         QVERIFY(!apply->isEnabled());
 
         child<QCheckBox>(dlg, "chkLogToFile")->click();
+        child<QRadioButton>(dlg, "optKeep1")->click();
         QTest::keyClicks(child<QLineEdit>(dlg, "txtSearch1"), u";x"_qs);
         QTest::mouseClick(child<QPushButton>(dlg, "cmdExit"), Qt::LeftButton);
         QVERIFY(!dlg.isVisible());
         QVERIFY(!s.LogToFile);
+        QCOMPARE(s.Versioning, int(Settings::ToVersionsFolder));
         QCOMPARE(s.ExcludeDirs, u"Temp;Recycled"_qs);
 
         m_engine->ProfilePath = u"/home/u/list.dyp"_qs;
