@@ -41,6 +41,7 @@ Sync options (see duomir-cli sync --help):
   --dry-run     print what would change; change nothing
   --no-delete   do not delete, whatever the profile says
   --max-delete PERCENT  hold back a deletion of more than PERCENT of a pair's files (default 50)
+  --versioning none|trash|folder[=DIR]  where deleted and replaced files go (default: the Trash)
   Exit status: 0 done or nothing to do, 1 an operation failed or no direction was chosen,
   2 usage error, unreadable profile or nested pair, 3 a root could not be listed, 4 a deletion
   was held back by the guard.

@@ -37,6 +37,10 @@ Options:
   --max-delete PERCENT  hold a pair's deletion back when it would remove more than PERCENT of
                 its files, or when the receiving side is empty (default: the setting
                 MaxDeletePercent, 50; 100 turns the guard off)
+  --versioning none|trash|folder[=DIR]  where deleted and replaced files go in this run:
+                nowhere (gone for good), the Trash of their drive, or a versions folder (DIR,
+                default "Duomir Versions"; relative to the root of the side that loses the
+                file); default: the setting Versioning, the Trash
   --log         write the day's log even when logging is off in the settings
   --log-actions besides failures, log one line per file copied, replaced or deleted and per
                 folder created (as the setting "Log every change into file")
@@ -54,7 +58,9 @@ struct SyncArgs
     QString direction; // empty: the profile's, or both
     bool del = false;
     bool noDelete = false;
-    int maxDelete = -1; // -1: the setting
+    int maxDelete = -1;  // -1: the setting
+    int versioning = -1; // -1: the setting
+    QString versionsFolder;
     bool log = false;
     bool logActions = false;
     bool dryRun = false;
@@ -87,6 +93,20 @@ QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
             out.maxDelete = rest.value(++i).toInt(&ok);
             if (!ok || out.maxDelete < 0 || out.maxDelete > 100)
                 return u"--max-delete takes a per cent from 0 to 100, not '" + rest.value(i) + u"'";
+        } else if (a == u"--versioning") {
+            const QString how = rest.value(++i);
+            if (how == u"none") {
+                out.versioning = Settings::ForGood;
+            } else if (how == u"trash") {
+                out.versioning = Settings::ToTrash;
+            } else if (how == u"folder" || how.startsWith(u"folder=")) {
+                out.versioning = Settings::ToVersionsFolder;
+                out.versionsFolder = how.mid(7);
+                if (how.size() > 6 && out.versionsFolder.isEmpty())
+                    return u"--versioning folder= needs a folder name"_qs;
+            } else {
+                return u"--versioning takes none, trash or folder[=DIR], not '" + how + u"'";
+            }
         } else if (a == u"--log") {
             out.log = true;
         } else if (a == u"--log-actions") {
@@ -166,7 +186,8 @@ int runSync(const QStringList &args)
 {
     PairOptions pairOptions;
     SyncArgs sync;
-    QString error = parsePairOptions(args, {u"--direction"_qs, u"--max-delete"_qs}, pairOptions);
+    QString error = parsePairOptions(
+        args, {u"--direction"_qs, u"--max-delete"_qs, u"--versioning"_qs}, pairOptions);
     if (args.contains(u"--help"_qs) || args.contains(u"-h"_qs)) {
         std::fputs(syncUsage, stdout);
         return ExitOk;
@@ -218,6 +239,10 @@ int runSync(const QStringList &args)
                      engine.sync.Delete && !sync.del ? ", Delete from the profile" : "");
     if (sync.maxDelete >= 0)
         engine.settings.MaxDeletePercent = sync.maxDelete;
+    if (sync.versioning >= 0)
+        engine.settings.Versioning = sync.versioning;
+    if (!sync.versionsFolder.isEmpty())
+        engine.settings.VersionsFolder = sync.versionsFolder;
     // A profile without its view section (or with both directions off) sends nothing; a
     // scheduled run must not report success for that.
     if (!engine.sync.Src && !engine.sync.Dest) {

@@ -1,5 +1,6 @@
 #include <QDate>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -269,6 +270,8 @@ private Q_SLOTS:
         QTest::newRow("destination inside the source")
             << QStringList{u"--source"_qs, u"@s"_qs, u"--destination"_qs, u"@s/sub"_qs} << 2
             << QByteArray("--allow-nested");
+        QTest::newRow("unknown versioning")
+            << pair + QStringList{u"--versioning"_qs, u"bin"_qs} << 2 << QByteArray("'bin'");
         QTest::newRow("dry run") << pair + QStringList{u"--dry-run"_qs} << 0 << QByteArray();
         QTest::newRow("nothing to do") << QStringList{u"--source"_qs, u"@d"_qs, u"--destination"_qs,
                                                       u"@d"_qs, u"--allow-nested"_qs}
@@ -303,6 +306,48 @@ private Q_SLOTS:
             QVERIFY2(r.out.contains(QByteArray("copy " + tree.nativePath("s/f"))) &&
                          r.out.contains(QByteArray("create " + tree.nativePath("d/sub"))),
                      r.out.constData());
+    }
+
+    // A replaced file is kept where --versioning (or else the setting, the Trash by default)
+    // says; the versions folder is never compared, so it is not copied across either.
+    void versioning_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<QString>("keptIn"); // a glob below the test's tree; empty: nowhere
+        QTest::newRow("default: the Trash") << QStringList() << u"home/data/Trash/files/f"_qs;
+        QTest::newRow("none") << QStringList{u"--versioning"_qs, u"none"_qs} << QString();
+        QTest::newRow("folder") << QStringList{u"--versioning"_qs, u"folder"_qs}
+                                << u"d/Duomir Versions/*/f"_qs;
+        QTest::newRow("folder=DIR")
+            << QStringList{u"--versioning"_qs, u"folder=.old/runs"_qs} << u"d/.old/runs/*/f"_qs;
+    }
+    void versioning()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(QString, keptIn);
+        TempTree tree;
+        tree.file(u"s/f"_qs, "new", T0 + 100);
+        tree.file(u"d/f"_qs, "old", T0);
+        const CliRun r = sync(tree, args);
+        QVERIFY2(r.code == 0, r.err.constData());
+        QCOMPARE(tree.read(u"d/f"_qs), QByteArray("new"));
+        QStringList kept;
+        QDirIterator it(tree.root(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            const QString path = it.next().mid(tree.root().size() + 1);
+            if (path != u"s/f" && path != u"d/f" && !path.startsWith(u"home/data/duomir") &&
+                !path.endsWith(u".trashinfo"))
+                kept << path;
+        }
+        if (keptIn.isEmpty()) {
+            QCOMPARE(kept, QStringList());
+        } else {
+            QCOMPARE(kept.size(), 1);
+            QVERIFY2(QRegularExpression::fromWildcard(keptIn).match(kept.value(0)).hasMatch(),
+                     qPrintable(kept.value(0)));
+            QCOMPARE(tree.read(kept.value(0)), QByteArray("old"));
+            QVERIFY(!tree.exists(u"s/"_qs + kept.value(0).mid(2)));
+        }
     }
 
     // Ctrl-C in the middle of a large copy: the copy stops, the old target stays whole, no
