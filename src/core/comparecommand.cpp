@@ -1,5 +1,6 @@
 #include "core/comparecommand.h"
 
+#include <algorithm>
 #include <chrono>
 #include <future>
 #include <system_error>
@@ -126,8 +127,14 @@ bool Compare(Engine &engine, int *unlistedRoots)
         ui.yieldEvents();
 
         const int firstRow = static_cast<int>(engine.CompareResults.size());
+        // A copy onto a FAT or exFAT drive gets a time up to two seconds off: within that, files
+        // are the same whatever the setting says, or every run would copy them again.
+        constexpr Date TwoSeconds = 2.0 / 86400;
+        const bool coarse = extras[0].coarseTimes || extras[1].coarseTimes;
+        const Date lag =
+            coarse ? std::max(engine.settings.TimeLag, TwoSeconds) : engine.settings.TimeLag;
         MergeAndClassify({engine.SourceFiles, engine.DestinationFiles, sourceKeys, destinationKeys,
-                          engine.CompareRoots, engine.MarkAll, engine.settings.TimeLag},
+                          engine.CompareRoots, engine.MarkAll, lag},
                          engine.CompareResults);
         if (sourceFailed)
             engine.UnlistedRows.push_back(

@@ -14,6 +14,7 @@
 #include "core/interaction.h"
 #include "core/masks.h"
 #include "core/platform/anchor.h"
+#include "core/platform/coarseclock.h"
 #include "core/platform/dirlister.h"
 #include "core/platform/nativename.h"
 
@@ -132,6 +133,7 @@ bool Scanner::scanRoot(const QString &directory)
     if (m_rootListed && m_extras && ::fstat(fd.get(), &st) == 0) {
         m_extras->rootDevice = st.st_dev;
         m_extras->rootInode = st.st_ino;
+        m_extras->coarseTimes = keepsCoarseTimes(fd.get());
     }
     collect();
     return !m_rootListed;

@@ -20,6 +20,8 @@ struct ScanExtras
     // later act only in this very directory, whatever its path names by then.
     std::uint64_t rootDevice = 0;
     std::uint64_t rootInode = 0;
+    // The root's file system keeps modification times only to two seconds (FAT, exFAT).
+    bool coarseTimes = false;
 };
 struct DirPair;
 struct MaskSet;

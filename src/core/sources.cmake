@@ -16,6 +16,8 @@ set(DUOMIR_CORE_SOURCES
     core/platform/anchor.cpp
     core/platform/temporaryname.h
     core/platform/temporaryname.cpp
+    core/platform/coarseclock.h
+    core/platform/coarseclock.cpp
     core/platform/freememory.h
     core/platform/freememory.cpp
     core/casefold.h

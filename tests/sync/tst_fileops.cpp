@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "common/temptree.h"
+#include "core/platform/coarseclock.h"
 #include "core/platform/faultyfileops.h"
 #include "core/platform/nativename.h"
 
@@ -466,6 +467,48 @@ private Q_SLOTS:
         }
         QVERIFY(QDir(tree.path(u"elsewhere"_qs)).isEmpty());
         QVERIFY(!tree.exists(u"home/Trash"_qs));
+    }
+
+    // Which file systems keep times only to two seconds: by statfs type, by the mount table's
+    // type for FUSE, and by the device's first sector when the mount calls itself "fuseblk".
+    void coarseClocks_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QByteArray>("value");
+        QTest::addColumn<bool>("coarse");
+        QByteArray exfat(512, '\0');
+        exfat.replace(3, 8, "EXFAT   ");
+        QByteArray fat32(512, '\0');
+        fat32.replace(82, 8, "FAT32   ");
+        QByteArray fat16(512, '\0');
+        fat16.replace(54, 8, "FAT16   ");
+        QByteArray ntfs(512, '\0');
+        ntfs.replace(3, 8, "NTFS    ");
+        QTest::newRow("statfs: vfat") << u"statfs"_qs << QByteArray("4d44") << true;
+        QTest::newRow("statfs: exfat") << u"statfs"_qs << QByteArray("2011bab0") << true;
+        QTest::newRow("statfs: ext4") << u"statfs"_qs << QByteArray("ef53") << false;
+        QTest::newRow("mount: fuse.exfat") << u"mount"_qs << QByteArray("fuse.exfat") << true;
+        QTest::newRow("mount: vfat") << u"mount"_qs << QByteArray("vfat") << true;
+        QTest::newRow("mount: fuse.sshfs") << u"mount"_qs << QByteArray("fuse.sshfs") << false;
+        QTest::newRow("mount: ntfs3") << u"mount"_qs << QByteArray("ntfs3") << false;
+        QTest::newRow("sector: exFAT") << u"sector"_qs << exfat << true;
+        QTest::newRow("sector: FAT32") << u"sector"_qs << fat32 << true;
+        QTest::newRow("sector: FAT16") << u"sector"_qs << fat16 << true;
+        QTest::newRow("sector: NTFS") << u"sector"_qs << ntfs << false;
+        QTest::newRow("sector: short read") << u"sector"_qs << exfat.left(64) << false;
+    }
+    void coarseClocks()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QByteArray, value);
+        QFETCH(bool, coarse);
+        if (kind == u"statfs")
+            QCOMPARE(clockOfFileSystemType(value.toLong(nullptr, 16)) == ClockKind::Coarse, coarse);
+        else if (kind == u"mount")
+            QCOMPARE(coarseMountType(value), coarse);
+        else
+            QCOMPARE(coarseBootSector(value), coarse);
+        QCOMPARE(clockOfFileSystemType(0x65735546), ClockKind::AskMountTable); // FUSE
     }
 
     // The temporary name stays short whatever the target's name, so a name of 255 bytes copies;

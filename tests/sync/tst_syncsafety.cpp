@@ -873,6 +873,69 @@ private Q_SLOTS:
 
     // A full disk for real: the copy fails with the system's text, the old file stays whole, no
     // temporary file is left, and the next file still arrives.
+    // FAT and exFAT sticks keep times to two seconds: a file copied there compares as identical
+    // afterwards, so the next run copies nothing; three seconds still count as newer.
+    void stickComparesWithinTwoSeconds_data()
+    {
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QStringList>("mount");
+        QTest::newRow("exFAT through FUSE")
+            << u"mkfs.exfat"_qs << QStringList{u"mount.exfat-fuse"_qs, u"@device"_qs};
+        QTest::newRow("FAT through FUSE")
+            << u"mkfs.vfat"_qs << QStringList{u"fusefat"_qs, u"-o"_qs, u"rw+"_qs, u"@image"_qs};
+    }
+    void stickComparesWithinTwoSeconds()
+    {
+        QFETCH(QString, format);
+        QFETCH(QStringList, mount);
+        Fixture f;
+        const QString image = f.tree.path(u"stick.img"_qs);
+        const QString stick = f.tree.path(u"stick"_qs);
+        f.tree.dir(u"stick"_qs);
+        QFile(image).open(QIODevice::WriteOnly);
+        QVERIFY(QFile(image).resize(32 << 20));
+        if (QProcess::execute(format, {image}) != 0)
+            QSKIP("no tool to format the image here");
+        QProcess losetup;
+        losetup.start(u"losetup"_qs, {u"-f"_qs, u"--show"_qs, image});
+        losetup.waitForFinished();
+        const QString device = QString::fromLocal8Bit(losetup.readAllStandardOutput()).trimmed();
+        if (losetup.exitCode() != 0 || device.isEmpty())
+            QSKIP("no loop device can be set up here");
+        struct Detach
+        {
+            QString device, mountPoint;
+            bool mounted = false;
+            ~Detach()
+            {
+                if (mounted)
+                    QProcess::execute(u"umount"_qs, {mountPoint});
+                QProcess::execute(u"losetup"_qs, {u"-d"_qs, device});
+            }
+        } detach{device, stick};
+        for (QString &a : mount)
+            a = a == u"@device" ? device : a == u"@image" ? image : a;
+        const QString program = mount.takeFirst();
+        if (QProcess::execute(program, mount << stick) != 0)
+            QSKIP("the stick cannot be mounted here");
+        detach.mounted = true;
+
+        f.tree.file(u"s/odd"_qs, "odd second", T0 + 1);
+        const struct timespec halfPast[2] = {{T0 + 1, 500'000'000}, {T0 + 1, 500'000'000}};
+        QVERIFY(::utimensat(AT_FDCWD, f.tree.nativePath("s/odd").constData(), halfPast, 0) == 0);
+        f.tree.file(u"s/later"_qs, "three seconds on", T0 + 3);
+        f.tree.file(u"stick/later"_qs, "three seconds on", T0);
+        f.addPair(u"s"_qs, u"stick"_qs);
+        QVERIFY(Compare(f.engine));
+        f.engine.sync = {true, false, false, false};
+        QVERIFY(Synchronize(f.engine, 0));
+        QCOMPARE(f.engine.syncStats.failures, 0);
+        QCOMPARE(f.engine.syncStats.filesCopied, 2);
+        QVERIFY(Compare(f.engine));
+        QCOMPARE(f.engine.compareCounters[0], 0);
+        QCOMPARE(f.engine.compareCounters[2], 0);
+    }
+
     void fullDiskOnTmpfs()
     {
         Fixture f;

@@ -372,8 +372,12 @@ OpResult PosixFileOps::copyFile(const TreePath &from, const Seen &fromSeen, cons
     OpResult result = copyData(copy, st.st_blocks);
     if (result.ok()) {
         const struct timespec times[2] = {st.st_atim, st.st_mtim};
-        if (::fchmod(out.get(), keepOwner(out.get(), -1, nullptr, st)) != 0 ||
-            ::futimens(out.get(), times) != 0)
+        // A file system without permission bits (FAT through FUSE) refuses the change; the copy
+        // then keeps the temporary file's owner-only bits, never more than the source's.
+        if (::fchmod(out.get(), keepOwner(out.get(), -1, nullptr, st)) != 0 && errno != ENOSYS &&
+            errno != EOPNOTSUPP && errno != EPERM)
+            result = lastError();
+        if (result.ok() && ::futimens(out.get(), times) != 0)
             result = lastError();
     }
     // Written to while it was read: what arrived is neither the old nor the new content.
@@ -390,8 +394,20 @@ OpResult PosixFileOps::copyFile(const TreePath &from, const Seen &fromSeen, cons
         if (::close(out.release()) != 0)
             result = lastError();
     }
+    // What the file system stored of the time (FAT keeps two seconds): a change of it while the
+    // file takes its name is the file system's own doing.
+    struct stat stamped = {};
+    const bool haveStamp = result.ok() && lock.valid() && ::fstat(lock.get(), &stamped) == 0;
     if (result.ok())
         result = place(target.fd(), temp.c_str(), target.name, to, toSeen);
+    // Some FUSE file systems (FAT) stamp a renamed file with the time of the rename: the copy
+    // would look newer than its source at the next comparison and be copied back.
+    if (struct stat now; result.ok() && haveStamp && ::fstat(lock.get(), &now) == 0 &&
+                         (now.st_mtim.tv_sec != stamped.st_mtim.tv_sec ||
+                          now.st_mtim.tv_nsec != stamped.st_mtim.tv_nsec)) {
+        const struct timespec times[2] = {st.st_atim, st.st_mtim};
+        ::futimens(lock.get(), times);
+    }
     if (!result.ok())
         ::unlinkat(target.fd(), temp.c_str(), 0);
     return result;
