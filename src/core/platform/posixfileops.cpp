@@ -228,6 +228,14 @@ OpResult PosixFileOps::makeDirectory(const TreePath &dir, const TreePath &templa
     }
     if (sysMkdir(parent, at.name.constData(), mode) != 0)
         return errno == EEXIST ? OpResult::failure(OpError::NotSeen) : lastError();
+    if (dir.relative.isEmpty()) {
+        // The root made here is the one this walk fills, whatever the comparison recorded of the
+        // directory that stood there before.
+        auto made = std::make_shared<Fd>(openRoot(at.name));
+        const std::lock_guard lock(m_cacheMutex);
+        if (made->valid())
+            m_roots.insert(at.name, std::move(made));
+    }
     if (!haveTemplate)
         return OpResult::success();
     // mkdir leaves out the umask bits; the template's bits are the ones wanted.
