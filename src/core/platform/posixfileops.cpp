@@ -440,7 +440,8 @@ OpResult PosixFileOps::place(int dir, const char *temporary, const QByteArray &n
             if (!kept.ok() && (kept.error == EPERM || kept.error == EMLINK ||
                                kept.error == EOPNOTSUPP || kept.error == ENOSYS)) {
                 // No hard links here (FAT, exFAT): the old file is moved away first, and only
-                // for the moment between the two renames is the name free.
+                // for the moment between the two renames is the name free. Should the second
+                // rename fail, the old file is where it was kept, not lost.
                 kept = keep(dir, name, st, to, false);
             }
             if (!kept.ok())
