@@ -6,6 +6,9 @@
 #
 #   bench/ab.sh BEFORE AFTER [FILES] [WORKDIR]     (defaults: 300000, /tmp/duomir-bench; ROUNDS=8)
 #
+# AFTER_ARGS holds options only the second build knows (e.g. "--versioning none"), added to its
+# sync. Files a run puts in the trash are emptied out with every reset.
+#
 # Prints the mean wall and CPU time of compare and of a two-way sync per binary, and the peak
 # memory of one compare each.
 set -euo pipefail
@@ -26,7 +29,10 @@ if [ ! -d "$run/dst" ]; then
     cp -a "$tree/src" "$tree/dst" "$run/"
 fi
 export XDG_CONFIG_HOME=$work/config XDG_DATA_HOME=$work/data
-reset() { rsync -a --delete "$tree/src/" "$run/src/" && rsync -a --delete "$tree/dst/" "$run/dst/" && sync; }
+reset() {
+    rm -rf "$XDG_DATA_HOME/Trash"
+    rsync -a --delete "$tree/src/" "$run/src/" && rsync -a --delete "$tree/dst/" "$run/dst/" && sync
+}
 timed() { # LABEL BINARY ARGS...: one line "LABEL wall user system"
     local label=$1
     shift
@@ -44,10 +50,11 @@ for i in $(seq 1 "${ROUNDS:-8}"); do
     done
     for b in $order; do
         bin=$before
-        [ "$b" = after ] && bin=$after
+        extra=()
+        [ "$b" = after ] && bin=$after && read -ra extra <<<"${AFTER_ARGS:-}"
         reset
         timed "twoway-$b" "$bin" sync --source "$run/src" --destination "$run/dst" --hidden-files \
-            --hidden-dirs --system-files --system-dirs >>"$results"
+            --hidden-dirs --system-files --system-dirs "${extra[@]}" >>"$results"
     done
 done
 awk '{n[$1]++; w[$1]+=$2; c[$1]+=$3+$4} END {for (k in n) printf "%-16s %d runs: wall %.2f s, cpu %.2f s\n", k, n[k], w[k]/n[k], c[k]/n[k]}' "$results" | sort

@@ -44,6 +44,7 @@ int main(int argc, char *argv[])
     engine.settings.TimeLag = 2.0 / 86400;
     engine.settings.ExcludeDirs = QStringLiteral("Temp;Recycled");
     engine.settings.ExcludeFiles = QStringLiteral("*.tmp;*.bak");
+    engine.settings.Versioning = Settings::ToTrash; // as a fresh installation starts
     engine.ProfilePath = QStringLiteral("/home/user/Profiles/photos.dyp");
     const QDir out(args[3]);
     const QString suffix = u'-' + args[2] + QStringLiteral(".png");
