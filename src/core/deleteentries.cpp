@@ -1,6 +1,8 @@
 #include "core/deleteentries.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <vector>
 
 #include "core/engine.h"
 #include "core/errorlog.h"
@@ -109,23 +111,28 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     // The depth alone would not stop at the next pair's root when that lies deeper.
     const QString inside = start > 0 ? insidePrefix(e.Path[side]) : QString();
     const QString folder = withoutTrailingSeparator(e.Path[side]);
+    std::vector<int> emptied; // folders the other side lacks, to go when empty
     for (int i = std::max(start + 1, 2); i <= last; ++i) {
         const CompareEntry &x = rows[size_t(i)];
         const InFolder where = inFolder(x.Path[side], folder, inside);
         if (where == InFolder::Past)
-            return;
+            break;
         if (where == InFolder::Twin)
             continue;
         if (isPairRootRow(x))
             walk.enterPair(i);
         if (x.Attributes[side] & Attr::Directory) {
             if (start >= 1 && separatorCount(x.Path[side]) <= depth)
-                return;
+                break;
             if (!unseenBelow.isEmpty() && !x.Path[side].startsWith(unseenBelow))
                 unseenBelow.clear();
             if (unseenBelow.isEmpty() && (mode & DeleteMode::OnlyMissingOnOtherSide) &&
                 (x.Attributes[other] & Attr::Unlisted))
                 unseenBelow = x.Path[side] + u'/';
+            const bool unseen = !unseenBelow.isEmpty() && x.Path[side].startsWith(unseenBelow);
+            if ((mode & DeleteMode::EmptiedFolders) && !unseen && x.Marked && !walk.held() &&
+                !x.Name[side].isEmpty() && x.Name[other].isEmpty() && !engine.isInUnlistedPair(i))
+                emptied.push_back(i);
             continue;
         }
         if (!unseenBelow.isEmpty() && x.Path[side].startsWith(unseenBelow))
@@ -135,6 +142,17 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
         if ((mode & DeleteMode::OnlyMissingOnOtherSide) && !x.Name[other].isEmpty())
             continue;
         walk.deleteFile(i);
+    }
+    // Deepest first: a folder's subfolders come after it in the list.
+    for (auto it = emptied.rbegin(); it != emptied.rend(); ++it) {
+        const CompareEntry &x = rows[size_t(*it)];
+        walk.enterPair(pairRootRow(rows, *it));
+        const OpResult r = engine.fileOps->removeDirectory(walk.place(x.Path[side]));
+        if (r.error == ENOTEMPTY || r.error == EEXIST)
+            continue;
+        if (r.ok())
+            LogAction(engine, QStringLiteral("remove-folder"), What::RemoveDirectory, side, *it);
+        ReportResult(engine, r, What::RemoveDirectory, side, *it);
     }
 }
 

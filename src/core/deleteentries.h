@@ -7,6 +7,9 @@ class Engine;
 // Mode bit of DeleteEntries: delete only what the other side lacks.
 namespace DeleteMode {
 inline constexpr int OnlyMissingOnOtherSide = 2;
+// Folders the other side lacks go too once their files are gone (a mirror), deepest first; one
+// that still holds something stays, silently.
+inline constexpr int EmptiedFolders = 4;
 } // namespace DeleteMode
 
 // Deletes on `side` the entry `start` when it is a file (marked or not), or the marked files of

@@ -34,12 +34,12 @@ PairCount countPair(const CompareArray &rows, int root, int side)
 
 } // namespace
 
-void GuardDeletions(Engine &engine, int side, int start)
+std::vector<OversizedDeletion> FindOversizedDeletions(const Engine &engine, int side, int start)
 {
-    engine.DeletionRefusedRoots.clear();
+    std::vector<OversizedDeletion> found;
     const CompareArray &rows = engine.CompareResults;
     if (rows.size() < 2)
-        return;
+        return found;
     const int limit = engine.settings.MaxDeletePercent;
     const int first = start > 0 ? pairRootRow(rows, start) : 1;
     for (int root = first; root < int(rows.size()); ++root) {
@@ -55,19 +55,30 @@ void GuardDeletions(Engine &engine, int side, int start)
             limit < 100 && qint64(c.deletions) * 100 > qint64(limit) * c.sendingFiles;
         if (c.deletions == 0 || (!emptied && !tooMany))
             continue;
-        const QStringList params{QString::number(c.deletions), QString::number(c.sendingFiles),
-                                 pairRoot(rows[size_t(root)], side), QString::number(limit)};
+        found.push_back({root, c.deletions, c.sendingFiles, pairRoot(rows[size_t(root)], side)});
+    }
+    return found;
+}
+
+void GuardDeletions(Engine &engine, int side, int start, bool mirror)
+{
+    engine.DeletionRefusedRoots.clear();
+    const QString limit = QString::number(engine.settings.MaxDeletePercent);
+    for (const OversizedDeletion &d : FindOversizedDeletions(engine, side, start)) {
+        const QStringList params{QString::number(d.deletions), QString::number(d.files), d.root,
+                                 limit};
         if (!engine.DontAsk && engine.ui().personPresent() &&
             engine.ui().message(Interaction::Icon::Exclamation, Interaction::Buttons::YesNo,
-                                engine.FormatMsg(820, params)) == Interaction::Answer::Yes)
+                                engine.FormatMsg(mirror ? 822 : 820, params)) ==
+                Interaction::Answer::Yes)
             continue;
-        engine.DeletionRefusedRoots.push_back(root);
+        engine.DeletionRefusedRoots.push_back(d.rootRow);
         ++engine.DeletionsRefused;
         if (engine.DontAsk || !engine.ui().personPresent())
             engine.ui().message(Interaction::Icon::Exclamation, Interaction::Buttons::Ok,
-                                engine.FormatMsg(821, params));
-        WriteLogLine(engine, {QStringLiteral("DeletionRefused"), c.deletions, c.sendingFiles,
-                              params[2], QString()});
+                                engine.FormatMsg(mirror ? 823 : 821, params));
+        WriteLogLine(engine,
+                     {QStringLiteral("DeletionRefused"), d.deletions, d.files, d.root, QString()});
     }
 }
 

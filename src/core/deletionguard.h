@@ -1,15 +1,32 @@
 #pragma once
 
+#include <QString>
+#include <vector>
+
 namespace duomir {
 
 class Engine;
 
-// Before the deletion step of a synchronization: per pair, a deletion on `side` that would remove
-// more than Settings::MaxDeletePercent of that side's files, or that finds the receiving side
-// holding nothing at all (an unplugged drive leaves an empty mount point), is asked about (warning,
-// the counts, No the default); unattended it does not run and is reported. The refused pairs'
-// root rows go to Engine::DeletionRefusedRoots, which DeleteEntries leaves alone; the copies of
-// the run are not affected. `start` as for DeleteEntries.
-void GuardDeletions(Engine &engine, int side, int start);
+// A pair whose deletion on one side the guard holds back: its root row, the files that would go,
+// the files that side holds, and that side's root.
+struct OversizedDeletion
+{
+    int rootRow;
+    int deletions;
+    int files;
+    QString root;
+};
+
+// Per pair, a deletion on `side` of the files the other side lacks that would remove more than
+// Settings::MaxDeletePercent of that side's files, or that finds the other side holding nothing
+// at all (an unplugged drive leaves an empty mount point). `start` as for DeleteEntries.
+std::vector<OversizedDeletion> FindOversizedDeletions(const Engine &engine, int side, int start);
+
+// Before the deletion step of a synchronization: each pair FindOversizedDeletions names is asked
+// about (warning, the counts, No the default); unattended its deletion does not run and is
+// reported. The refused pairs' root rows go to Engine::DeletionRefusedRoots, which DeleteEntries
+// leaves alone; the copies of the run are not affected. `mirror`: the deletion is the mirror's,
+// on the receiving side, of what the sending side lacks.
+void GuardDeletions(Engine &engine, int side, int start, bool mirror = false);
 
 } // namespace duomir

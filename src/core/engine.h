@@ -32,13 +32,16 @@ struct FilterState
     bool ShowEmptyDirs = false;
 };
 
-// The synchronization directions (the fourth toolbar, buttons "#0".."#3").
+// The synchronization directions (the fourth toolbar, buttons "#0".."#4").
 struct SyncOptions
 {
     bool Src = true;
     bool Dest = true;
     bool Reverse = false; // the button exists but is hidden
     bool Delete = false;  // only with exactly one direction
+    // Only with exactly one direction, never with Delete: the receiving side loses what the
+    // sending side lacks (files and emptied folders) before the copies.
+    bool Mirror = false;
 };
 
 // Counts shown under the file list after each rebuild of the visible rows.

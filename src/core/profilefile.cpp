@@ -50,10 +50,13 @@ bool ReadProfile(Engine &engine)
     filter.ShowEmptyDirs = file.readInt(ViewSection, QStringLiteral("ED"), 0) != 0;
     filter.FileFilter = filterValue(file.readInt(ViewSection, QStringLiteral("F1"), 0), 4);
     filter.SideFilter = filterValue(file.readInt(ViewSection, QStringLiteral("F2"), 0), 2);
-    bool *const sync[4] = {&engine.sync.Src, &engine.sync.Dest, &engine.sync.Reverse,
-                           &engine.sync.Delete};
-    for (int i = 0; i < 4; ++i)
+    bool *const sync[5] = {&engine.sync.Src, &engine.sync.Dest, &engine.sync.Reverse,
+                           &engine.sync.Delete, &engine.sync.Mirror};
+    for (int i = 0; i < 5; ++i)
         *sync[i] = file.readInt(ViewSection, u"SO" + QString::number(i), 0) != 0;
+    // The two kinds of deletion exclude each other; a hand-written profile with both deletes
+    // the way the older switch does.
+    engine.sync.Mirror = engine.sync.Mirror && !engine.sync.Delete;
 
     for (const QString &section : sections) {
         if (section.isEmpty() || section == ViewSection)
@@ -107,6 +110,7 @@ bool SaveProfile(Engine &engine, const QString &path)
     write(ViewSection, u"SO1", flag(engine.sync.Dest));
     write(ViewSection, u"SO2", flag(engine.sync.Reverse));
     write(ViewSection, u"SO3", flag(engine.sync.Delete));
+    write(ViewSection, u"SO4", flag(engine.sync.Mirror));
 
     for (int r = 1; r <= engine.pairs.count(); ++r) {
         const DirPair &pair = engine.pairs[r];

@@ -49,6 +49,8 @@ set(DUOMIR_CORE_SOURCES
     core/platform/posixfileops.cpp
     core/platform/faultyfileops.h
     core/platform/faultyfileops.cpp
+    core/syncplan.h
+    core/syncplan.cpp
     core/versioning.h
     core/versioning.cpp
     core/errorlog.h

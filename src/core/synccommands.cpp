@@ -4,18 +4,21 @@
 #include "core/engine.h"
 #include "core/interaction.h"
 #include "core/synchronize.h"
+#include "core/syncplan.h"
 #include "core/versioning.h"
 
 namespace duomir {
 
 namespace {
 
-bool confirmed(Engine &engine, int key, Interaction::Icon icon)
+bool confirmed(Engine &engine, int key, Interaction::Icon icon, const QString &details = {})
 {
     if (engine.DontAsk)
         return true;
-    return engine.ui().message(icon, Interaction::Buttons::YesNo, engine.FormatMsg(key)) ==
-           Interaction::Answer::Yes;
+    QString text = engine.FormatMsg(key);
+    if (!details.isEmpty())
+        text += u"\r\n\r\n" + details;
+    return engine.ui().message(icon, Interaction::Buttons::YesNo, text) == Interaction::Answer::Yes;
 }
 
 void showBusy(Engine &engine, int key)
@@ -38,7 +41,9 @@ SyncGate ConfirmSynchronize(Engine &engine, bool listIsStale)
     }
     if (engine.CompareResults.size() <= 1)
         return engine.Auto ? SyncGate::CloseProgram : SyncGate::Refused;
-    if (!confirmed(engine, 804, Interaction::Icon::Exclamation))
+    // The question says what the run will do, with the numbers of this list and these options.
+    if (!confirmed(engine, 804, Interaction::Icon::Exclamation,
+                   engine.DontAsk ? QString() : DescribePlan(engine, PlanSynchronize(engine))))
         return SyncGate::Refused;
     return SyncGate::Proceed;
 }

@@ -69,13 +69,22 @@ bool Synchronize(Engine &engine, int startEntry)
     engine.ui().setInputEnabled(false);
     BeginKeeping(engine, startEntry);
 
-    if (o.Src != o.Dest && o.Delete) {
+    const bool oneWay = o.Src != o.Dest && !o.Reverse;
+    if (oneWay && o.Delete) {
         GuardDeletions(engine, o.Src ? 0 : 1, startEntry);
         DeleteEntries(engine, o.Src ? 0 : 1, startEntry, DeleteMode::OnlyMissingOnOtherSide);
         engine.DeletionRefusedRoots.clear(); // the list's own Delete command is not guarded
+    } else if (oneWay && o.Mirror) {
+        // The receiving side loses what the sending side lacks, then takes every copy: it ends
+        // as the sending side is.
+        const int receiving = o.Src ? 1 : 0;
+        GuardDeletions(engine, receiving, startEntry, true);
+        DeleteEntries(engine, receiving, startEntry,
+                      DeleteMode::OnlyMissingOnOtherSide | DeleteMode::EmptiedFolders);
+        engine.DeletionRefusedRoots.clear();
     }
 
-    const int receivingDecides = o.Delete ? CopyMode::ReceivingDecides : 0;
+    const int receivingDecides = oneWay && o.Delete ? CopyMode::ReceivingDecides : 0;
     engine.ByteTotal = 0;
     if (o.Src)
         CopyEntries(engine, 0, startEntry, CopyMode::CountOnly | receivingDecides);

@@ -1,0 +1,183 @@
+#include "core/syncplan.h"
+
+#include <QLocale>
+#include <algorithm>
+
+#include "core/deletionguard.h"
+#include "core/engine.h"
+#include "core/interaction.h"
+#include "core/syncpaths.h"
+#include "core/versioning.h"
+
+namespace duomir {
+
+namespace {
+
+// A row names its file or folder on each side that holds it (a one-sided row's other path is
+// only derived).
+bool onSide(const CompareEntry &e, int side)
+{
+    return !e.Name[size_t(side)].isEmpty();
+}
+
+// The one direction of a run with Delete or Mirror (0: source to destination), or -1.
+int singleDirection(const SyncOptions &o)
+{
+    if (o.Src == o.Dest || o.Reverse)
+        return -1;
+    return o.Src ? 0 : 1;
+}
+
+} // namespace
+
+SyncPlanner::SyncPlanner(const Engine &engine) : m_engine(engine)
+{
+    // As the walks find them: a folder that could not be listed hides what lies below it, until
+    // the first row outside it.
+    const CompareArray &rows = engine.CompareResults;
+    m_belowUnlisted.assign(rows.size(), 0);
+    std::array<QString, 2> unseenBelow;
+    for (std::size_t i = 1; i < rows.size(); ++i) {
+        const CompareEntry &x = rows[i];
+        for (int side = 0; side < 2; ++side) {
+            QString &below = unseenBelow[size_t(side)];
+            if (isPairRootRow(x) || (!below.isEmpty() && !x.Path[size_t(side)].startsWith(below)))
+                below.clear();
+            if (!below.isEmpty())
+                m_belowUnlisted[i] |= std::uint8_t(1 << side);
+            if (below.isEmpty() && onSide(x, side) &&
+                (x.Attributes[size_t(side)] & Attr::Directory) &&
+                (x.Attributes[size_t(side)] & Attr::Unlisted))
+                below = x.Path[size_t(side)] + u'/';
+        }
+    }
+}
+
+PlannedAction SyncPlanner::action(int row) const
+{
+    const CompareArray &rows = m_engine.CompareResults;
+    if (row <= 0 || std::size_t(row) >= rows.size())
+        return PlannedAction::None;
+    const CompareEntry &x = rows[size_t(row)];
+    if (isPairRootRow(x) || !x.Marked)
+        return PlannedAction::None;
+    const SyncOptions &o = m_engine.sync;
+    const std::uint32_t both = x.Attributes[0] | x.Attributes[1];
+    const bool directory = (both & Attr::Directory) != 0;
+    const auto below = [&](int side) { return (m_belowUnlisted[size_t(row)] >> side) & 1; };
+    const auto deleteOn = [](int side) {
+        return side == 0 ? PlannedAction::DeleteInSource : PlannedAction::DeleteInDestination;
+    };
+    const int one = singleDirection(o);
+
+    // Deletion first, as the run does it: Delete takes from the sending side what the receiving
+    // side lacks, Mirror from the receiving side what the sending side lacks.
+    if (one >= 0 && (o.Delete || o.Mirror)) {
+        const int side = o.Delete ? one : one ^ 1;
+        const int other = side ^ 1;
+        const bool deletable = onSide(x, side) && !onSide(x, other) &&
+                               !m_engine.isInUnlistedPair(row) && !below(other);
+        if (deletable && (!directory || o.Mirror))
+            return deleteOn(side);
+    }
+    if (directory)
+        return PlannedAction::None;
+    for (int d = 0; d < 2; ++d) {
+        if (!(d == 0 ? o.Src : o.Dest))
+            continue;
+        const int r = d ^ 1;
+        const std::int16_t sending = d == 0 ? ModifiedInSource : ModifiedInDestination;
+        if (x.State != sending || x.Name[size_t(d)].isEmpty())
+            continue;
+        // With Delete only files both sides hold are copied: the rest was deleted above.
+        if (o.Delete && one >= 0 && x.Name[size_t(r)].isEmpty())
+            continue;
+        if (below(r) || (r == 0 && m_engine.isInUnseenSource(row)))
+            continue;
+        return d == 0 ? PlannedAction::CopyToDestination : PlannedAction::CopyToSource;
+    }
+    return PlannedAction::None;
+}
+
+SyncPlan PlanSynchronize(const Engine &engine)
+{
+    SyncPlan plan;
+    const SyncPlanner planner(engine);
+    const CompareArray &rows = engine.CompareResults;
+    const SyncOptions &o = engine.sync;
+    const int one = singleDirection(o);
+    std::vector<int> held;
+    const bool unattended = engine.DontAsk || !engine.ui().personPresent();
+    if (one >= 0 && (o.Delete || o.Mirror)) {
+        const int side = o.Delete ? one : one ^ 1;
+        const QString limit = QString::number(engine.settings.MaxDeletePercent);
+        for (const OversizedDeletion &d : FindOversizedDeletions(engine, side, 0)) {
+            held.push_back(d.rootRow);
+            plan.heldBack << engine.FormatMsg(
+                830, {QString::number(d.deletions), QString::number(d.files), d.root, limit});
+        }
+    }
+    int root = 0;
+    for (std::size_t i = 1; i < rows.size(); ++i) {
+        const CompareEntry &x = rows[i];
+        if (isPairRootRow(x))
+            root = int(i);
+        const PlannedAction a = planner.action(int(i));
+        switch (a) {
+        case PlannedAction::CopyToDestination:
+        case PlannedAction::CopyToSource: {
+            const int d = a == PlannedAction::CopyToDestination ? 0 : 1;
+            ++plan.copies[size_t(d)];
+            plan.bytes[size_t(d)] += x.FullSize[size_t(d)];
+            if (!x.Name[size_t(d ^ 1)].isEmpty())
+                ++plan.replaces[size_t(d)];
+            break;
+        }
+        case PlannedAction::DeleteInSource:
+        case PlannedAction::DeleteInDestination: {
+            // Unattended, the guard holds these back; a person is asked and may let them go.
+            if (unattended && std::find(held.begin(), held.end(), root) != held.end())
+                break;
+            const int side = a == PlannedAction::DeleteInSource ? 0 : 1;
+            const bool directory = ((x.Attributes[0] | x.Attributes[1]) & Attr::Directory) != 0;
+            ++(directory ? plan.folderRemovals : plan.deletions)[size_t(side)];
+            break;
+        }
+        case PlannedAction::None:
+            break;
+        }
+    }
+    return plan;
+}
+
+QString DescribePlan(const Engine &engine, const SyncPlan &plan)
+{
+    const QLocale locale;
+    QStringList lines = plan.heldBack;
+    const std::array<int, 2> copyKeys{831, 832};
+    for (int d = 0; d < 2; ++d) {
+        if (plan.copies[size_t(d)] == 0)
+            continue;
+        lines << engine.FormatMsg(copyKeys[size_t(d)],
+                                  {QString::number(plan.copies[size_t(d)]),
+                                   locale.formattedDataSize(plan.bytes[size_t(d)]),
+                                   QString::number(plan.replaces[size_t(d)])});
+    }
+    const std::array<int, 2> deleteKeys{833, 834};
+    for (int side = 0; side < 2; ++side) {
+        if (plan.deletions[size_t(side)] + plan.folderRemovals[size_t(side)] == 0)
+            continue;
+        lines << engine.FormatMsg(deleteKeys[size_t(side)],
+                                  {QString::number(plan.deletions[size_t(side)]),
+                                   QString::number(plan.folderRemovals[size_t(side)])});
+    }
+    if (lines.size() == plan.heldBack.size())
+        lines << engine.FormatMsg(835);
+    const bool losesFiles =
+        plan.replaces[0] + plan.replaces[1] + plan.deletions[0] + plan.deletions[1] > 0;
+    if (losesFiles)
+        lines << keptWhere(engine);
+    return lines.join(u"\r\n");
+}
+
+} // namespace duomir
