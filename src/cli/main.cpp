@@ -39,7 +39,8 @@ Sync options (see duomir-cli sync --help):
   --delete      with one direction: delete on the sending side what the receiving side lacks
   --log         write the day's log even when logging is off
   --dry-run     print what would change; change nothing
-  --no-delete   do not delete, whatever the profile says
+  --mirror      with one direction: delete on the receiving side what the sending side lacks
+  --no-delete   neither delete nor mirror, whatever the profile says
   --max-delete PERCENT  hold back a deletion of more than PERCENT of a pair's files (default 50)
   --versioning none|trash|folder[=DIR]  where deleted and replaced files go (default: the Trash)
   Exit status: 0 done or nothing to do, 1 an operation failed or no direction was chosen,

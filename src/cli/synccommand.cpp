@@ -15,6 +15,7 @@
 #include "core/platform/posixfileops.h"
 #include "core/profilefile.h"
 #include "core/synchronize.h"
+#include "core/syncplan.h"
 
 namespace duomir::cli {
 
@@ -33,7 +34,10 @@ Options:
   --delete      with exactly one direction: delete on the sending side the files that the
                 receiving side lacks, and copy only files present on both sides (a profile's
                 Delete does the same; --no-delete turns it off for this run)
-  --no-delete   do not delete, whatever the profile says
+  --mirror      with exactly one direction: delete on the receiving side the files and emptied
+                folders that the sending side lacks, then copy, so that the receiving side ends
+                as a copy of the sending side (a profile's Mirror does the same)
+  --no-delete   neither delete nor mirror, whatever the profile says
   --max-delete PERCENT  hold a pair's deletion back when it would remove more than PERCENT of
                 its files, or when the receiving side is empty (default: the setting
                 MaxDeletePercent, 50; 100 turns the guard off)
@@ -57,6 +61,7 @@ struct SyncArgs
 {
     QString direction; // empty: the profile's, or both
     bool del = false;
+    bool mirror = false;
     bool noDelete = false;
     int maxDelete = -1;  // -1: the setting
     int versioning = -1; // -1: the setting
@@ -86,6 +91,8 @@ QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
                        out.direction + u"'";
         } else if (a == u"--delete") {
             out.del = true;
+        } else if (a == u"--mirror") {
+            out.mirror = true;
         } else if (a == u"--no-delete") {
             out.noDelete = true;
         } else if (a == u"--max-delete") {
@@ -168,16 +175,19 @@ void printSummary(const Engine &engine, bool ran, bool dryRun, int stillDifferin
         std::printf("Nothing to synchronize.\n");
         return;
     }
+    const QByteArray numbers = PlanNumbers(DoneAsPlan(engine)).toUtf8();
     if (dryRun) {
-        std::printf("Would copy %d files (%lld bytes), create %d directories, delete %d files.\n",
+        std::printf("Would copy %d files (%lld bytes), create %d directories, delete %d files: "
+                    "%s.\n",
                     s.filesCopied, static_cast<long long>(s.bytesCopied), s.directoriesCreated,
-                    s.filesDeleted);
+                    s.filesDeleted, numbers.constData());
         return;
     }
     std::printf("Copied %d files (%lld bytes), created %d directories, deleted %d files; "
-                "%d failures%s; %d entries still differ.\n",
+                "%d failures%s; %d entries still differ: %s.\n",
                 s.filesCopied, static_cast<long long>(s.bytesCopied), s.directoriesCreated,
-                s.filesDeleted, s.failures, g_interrupted ? "; interrupted" : "", stillDiffering);
+                s.filesDeleted, s.failures, g_interrupted ? "; interrupted" : "", stillDiffering,
+                numbers.constData());
 }
 
 } // namespace
@@ -198,6 +208,10 @@ int runSync(const QStringList &args)
         error = u"--delete needs exactly one direction (to-destination or to-source)"_qs;
     if (error.isEmpty() && sync.del && sync.noDelete)
         error = u"--delete and --no-delete exclude each other"_qs;
+    if (error.isEmpty() && sync.mirror && (sync.del || sync.noDelete))
+        error = u"--mirror excludes --delete and --no-delete"_qs;
+    if (error.isEmpty() && sync.mirror && sync.direction == u"both")
+        error = u"--mirror needs exactly one direction (to-destination or to-source)"_qs;
     if (!error.isEmpty())
         return usageError(error);
 
@@ -227,7 +241,14 @@ int runSync(const QStringList &args)
     // The profile's Delete applies as in the window's automatic run, guarded like every deletion;
     // the command line overrides it for this run.
     const bool profileDeletes = !pairOptions.adHoc() && engine.sync.Delete && !sync.del;
-    engine.sync.Delete = sync.del || (profileDeletes && !sync.noDelete);
+    const bool profileMirrors = !pairOptions.adHoc() && engine.sync.Mirror && !sync.del;
+    engine.sync.Delete = !sync.mirror && (sync.del || (profileDeletes && !sync.noDelete));
+    engine.sync.Mirror = sync.mirror || (profileMirrors && !sync.noDelete && !engine.sync.Delete);
+    if (engine.sync.Mirror && !sync.mirror && engine.sync.Src == engine.sync.Dest) {
+        std::fprintf(stderr, "duomir-cli sync: note: the profile's Mirror needs exactly one "
+                             "direction; nothing is deleted in this run\n");
+        engine.sync.Mirror = false;
+    }
     if (engine.sync.Delete && !sync.del && engine.sync.Src == engine.sync.Dest) {
         std::fprintf(stderr, "duomir-cli sync: note: the profile's Delete needs exactly one "
                              "direction; nothing is deleted in this run\n");
@@ -236,7 +257,9 @@ int runSync(const QStringList &args)
     if (!pairOptions.adHoc())
         std::fprintf(stderr, "duomir-cli sync: directions from %s%s\n",
                      sync.direction.isEmpty() ? "the profile" : "--direction",
-                     engine.sync.Delete && !sync.del ? ", Delete from the profile" : "");
+                     engine.sync.Delete && !sync.del      ? ", Delete from the profile"
+                     : engine.sync.Mirror && !sync.mirror ? ", Mirror from the profile"
+                                                          : "");
     if (sync.maxDelete >= 0)
         engine.settings.MaxDeletePercent = sync.maxDelete;
     if (sync.versioning >= 0)
@@ -252,8 +275,9 @@ int runSync(const QStringList &args)
     }
     if (const int refused = refuseNestedPairs(engine, pairOptions, "sync"); refused != 0)
         return refused;
-    if (sync.del && engine.sync.Src == engine.sync.Dest)
-        return usageError(u"--delete needs exactly one direction; the profile has "_qs +
+    if ((sync.del || sync.mirror) && engine.sync.Src == engine.sync.Dest)
+        return usageError((sync.del ? u"--delete"_qs : u"--mirror"_qs) +
+                          u" needs exactly one direction; the profile has "_qs +
                           (engine.sync.Src ? u"both"_qs : u"none"_qs));
 
     if (sync.dryRun) {
@@ -281,8 +305,12 @@ int runSync(const QStringList &args)
                              "fail\n");
 
     DryRunFileOps dry(PosixFileOps::instance());
-    if (sync.dryRun)
+    if (sync.dryRun) {
         engine.fileOps = &dry;
+        // What the run would come to, in the words of the window's confirmation.
+        const QByteArray plan = DescribePlan(engine, PlanSynchronize(engine)).toUtf8();
+        std::printf("%s\n", QByteArray(plan).replace("\r\n", "\n").constData());
+    }
 
     bool ran = false;
     {

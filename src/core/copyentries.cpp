@@ -238,8 +238,12 @@ void CopyWalk::report(const CopyStep &step)
         LogAction(m_engine, QStringLiteral("mkdir"), What::MakeDirectory, m_d, step.index);
     }
     if (step.what == What::Copy && step.result.ok()) {
-        ++m_engine.syncStats.filesCopied;
-        m_engine.syncStats.bytesCopied += step.size;
+        SyncStats &stats = m_engine.syncStats;
+        ++stats.filesCopied;
+        stats.bytesCopied += step.size;
+        ++stats.copies[size_t(m_d)];
+        stats.bytes[size_t(m_d)] += step.size;
+        stats.replaces[size_t(m_d)] += step.toSeen ? 1 : 0;
         LogAction(m_engine, step.toSeen ? QStringLiteral("replace") : QStringLiteral("copy"),
                   What::Copy, m_d, step.index);
     }

@@ -62,6 +62,7 @@ void DeleteWalk::deleteFile(int index)
     const OpResult result = m_engine.fileOps->removeFile(file, m_engine.seen(x, m_side));
     if (result.ok()) {
         ++m_engine.syncStats.filesDeleted;
+        ++m_engine.syncStats.deletions[size_t(m_side)];
         LogAction(m_engine, QStringLiteral("delete"), What::DeleteFile, m_side, index);
     }
     ReportResult(m_engine, result, What::DeleteFile, m_side, index);
@@ -150,8 +151,10 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
         const OpResult r = engine.fileOps->removeDirectory(walk.place(x.Path[side]));
         if (r.error == ENOTEMPTY || r.error == EEXIST)
             continue;
-        if (r.ok())
+        if (r.ok()) {
+            ++engine.syncStats.folderRemovals[size_t(side)];
             LogAction(engine, QStringLiteral("remove-folder"), What::RemoveDirectory, side, *it);
+        }
         ReportResult(engine, r, What::RemoveDirectory, side, *it);
     }
 }

@@ -7,6 +7,7 @@
 #include "core/errorlog.h"
 #include "core/exitstatus.h"
 #include "core/interaction.h"
+#include "core/syncplan.h"
 #include "core/versioning.h"
 
 namespace duomir {
@@ -39,7 +40,8 @@ void writeRunLine(Engine &engine, const QString &what, int startEntry)
                       .arg(s.bytesCopied)
                       .arg(s.directoriesCreated)
                       .arg(s.filesDeleted)
-                      .arg(s.failures);
+                      .arg(s.failures)
+               << PlanNumbers(DoneAsPlan(engine));
     }
     WriteLogLine(engine, fields);
 }

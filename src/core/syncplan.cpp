@@ -180,4 +180,33 @@ QString DescribePlan(const Engine &engine, const SyncPlan &plan)
     return lines.join(u"\r\n");
 }
 
+QString PlanNumbers(const SyncPlan &p)
+{
+    return QStringLiteral("to destination %1 files (%2 bytes, %3 replacing); to source %4 files "
+                          "(%5 bytes, %6 replacing); deleted in source %7 files and %8 folders, "
+                          "in destination %9 files and %10 folders")
+        .arg(p.copies[0])
+        .arg(p.bytes[0])
+        .arg(p.replaces[0])
+        .arg(p.copies[1])
+        .arg(p.bytes[1])
+        .arg(p.replaces[1])
+        .arg(p.deletions[0])
+        .arg(p.folderRemovals[0])
+        .arg(p.deletions[1])
+        .arg(p.folderRemovals[1]);
+}
+
+SyncPlan DoneAsPlan(const Engine &engine)
+{
+    const SyncStats &s = engine.syncStats;
+    SyncPlan done;
+    done.copies = s.copies;
+    done.bytes = s.bytes;
+    done.replaces = s.replaces;
+    done.deletions = s.deletions;
+    done.folderRemovals = s.folderRemovals;
+    return done;
+}
+
 } // namespace duomir

@@ -55,4 +55,9 @@ SyncPlan PlanSynchronize(const Engine &engine);
 // loses files, then where deleted and replaced files go.
 QString DescribePlan(const Engine &engine, const SyncPlan &plan);
 
+// The counts alone, for the log's End line and the command line's summaries: what a plan would
+// do or, from a run's SyncStats, what it did, in the same shape either way.
+QString PlanNumbers(const SyncPlan &plan);
+SyncPlan DoneAsPlan(const Engine &engine);
+
 } // namespace duomir

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 namespace duomir {
@@ -12,6 +13,13 @@ struct SyncStats
     int directoriesCreated = 0;
     int filesDeleted = 0;
     int failures = 0; // failed operations that were reported
+    // The same by direction (0: source to destination) and by side that lost files, in the shape
+    // of the plan the confirmation showed.
+    std::array<int, 2> copies{};
+    std::array<std::int64_t, 2> bytes{};
+    std::array<int, 2> replaces{};
+    std::array<int, 2> deletions{};
+    std::array<int, 2> folderRemovals{};
 };
 
 } // namespace duomir
