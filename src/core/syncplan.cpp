@@ -64,7 +64,10 @@ PlannedAction SyncPlanner::action(int row) const
     const SyncOptions &o = m_engine.sync;
     const std::uint32_t both = x.Attributes[0] | x.Attributes[1];
     const bool directory = (both & Attr::Directory) != 0;
-    const auto below = [&](int side) { return (m_belowUnlisted[size_t(row)] >> side) & 1; };
+    // Rows added since the pass (a list being rebuilt) lie below nothing known.
+    const auto below = [&](int side) {
+        return size_t(row) < m_belowUnlisted.size() && ((m_belowUnlisted[size_t(row)] >> side) & 1);
+    };
     const auto deleteOn = [](int side) {
         return side == 0 ? PlannedAction::DeleteInSource : PlannedAction::DeleteInDestination;
     };

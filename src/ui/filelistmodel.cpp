@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "core/engine.h"
+#include "core/syncplan.h"
 #include "ui/painticons.h"
 
 namespace duomir {
@@ -35,6 +36,8 @@ qint64 sizeOn(const CompareEntry &e, int side)
 FileListModel::FileListModel(Engine &engine, QObject *parent)
     : QAbstractTableModel(parent), m_engine(&engine),
       m_toDestination(glyphIcon(Glyph::ToDestination)), m_toSource(glyphIcon(Glyph::ToSource)),
+      m_deleteInSource(glyphIcon(Glyph::DeleteInSource)),
+      m_deleteInDestination(glyphIcon(Glyph::DeleteInDestination)),
       m_identical(glyphIcon(Glyph::Identical)), m_folder(glyphIcon(Glyph::EmptyFolder))
 {
     m_headings = {QString(),
@@ -45,13 +48,50 @@ FileListModel::FileListModel(Engine &engine, QObject *parent)
                   QStringLiteral("Destination"),
                   QStringLiteral("Modified")};
     m_directoryFont.setBold(true);
+    m_planner = std::make_unique<SyncPlanner>(engine);
 }
+
+FileListModel::~FileListModel() = default;
 
 void FileListModel::reload()
 {
     beginResetModel();
     m_order.clear();
+    m_planner = std::make_unique<SyncPlanner>(*m_engine);
     endResetModel();
+}
+
+void FileListModel::refreshActions()
+{
+    if (rowCount() > 0)
+        Q_EMIT dataChanged(index(0, StateColumn), index(rowCount() - 1, StateColumn),
+                           {Qt::DecorationRole, Qt::ToolTipRole});
+}
+
+QVariant FileListModel::actionIcon(const CompareEntry &e, int result) const
+{
+    // Not what the comparison found but what Synchronize will do to the row: a row the run
+    // leaves alone shows the comparison's verdict only when it is "identical".
+    switch (m_planner ? m_planner->action(result) : PlannedAction::None) {
+    case PlannedAction::CopyToDestination:
+        return m_toDestination;
+    case PlannedAction::CopyToSource:
+        return m_toSource;
+    case PlannedAction::DeleteInSource:
+        return m_deleteInSource;
+    case PlannedAction::DeleteInDestination:
+        return m_deleteInDestination;
+    case PlannedAction::None:
+        break;
+    }
+    return e.isDirectory() || e.State != Identical ? QVariant() : QVariant(m_identical);
+}
+
+QString FileListModel::actionTip(int result) const
+{
+    static constexpr int keys[] = {1140, 1141, 1142, 1143, 1144};
+    const auto a = m_planner ? m_planner->action(result) : PlannedAction::None;
+    return m_engine->FormatMsg(keys[static_cast<int>(a)]);
 }
 
 void FileListModel::setHeadings(const QString &headings)
@@ -99,8 +139,8 @@ void FileListModel::markAll(bool marked)
     for (int row = 0; row < rows; ++row)
         setMarked(row, marked);
     if (rows > 0)
-        Q_EMIT dataChanged(index(0, MarkedColumn), index(rows - 1, MarkedColumn),
-                           {Qt::CheckStateRole});
+        Q_EMIT dataChanged(index(0, MarkedColumn), index(rows - 1, StateColumn),
+                           {Qt::CheckStateRole, Qt::DecorationRole, Qt::ToolTipRole});
 }
 
 int FileListModel::rowCount(const QModelIndex &parent) const
@@ -142,17 +182,14 @@ QVariant FileListModel::data(const QModelIndex &index, int role) const
         return {};
     }
     if (role == Qt::DecorationRole) {
-        if (column == StateColumn) {
-            if (e.State == ModifiedInSource)
-                return m_toDestination;
-            if (e.State == ModifiedInDestination)
-                return m_toSource;
-            return e.isDirectory() ? QVariant() : QVariant(m_identical);
-        }
+        if (column == StateColumn)
+            return actionIcon(e, resultIndex(index.row()));
         if (column == NameColumn && e.isDirectory())
             return m_folder;
         return {};
     }
+    if (role == Qt::ToolTipRole && column == StateColumn)
+        return actionTip(resultIndex(index.row()));
     if (role == Qt::ToolTipRole && column == NameColumn) {
         return QString(e.Path[0] % e.Name[0] % u'\n' % e.Path[1] % e.Name[1]);
     }
@@ -188,6 +225,8 @@ bool FileListModel::setData(const QModelIndex &index, const QVariant &value, int
         return false;
     setMarked(index.row(), value.value<Qt::CheckState>() == Qt::Checked);
     Q_EMIT dataChanged(index, index, {Qt::CheckStateRole});
+    Q_EMIT dataChanged(index.siblingAtColumn(StateColumn), index.siblingAtColumn(StateColumn),
+                       {Qt::DecorationRole, Qt::ToolTipRole});
     return true;
 }
 

@@ -5,9 +5,13 @@
 #include <QIcon>
 #include <QLocale>
 #include <QStringList>
+#include <memory>
 #include <vector>
 
 namespace duomir {
+
+class SyncPlanner;
+struct CompareEntry;
 
 class Engine;
 struct CompareEntry;
@@ -32,9 +36,12 @@ public:
     };
 
     explicit FileListModel(Engine &engine, QObject *parent = nullptr);
+    ~FileListModel() override;
 
     // Call after VisibleRows was rebuilt; drops any sort order.
     void reload();
+    // Directions, Delete, Mirror or a mark changed: the action column shows the run anew.
+    void refreshActions();
     // Headings in column order, split at "|"; empty parts keep the built-in ones.
     void setHeadings(const QString &headings);
 
@@ -59,6 +66,8 @@ public:
     static QString formatDate(double days, const QLocale &locale);
 
 private:
+    QVariant actionIcon(const CompareEntry &e, int result) const;
+    QString actionTip(int result) const;
     void setMarked(int row, bool marked);
 
     Engine *m_engine;
@@ -68,6 +77,10 @@ private:
     QFont m_directoryFont;
     QIcon m_toDestination;
     QIcon m_toSource;
+    QIcon m_deleteInSource;
+    QIcon m_deleteInDestination;
+    // What Synchronize will do to each row; made anew with every new comparison.
+    std::unique_ptr<SyncPlanner> m_planner;
     QIcon m_identical;
     QIcon m_folder;
 };

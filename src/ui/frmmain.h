@@ -105,7 +105,8 @@ private:
     void updatePairButtons();
     void resizePairRows();
     void applyToolbarsFromEngine();
-    void applySyncButtons();
+    // `pressed`: the direction-bar button just clicked (Delete and Mirror release each other).
+    void applySyncButtons(int pressed = -1);
     void refreshFileList();
     void showCompareResult(bool compared);
     void showPairMenu(const QPoint &pos);

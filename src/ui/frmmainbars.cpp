@@ -48,7 +48,9 @@ const std::array<std::vector<ToolButtonDef>, 4> &toolButtons()
         {{Glyph::ToDestination, u"", u"Synchronize files from source to destination directory"},
          {Glyph::ToSource, u"", u"Synchronize files from destination to source directory"},
          {Glyph::Reverse, u"", u"Reverse direction"},
-         {Glyph::Delete, u"", u"Delete files that don't exist in receiving directory"}},
+         {Glyph::Delete, u"", u"Delete files that don't exist in receiving directory"},
+         {Glyph::Mirror, u"",
+          u"Mirror: delete in the receiving directory what the sending directory lacks"}},
     }};
     return defs;
 }

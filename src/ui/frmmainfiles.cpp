@@ -78,7 +78,7 @@ void frmMain::tbar_ButtonClick(int bar, int key)
         filter.SideFilter = key;
         break;
     case 3:
-        applySyncButtons();
+        applySyncButtons(key);
         break;
     default:
         return;
@@ -94,9 +94,9 @@ void frmMain::tbar_ButtonClick(int bar, int key)
     refreshFileList();
 }
 
-// Deleting on the receiving side's behalf makes sense only with exactly one direction, so the
-// Delete button follows the other three.
-void frmMain::applySyncButtons()
+// Deleting makes sense only with exactly one direction, so Delete and Mirror follow the other
+// three; pressing one of the two releases the other.
+void frmMain::applySyncButtons(int pressed)
 {
     SyncOptions &sync = m_engine->sync;
     sync.Src = m_buttons[3][0]->isChecked();
@@ -104,10 +104,19 @@ void frmMain::applySyncButtons()
     sync.Reverse = m_buttons[3][2]->isChecked();
     const bool deleteAllowed = !sync.Reverse && !(sync.Src && sync.Dest);
     QAction *del = m_buttons[3][3];
-    del->setEnabled(deleteAllowed);
-    if (!deleteAllowed)
+    QAction *mirror = m_buttons[3][4];
+    if (pressed == 3 && del->isChecked())
+        mirror->setChecked(false);
+    if (pressed == 4 && mirror->isChecked())
         del->setChecked(false);
+    for (QAction *a : {del, mirror}) {
+        a->setEnabled(deleteAllowed);
+        if (!deleteAllowed)
+            a->setChecked(false);
+    }
     sync.Delete = del->isChecked();
+    sync.Mirror = mirror->isChecked();
+    m_fileModel->refreshActions();
 }
 
 void frmMain::applyToolbarsFromEngine()
@@ -130,6 +139,7 @@ void frmMain::applyToolbarsFromEngine()
     m_buttons[3][1]->setChecked(sync.Dest);
     m_buttons[3][2]->setChecked(sync.Reverse);
     m_buttons[3][3]->setChecked(sync.Delete);
+    m_buttons[3][4]->setChecked(sync.Mirror && !sync.Delete);
     applySyncButtons();
     m_tbar[2]->setEnabled(filter.FileFilter != 4);
 }

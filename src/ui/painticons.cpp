@@ -59,6 +59,23 @@ void folder(QPainter &p, QRectF r, const QColor &colour, bool filled)
     p.drawPath(path);
 }
 
+// A waste bin whose middle lies at `x`, `scale` of the full glyph's size.
+void bin(QPainter &p, qreal x, qreal scale)
+{
+    p.save();
+    p.translate(x, 16);
+    p.scale(scale, scale);
+    p.translate(-16, -16);
+    p.setPen(QPen(DangerColour, 1.8 / scale));
+    p.setBrush(Qt::NoBrush);
+    p.drawRect(QRectF(9, 10, 14, 17));
+    p.drawLine(QPointF(6, 8), QPointF(26, 8));
+    p.drawLine(QPointF(13, 5), QPointF(19, 5));
+    p.drawLine(QPointF(13, 13), QPointF(13, 24));
+    p.drawLine(QPointF(19, 13), QPointF(19, 24));
+    p.restore();
+}
+
 void draw(QPainter &p, Glyph glyph)
 {
     switch (glyph) {
@@ -95,13 +112,18 @@ void draw(QPainter &p, Glyph glyph)
         folder(p, {4, 6, 24, 20}, QColor(0xf9, 0xc7, 0x4f), false);
         break;
     case Glyph::Delete:
-        p.setPen(QPen(DangerColour, 1.8));
-        p.setBrush(Qt::NoBrush);
-        p.drawRect(QRectF(9, 10, 14, 17));
-        p.drawLine(QPointF(6, 8), QPointF(26, 8));
-        p.drawLine(QPointF(13, 5), QPointF(19, 5));
-        p.drawLine(QPointF(13, 13), QPointF(13, 24));
-        p.drawLine(QPointF(19, 13), QPointF(19, 24));
+        bin(p, 16, 1.0);
+        break;
+    case Glyph::DeleteInSource:
+        bin(p, 9, 0.75);
+        break;
+    case Glyph::DeleteInDestination:
+        bin(p, 23, 0.75);
+        break;
+    case Glyph::Mirror:
+        // The sending side's state goes over, and what the receiving side has beyond it goes.
+        arrow(p, {3, 16}, {17, 16}, SourceColour);
+        bin(p, 25, 0.6);
         break;
     case Glyph::Reverse:
         arrow(p, {26, 11}, {6, 11}, NeutralColour);

@@ -16,6 +16,9 @@ enum class Glyph {
     BothSides,
     EmptyFolder,
     Delete,
+    DeleteInSource,      // the file list: Synchronize deletes the row's source file
+    DeleteInDestination, // ... its destination file
+    Mirror,
     Reverse,
     Compare,
     Synchronize,

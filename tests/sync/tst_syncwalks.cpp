@@ -2,6 +2,7 @@
 #include <QTest>
 #include <cerrno>
 #include <cstring>
+#include <map>
 #include <unistd.h>
 
 #include "common/fakeinteraction.h"
@@ -12,6 +13,7 @@
 #include "core/engine.h"
 #include "core/platform/faultyfileops.h"
 #include "core/synchronize.h"
+#include "core/syncplan.h"
 
 using namespace duomir;
 using namespace duomir::test;
@@ -156,6 +158,95 @@ private Q_SLOTS:
                               u"f older 5 %1"_qs.arg(T0 + 100), u"f same 4 %1"_qs.arg(T0)}));
         QCOMPARE(f.engine.syncStats.filesDeleted, 2);
         QCOMPARE(f.engine.ByteTotal, 3); // the progress counts only what is copied
+    }
+
+    // The action column says what Synchronize will do: for every choice of directions, Delete,
+    // Mirror and marks, each row's planned action is what the run then does to its files, and the
+    // plan's counts are the run's.
+    void plannedActionIsWhatRunsDo_data()
+    {
+        QTest::addColumn<QString>("options"); // "src dest delete mirror", 1 or 0 each
+        QTest::addColumn<bool>("marked");
+        for (const char *o : {"1100", "0100", "1000", "1010", "0110", "1001", "0101"}) {
+            QTest::addRow("%s, marked", o) << QString::fromLatin1(o) << true;
+            QTest::addRow("%s, unmarked", o) << QString::fromLatin1(o) << false;
+        }
+    }
+    void plannedActionIsWhatRunsDo()
+    {
+        QFETCH(QString, options);
+        QFETCH(bool, marked);
+        Fixture f;
+        f.files({{u"s/newer-s"_qs, "new s", T0 + 100},
+                 {u"d/newer-s"_qs, "old"},
+                 {u"s/newer-d"_qs, "old"},
+                 {u"d/newer-d"_qs, "new d", T0 + 100},
+                 {u"s/only-s"_qs, "only s"},
+                 {u"d/only-d"_qs, "only d"},
+                 {u"s/same"_qs, "same"},
+                 {u"d/same"_qs, "same"},
+                 {u"s/dir-s/in"_qs, "below s"},
+                 {u"d/dir-d/in"_qs, "below d"}});
+        f.compare();
+        f.engine.sync = {options[0] == u'1', options[1] == u'1', false, options[2] == u'1',
+                         options[3] == u'1'};
+        f.engine.settings.MaxDeletePercent = 100;
+        for (CompareEntry &e : f.engine.CompareResults)
+            e.Marked = e.Marked && marked;
+        const QStringList names{u"newer-s"_qs, u"newer-d"_qs,  u"only-s"_qs,  u"only-d"_qs,
+                                u"same"_qs,    u"dir-s/in"_qs, u"dir-d/in"_qs};
+        std::map<QString, PlannedAction> planned;
+        {
+            const SyncPlanner planner(f.engine);
+            for (const QString &name : names)
+                planned[name] = planner.action(f.row(name));
+        }
+        const SyncPlan plan = PlanSynchronize(f.engine);
+        std::map<QString, std::array<QByteArray, 2>> before;
+        for (const QString &name : names)
+            before[name] = {f.tree.read(u"s/"_qs + name), f.tree.read(u"d/"_qs + name)};
+
+        Synchronize(f.engine, 0);
+        for (const QString &name : names) {
+            const std::array<QByteArray, 2> was = before[name];
+            const std::array<QByteArray, 2> now{f.tree.read(u"s/"_qs + name),
+                                                f.tree.read(u"d/"_qs + name)};
+            std::array<QByteArray, 2> expected = was;
+            switch (planned[name]) {
+            case PlannedAction::CopyToDestination:
+                expected[1] = was[0];
+                break;
+            case PlannedAction::CopyToSource:
+                expected[0] = was[1];
+                break;
+            case PlannedAction::DeleteInSource:
+                expected[0].clear();
+                break;
+            case PlannedAction::DeleteInDestination:
+                expected[1].clear();
+                break;
+            case PlannedAction::None:
+                break;
+            }
+            QVERIFY2(now == expected, qPrintable(name + u": " + QString::fromUtf8(now[0]) + u" | " +
+                                                 QString::fromUtf8(now[1])));
+        }
+        const SyncStats &done = f.engine.syncStats;
+        QCOMPARE(done.copies, plan.copies);
+        QCOMPARE(done.replaces, plan.replaces);
+        QCOMPARE(done.deletions, plan.deletions);
+        QCOMPARE(done.folderRemovals, plan.folderRemovals);
+        // A mirror leaves the receiving side with the sending side's names (a file newer there
+        // stays newer, as with every copy in that direction).
+        const auto namesOf = [&](const QString &side) {
+            QStringList out;
+            for (const QString &line : f.tree.snapshot(side))
+                out << line.section(u' ', 0, 1);
+            return out;
+        };
+        if (options[3] == u'1' && marked)
+            QCOMPARE(namesOf(options[0] == u'1' ? u"d"_qs : u"s"_qs),
+                     namesOf(options[0] == u'1' ? u"s"_qs : u"d"_qs));
     }
 
     // Cancel during a large file: the files before it stay copied, it keeps its old content,
