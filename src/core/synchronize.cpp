@@ -62,7 +62,9 @@ bool Synchronize(Engine &engine, int startEntry)
         return refuse(engine, 808);
     if (counter[0] == 0 && counter[2] == 0)
         return refuse(engine, 809);
-    if ((!o.Src && counter[2] == 0) || (!o.Dest && counter[0] == 0))
+    // A mirror has work where the receiving side holds more, even with nothing to send.
+    const bool mirrorWork = o.Mirror && o.Src != o.Dest && counter[o.Src ? 2 : 0] > 0;
+    if (((!o.Src && counter[2] == 0) || (!o.Dest && counter[0] == 0)) && !mirrorWork)
         return refuse(engine, 810);
 
     writeRunLine(engine, QStringLiteral("Start"), startEntry);

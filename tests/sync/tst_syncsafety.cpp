@@ -489,12 +489,16 @@ private Q_SLOTS:
         QTest::addColumn<int>("limit");
         QTest::addColumn<QString>("person"); // "" nobody (DontAsk), "yes", "no"
         QTest::addColumn<int>("deleted");
-        QTest::newRow("empty receiving side") << -1 << 50 << QString() << 0;
-        QTest::newRow("60 % refused") << 4 << 50 << QString() << 0;
-        QTest::newRow("40 % allowed") << 6 << 50 << QString() << 4;
-        QTest::newRow("60 %, guard off") << 4 << 100 << QString() << 6;
-        QTest::newRow("60 %, the person says yes") << 4 << 50 << u"yes"_qs << 6;
-        QTest::newRow("60 %, the person says no") << 4 << 50 << u"no"_qs << 0;
+        QTest::addColumn<bool>("mirror"); // the receiving side loses what the sending one lacks
+        QTest::newRow("empty receiving side") << -1 << 50 << QString() << 0 << false;
+        QTest::newRow("60 % refused") << 4 << 50 << QString() << 0 << false;
+        QTest::newRow("40 % allowed") << 6 << 50 << QString() << 4 << false;
+        QTest::newRow("60 %, guard off") << 4 << 100 << QString() << 6 << false;
+        QTest::newRow("60 %, the person says yes") << 4 << 50 << u"yes"_qs << 6 << false;
+        QTest::newRow("60 %, the person says no") << 4 << 50 << u"no"_qs << 0 << false;
+        QTest::newRow("mirror from an empty sending side") << -1 << 50 << QString() << 0 << true;
+        QTest::newRow("mirror, 60 % refused") << 4 << 50 << QString() << 0 << true;
+        QTest::newRow("mirror, 40 % allowed") << 6 << 50 << QString() << 4 << true;
     }
     void deletionGuard()
     {
@@ -502,21 +506,24 @@ private Q_SLOTS:
         QFETCH(int, limit);
         QFETCH(QString, person);
         QFETCH(int, deleted);
+        QFETCH(bool, mirror);
         Fixture f;
+        const QString losing = mirror ? u"d"_qs : u"s"_qs;
+        const QString other = mirror ? u"s"_qs : u"d"_qs;
         for (int i = 0; i < 10; ++i)
-            f.tree.file(u"s/f%1"_qs.arg(i), "x", T0);
-        f.tree.dir(u"d"_qs);
+            f.tree.file(losing + u"/f%1"_qs.arg(i), "x", T0);
+        f.tree.dir(other);
         for (int i = 0; i < destinationFiles; ++i)
-            f.tree.file(u"d/f%1"_qs.arg(i), "x", T0);
+            f.tree.file(other + u"/f%1"_qs.arg(i), "x", T0);
         f.addPair(u"s"_qs, u"d"_qs);
         QVERIFY(Compare(f.engine));
         f.engine.settings.MaxDeletePercent = limit;
         f.engine.DontAsk = person.isEmpty();
         f.ui.answers = {person == u"yes"_qs ? Interaction::Answer::Yes : Interaction::Answer::No};
-        f.engine.sync = {true, false, false, true};
+        f.engine.sync = {true, false, false, !mirror, mirror};
         QVERIFY(Synchronize(f.engine, 0));
         QCOMPARE(f.engine.syncStats.filesDeleted, deleted);
-        QCOMPARE(QDir(f.tree.path(u"s"_qs)).entryList(QDir::Files).size(), 10 - deleted);
+        QCOMPARE(QDir(f.tree.path(losing)).entryList(QDir::Files).size(), 10 - deleted);
         const bool held = deleted == 0;
         QCOMPARE(f.engine.DeletionsRefused, held ? 1 : 0);
         QCOMPARE(RunExitStatus(f.engine), held ? ExitDeletionRefused : ExitOk);
@@ -560,6 +567,29 @@ private Q_SLOTS:
         for (const CompareEntry &e : f.engine.CompareResults)
             QVERIFY2(!e.Path[0].contains(u"/Old"_qs) && !e.Path[1].contains(u"/Old"_qs),
                      qPrintable(e.Path[0] + e.Path[1]));
+    }
+
+    // A mirror removes the folders the sending side lacks once they are empty, deepest first; one
+    // that still holds a file the comparison left out stays, and so does the pair's root.
+    void mirrorRemovesOnlyEmptiedFolders()
+    {
+        Fixture f;
+        f.tree.file(u"s/keep"_qs, "k", T0);
+        f.tree.file(u"d/keep"_qs, "k", T0);
+        f.tree.file(u"d/gone/deeper/x"_qs, "x", T0);
+        f.tree.file(u"d/held/y"_qs, "y", T0);
+        f.tree.file(u"d/held/excluded.tmp"_qs, "not compared", T0);
+        f.addPair(u"s"_qs, u"d"_qs);
+        f.engine.pairs[1].ExcludeFiles = u"*.tmp"_qs;
+        QVERIFY(Compare(f.engine));
+        f.engine.settings.MaxDeletePercent = 100;
+        f.engine.sync = {true, false, false, false, true};
+        QVERIFY(Synchronize(f.engine, 0));
+        QCOMPARE(f.engine.syncStats.failures, 0);
+        QCOMPARE(f.tree.snapshot(u"d"_qs),
+                 (QStringList{u"d held/"_qs, u"f held/excluded.tmp 12 %1"_qs.arg(T0),
+                              u"f keep 1 %1"_qs.arg(T0)}));
+        QCOMPARE(f.engine.syncStats.folderRemovals[1], 2);
     }
 
     // With every change logged, a run can be read afterwards: one line per copy, replacement,
