@@ -209,31 +209,43 @@ private Q_SLOTS:
         QCOMPARE(f.ui.shown[0].buttons, Interaction::Buttons::Ok);
     }
 
-    // Delete may only go with exactly one direction; otherwise it is released and off.
+    // Delete and Mirror may only go with exactly one direction; otherwise they are released and
+    // off. Pressing one releases the other.
     void deleteButtonRule_data()
     {
         QTest::addColumn<bool>("src");
         QTest::addColumn<bool>("dest");
         QTest::addColumn<bool>("deleteEnabled");
-        QTest::newRow("both directions") << true << true << false;
-        QTest::newRow("source only") << true << false << true;
-        QTest::newRow("destination only") << false << true << true;
-        QTest::newRow("none") << false << false << true;
+        QTest::addColumn<int>("button"); // 3 Delete, 4 Mirror
+        for (int button : {3, 4}) {
+            const char *name = button == 3 ? "Delete" : "Mirror";
+            QTest::addRow("%s, both directions", name) << true << true << false << button;
+            QTest::addRow("%s, source only", name) << true << false << true << button;
+            QTest::addRow("%s, destination only", name) << false << true << true << button;
+            QTest::addRow("%s, none", name) << false << false << true << button;
+        }
     }
     void deleteButtonRule()
     {
         QFETCH(bool, src);
         QFETCH(bool, dest);
         QFETCH(bool, deleteEnabled);
+        QFETCH(int, button);
         Fixture f;
         QAction *srcButton = f.window.toolbarButton(3, 0);
         QAction *destButton = f.window.toolbarButton(3, 1);
-        QAction *del = f.window.toolbarButton(3, 3);
+        QAction *otherKind = f.window.toolbarButton(3, button == 3 ? 4 : 3);
+        QAction *del = f.window.toolbarButton(3, button);
+        bool &on = button == 3 ? f.engine.sync.Delete : f.engine.sync.Mirror;
 
-        // Press Delete while it is allowed, then move to the state under test.
+        // Press the other kind, then this one while it is allowed, then move to the state under
+        // test.
         destButton->trigger();
+        otherKind->trigger();
         del->trigger();
-        QVERIFY(f.engine.sync.Delete);
+        QVERIFY(on);
+        QVERIFY(!otherKind->isChecked());
+        QVERIFY(!(f.engine.sync.Delete && f.engine.sync.Mirror));
         if (srcButton->isChecked() != src)
             srcButton->trigger();
         if (destButton->isChecked() != dest)
@@ -242,8 +254,41 @@ private Q_SLOTS:
         QCOMPARE(f.engine.sync.Src, src);
         QCOMPARE(f.engine.sync.Dest, dest);
         QCOMPARE(del->isEnabled(), deleteEnabled);
-        QCOMPARE(f.engine.sync.Delete, deleteEnabled);
+        QCOMPARE(on, deleteEnabled);
         QCOMPARE(del->isChecked(), deleteEnabled);
+    }
+
+    // The arrow cell shows what Synchronize will do, and changes as soon as a direction or a
+    // mark does.
+    void actionColumnFollowsTheButtons()
+    {
+        Fixture f;
+        CompareEntry root;
+        root.Path = {u"/s"_s, u"/d"_s};
+        CompareEntry only;
+        only.Path = {u"/s/"_s, u"/d/"_s};
+        only.Name = {u"new"_s, QString()};
+        only.State = ModifiedInSource;
+        only.Marked = true;
+        f.engine.CompareResults = {CompareEntry{}, root, only};
+        f.engine.VisibleRows = {0, 2};
+        f.engine.compareCounters = {1, 0, 0};
+        FileListModel *model = f.window.fileModel();
+        model->reload();
+        const QModelIndex cell = model->index(0, FileListModel::StateColumn);
+        QSignalSpy changed(model, &QAbstractItemModel::dataChanged);
+        const auto tip = [&] { return cell.data(Qt::ToolTipRole).toString(); };
+        QCOMPARE(tip(), f.engine.FormatMsg(1141)); // copy to the destination
+        f.window.toolbarButton(3, 1)->trigger();   // destination to source only
+        QCOMPARE(tip(), f.engine.FormatMsg(1140));
+        f.window.toolbarButton(3, 1)->trigger();
+        f.window.toolbarButton(3, 0)->trigger(); // source to destination only
+        f.window.toolbarButton(3, 3)->trigger(); // with Delete: the new file goes
+        QCOMPARE(tip(), f.engine.FormatMsg(1143));
+        QVERIFY(!changed.isEmpty());
+        QVERIFY(model->setData(model->index(0, FileListModel::MarkedColumn), Qt::Unchecked,
+                               Qt::CheckStateRole));
+        QCOMPARE(tip(), f.engine.FormatMsg(1140));
     }
 
     void filterClickMarksProfileOnlyWithPairs_data()
