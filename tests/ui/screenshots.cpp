@@ -6,9 +6,11 @@
 #include <QMenu>
 #include <QTableView>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include "common/temptree.h"
 #include "core/engine.h"
+#include "core/synccommands.h"
 #include "ui/dlgdirs.h"
 #include "ui/dlgprogress.h"
 #include "ui/frmmain.h"
@@ -73,6 +75,21 @@ int main(int argc, char *argv[])
     QApplication::processEvents();
     const QString suffix = languageName.isEmpty() ? QString() : u'-' + languageName.toLower();
     window.grab().save(out + QStringLiteral("/main") + suffix + QStringLiteral(".png"));
+
+    // One direction with Mirror: the arrow column shows what goes, and the confirmation counts it.
+    engine.settings.Versioning = Settings::ToTrash;
+    window.toolbarButton(3, 1)->trigger();
+    window.toolbarButton(3, 4)->trigger();
+    QApplication::processEvents();
+    window.grab().save(out + QStringLiteral("/main-mirror") + suffix + QStringLiteral(".png"));
+    QTimer::singleShot(300, [&] {
+        if (QWidget *box = QApplication::activeModalWidget()) {
+            box->grab().save(out + QStringLiteral("/confirm-synchronize") + suffix +
+                             QStringLiteral(".png"));
+            box->close();
+        }
+    });
+    ConfirmSynchronize(engine, false);
 
     for (const char *name : {"mnuPop1", "mnuPop3"}) {
         auto *menu = window.findChild<QMenu *>(QString::fromLatin1(name));
