@@ -85,8 +85,8 @@ private Q_SLOTS:
             {u"Language"_qs, s.Language},
             {u"ExcludeDirs"_qs, s.ExcludeDirs},
             {u"TimeLag"_qs, timeLagToText(s.TimeLag)},
-            {u"Keeping"_qs, u"%1 %2 %3"_qs.arg(s.Versioning).arg(s.VersionsFolder).arg(
-                                s.KeepVersionsDays)},
+            {u"Keeping"_qs,
+             u"%1 %2 %3"_qs.arg(s.Versioning).arg(s.VersionsFolder).arg(s.KeepVersionsDays)},
             {u"General"_qs, b(s.LogToFile) + b(s.DontShowHint) + b(s.ButtonBarsWithText)}};
         QCOMPARE(fields.value(field), expected);
         QCOMPARE(tree.exists(u"Duomir.ini"_qs), !content.isNull()); // loading never creates it
@@ -136,15 +136,13 @@ private Q_SLOTS:
         WriteOptions(ini, s);
         WriteLanguage(ini, u"English"_qs);
         WriteDontShowHint(ini, true);
-        QCOMPARE(
-            tree.read(u"Duomir.ini"_qs),
-            QByteArray(
-                "[Exclude]\nDirs=Temp;Recycled\nFiles=*.tmp;*.bak\n"
-                "[General]\nTimeLag=00:00:02\nLogToFile=1\nLogActions=0\nVersioning=2\n"
-                "VersionsFolder=Old\nButtonBarsWithText=0\n"
-                "Language=English\nDontShowHint=1\n"
-                "[Include]\nSubDirs=1\nSysDirs=0\nSysFiles=0\nHiddenDirs=1\n"
-                "HiddenFiles=0\n"));
+        QCOMPARE(tree.read(u"Duomir.ini"_qs),
+                 QByteArray("[Exclude]\nDirs=Temp;Recycled\nFiles=*.tmp;*.bak\n"
+                            "[General]\nTimeLag=00:00:02\nLogToFile=1\nLogActions=0\nVersioning=2\n"
+                            "VersionsFolder=Old\nButtonBarsWithText=0\n"
+                            "Language=English\nDontShowHint=1\n"
+                            "[Include]\nSubDirs=1\nSysDirs=0\nSysFiles=0\nHiddenDirs=1\n"
+                            "HiddenFiles=0\n"));
     }
 
     void placementOnClose_data()
