@@ -382,10 +382,10 @@ bool frmMain::queryClose()
         Interaction::Icon::Question, Interaction::Buttons::YesNoCancel, m_engine->FormatMsg(800));
     if (answer == Interaction::Answer::Cancel)
         return false;
-    if (answer == Interaction::Answer::Yes) {
-        mnuPop1_Save_Click();
-        return !m_engine->ProfilePath.isEmpty();
-    }
+    // A Save dialog cancelled after "Yes" keeps the program running, whatever profile was
+    // loaded before: the edits are not saved yet.
+    if (answer == Interaction::Answer::Yes)
+        return mnuPop1_Save_Click();
     return true;
 }
 

@@ -222,6 +222,9 @@ QString frmMain::defaultChooseProfileFile(bool save)
     dialog.setDefaultSuffix(QStringLiteral("dyp"));
     dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    // Saving into an existing profile writes this list's pairs into it and keeps what lies beyond
+    // them; a question about "replacing" it would not say what happens.
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
     if (save && !m_engine->ProfilePath.isEmpty())
         dialog.selectFile(m_engine->ProfilePath);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
@@ -231,9 +234,12 @@ QString frmMain::defaultChooseProfileFile(bool save)
 
 bool frmMain::mnuPop1_Save_Click()
 {
-    const QString path = chooseProfileFile(true);
+    QString path = chooseProfileFile(true);
     if (path.isEmpty())
         return false;
+    // "Daily.backup" is a name, not a type: the Load dialog shows profiles by their ending.
+    if (!path.endsWith(u".dyp", Qt::CaseInsensitive))
+        path += QStringLiteral(".dyp");
     {
         const MousePointer busy;
         SaveProfile(*m_engine, path);
@@ -246,10 +252,12 @@ bool frmMain::mnuPop1_Save_Click()
 
 void frmMain::mnuPop1_Load_Click()
 {
+    // "Save first?" answered Yes and the Save dialog then cancelled: the list is not replaced.
     if (m_engine->ProfileModified &&
         m_engine->ui().message(Interaction::Icon::Question, Interaction::Buttons::YesNo,
-                               m_engine->FormatMsg(800)) == Interaction::Answer::Yes)
-        mnuPop1_Save_Click();
+                               m_engine->FormatMsg(800)) == Interaction::Answer::Yes &&
+        !mnuPop1_Save_Click())
+        return;
     m_engine->ProfilePath.clear();
     const QString path = chooseProfileFile(false);
     if (path.isEmpty())

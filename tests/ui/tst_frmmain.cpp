@@ -338,6 +338,8 @@ private Q_SLOTS:
         QTest::newRow("cancel keeps running") << true << Answer::Cancel << false << 0;
         QTest::newRow("no leaves without saving") << true << Answer::No << true << 0;
         QTest::newRow("yes, save dialog cancelled") << true << Answer::Yes << false << 1;
+        QTest::newRow("yes, save dialog cancelled, a profile loaded")
+            << true << Answer::Yes << false << 1;
     }
     void closeAsksToSaveModifiedList()
     {
@@ -347,6 +349,8 @@ private Q_SLOTS:
         QFETCH(int, saveDialogs);
         Fixture f(1);
         f.engine.ProfileModified = modified;
+        if (QByteArray(QTest::currentDataTag()).endsWith("loaded"))
+            f.engine.ProfilePath = u"/home/u/daily.dyp"_s;
         int dialogs = 0;
         f.window.chooseProfileFile = [&](bool save) {
             dialogs += save ? 1 : 100;
@@ -370,6 +374,46 @@ private Q_SLOTS:
         QVERIFY(f.engine.ProfilePath.isEmpty());
         QCOMPARE(f.engine.pairs.count(), 2);
         QVERIFY(f.ui.shown.isEmpty());
+    }
+
+    // "Save first?" answered Yes and the Save dialog cancelled: no Load dialog, nothing replaced.
+    void loadAfterCancelledSaveKeepsEverything()
+    {
+        Fixture f(2);
+        f.engine.ProfilePath = u"/somewhere/old.dyp"_s;
+        f.engine.ProfileModified = true;
+        QStringList dialogs;
+        f.window.chooseProfileFile = [&](bool save) {
+            dialogs << (save ? u"save"_s : u"load"_s);
+            return QString();
+        };
+        f.ui.answers = {Answer::Yes};
+        f.window.mnuPop1_Load_Click();
+        QCOMPARE(dialogs, QStringList{u"save"_s});
+        QCOMPARE(f.engine.ProfilePath, u"/somewhere/old.dyp"_s);
+        QVERIFY(f.engine.ProfileModified);
+    }
+
+    // A profile gets its ending unless the typed name has it already, in any letter case.
+    void saveAddsTheProfileEnding_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("saved");
+        QTest::newRow("a dot in the name") << u"Daily.backup"_s << u"Daily.backup.dyp"_s;
+        QTest::newRow("no ending") << u"Daily"_s << u"Daily.dyp"_s;
+        QTest::newRow("ending typed") << u"Daily.dyp"_s << u"Daily.dyp"_s;
+        QTest::newRow("ending in capitals") << u"DAILY.DYP"_s << u"DAILY.DYP"_s;
+    }
+    void saveAddsTheProfileEnding()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, saved);
+        QTemporaryDir dir;
+        Fixture f(1);
+        f.window.chooseProfileFile = [&](bool) { return dir.filePath(typed); };
+        QVERIFY(f.window.mnuPop1_Save_Click());
+        QCOMPARE(f.engine.ProfilePath, dir.filePath(saved));
+        QVERIFY(QFile::exists(dir.filePath(saved)));
     }
 
     void statusAnimationSwingsBetweenOneAndNine()
