@@ -8,7 +8,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 packages=(cmake ninja-build g++ qt6-base-dev qt6-base-dev-tools libgl-dev qt6-qpa-plugins
-          xvfb xauth clang-format exfatprogs exfat-fuse dosfstools fusefat)
+          xvfb xauth clang-format exfatprogs exfat-fuse dosfstools fusefat qt6-translations-l10n)
 
 install_missing() {
     local missing=()

@@ -61,6 +61,13 @@ void FileListModel::reload()
     endResetModel();
 }
 
+void FileListModel::setLocale(const QLocale &locale)
+{
+    m_locale = locale;
+    if (rowCount() > 0)
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1), {Qt::DisplayRole});
+}
+
 void FileListModel::refreshActions()
 {
     if (rowCount() > 0)

@@ -42,6 +42,8 @@ public:
     void reload();
     // Directions, Delete, Mirror or a mark changed: the action column shows the run anew.
     void refreshActions();
+    // Dates and sizes follow the chosen language.
+    void setLocale(const QLocale &locale);
     // Headings in column order, split at "|"; empty parts keep the built-in ones.
     void setHeadings(const QString &headings);
 

@@ -286,7 +286,12 @@ void frmMain::localize()
     const bool showsCounts =
         !m_lblFilesAndDirs[0]->text().isEmpty() || !m_lblFilesAndDirs[2]->text().isEmpty();
     const QString middle = m_lblFilesAndDirs[1]->text();
+    ApplyLanguageLocale(m_engine->language);
     LocalizeControls(this, m_engine->language);
+    if (auto *gui = dynamic_cast<GuiInteraction *>(&m_engine->ui()))
+        gui->setButtonTexts({m_engine->FormatMsg(1810), m_engine->FormatMsg(1811),
+                             m_engine->FormatMsg(1812), m_engine->FormatMsg(1813)});
+    m_fileModel->setLocale(QLocale());
     if (showsCounts) {
         m_lblFilesAndDirs[1]->setText(middle);
         const RowCounts &counts = m_engine->visibleCounts;

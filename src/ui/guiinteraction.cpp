@@ -1,5 +1,6 @@
 #include "ui/guiinteraction.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
 #include <cstdio>
@@ -120,6 +121,12 @@ Interaction::Answer GuiInteraction::message(Icon icon, Buttons buttons, const QS
         box.setDefaultButton(QMessageBox::Yes);
         box.setEscapeButton(QMessageBox::Cancel);
         break;
+    }
+    const std::array<QMessageBox::StandardButton, 4> kinds{QMessageBox::Ok, QMessageBox::Yes,
+                                                           QMessageBox::No, QMessageBox::Cancel};
+    for (size_t i = 0; i < kinds.size(); ++i) {
+        if (QAbstractButton *b = box.button(kinds[i]); b && !m_buttonTexts[i].isEmpty())
+            b->setText(m_buttonTexts[i]);
     }
     // A message box must stay usable while the main window is disabled for a long run.
     QApplication::setOverrideCursor(QCursor(Qt::ArrowCursor));

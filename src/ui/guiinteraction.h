@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QPointer>
 #include <QString>
+#include <array>
 #include <functional>
 
 #include "core/interaction.h"
@@ -31,6 +32,8 @@ public:
     bool personPresent() const override { return !unattended(); }
     // The title of message boxes shown without a title of their own.
     void setDefaultTitle(const QString &title) { m_defaultTitle = title; }
+    // The texts of OK, Yes, No and Cancel in the chosen language (empty: Qt's own).
+    void setButtonTexts(std::array<QString, 4> texts) { m_buttonTexts = std::move(texts); }
 
     Answer message(Icon icon, Buttons buttons, const QString &text,
                    const QString &title = {}) override;
@@ -44,6 +47,7 @@ public:
 private:
     QPointer<frmMain> m_window;
     QString m_defaultTitle;
+    std::array<QString, 4> m_buttonTexts;
     QElapsedTimer m_sinceYield;
     std::function<bool()> m_unattended;
     std::function<void(const QString &)> m_record;

@@ -3,11 +3,15 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QGroupBox>
 #include <QLabel>
+#include <QLibraryInfo>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPlainTextEdit>
 #include <QTextEdit>
+#include <QTranslator>
 #include <QWidget>
 
 #include "localization/language.h"
@@ -82,6 +86,18 @@ void LocalizeCombo(QComboBox *combo, const Language &language)
 }
 
 } // namespace
+
+void ApplyLanguageLocale(const Language &language)
+{
+    static QTranslator qtTexts;
+    const QString name = language.FormatMsg(QStringLiteral("locale"));
+    const QLocale locale(name.isEmpty() || name == u"locale" ? QStringLiteral("en_US") : name);
+    QLocale::setDefault(locale);
+    QCoreApplication::removeTranslator(&qtTexts);
+    if (qtTexts.load(locale, QStringLiteral("qtbase"), QStringLiteral("_"),
+                     QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&qtTexts);
+}
 
 void LocalizeControls(QWidget *form, const Language &language)
 {

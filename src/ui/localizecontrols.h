@@ -23,4 +23,9 @@ int helpId(const QObject *object);
 // widget and action below it. Does nothing when no language file is loaded.
 void LocalizeControls(QWidget *form, const Language &language);
 
+// The language's own locale (its key "locale", e.g. "de_DE") becomes the program's: dates and
+// numbers follow it, and Qt's own dialogs (file dialogs, standard buttons) speak it where Qt's
+// translations are installed.
+void ApplyLanguageLocale(const Language &language);
+
 } // namespace duomir

@@ -1,6 +1,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTableView>
 #include <QToolBar>
@@ -8,10 +9,13 @@
 
 #include "common/fakeinteraction.h"
 #include "core/engine.h"
+#include "localization/language.h"
 #include "ui/dirpairmodel.h"
 #include "ui/dlgdirs.h"
 #include "ui/filelistmodel.h"
 #include "ui/frmmain.h"
+#include "ui/guiinteraction.h"
+#include "ui/localizecontrols.h"
 
 using namespace duomir;
 using namespace Qt::StringLiterals;
@@ -414,6 +418,33 @@ private Q_SLOTS:
         QVERIFY(f.window.mnuPop1_Save_Click());
         QCOMPARE(f.engine.ProfilePath, dir.filePath(saved));
         QVERIFY(QFile::exists(dir.filePath(saved)));
+    }
+
+    // In German the question's buttons, the file list's dates and Qt's own texts are German too.
+    void messageButtonsSpeakTheLanguage()
+    {
+        GuiInteraction gui;
+        Engine engine(gui);
+        engine.language =
+            Language::load(qEnvironmentVariable("DUOMIR_SHARE_DIR") + u"/Deutsch.lang"_s, &gui);
+        frmMain window(engine);
+        gui.setWindow(&window);
+        window.localize();
+        QStringList texts;
+        QTimer::singleShot(0, [&] {
+            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            QVERIFY(box);
+            for (QAbstractButton *b : box->buttons())
+                texts << b->text();
+            box->button(QMessageBox::No)->click();
+        });
+        QCOMPARE(
+            gui.message(Interaction::Icon::Question, Interaction::Buttons::YesNoCancel, u"?"_s),
+            Interaction::Answer::No);
+        texts.sort();
+        QCOMPARE(texts, (QStringList{u"&Ja"_s, u"&Nein"_s, u"Abbrechen"_s}));
+        QCOMPARE(QLocale().name(), u"de_DE"_s);
+        ApplyLanguageLocale(Language()); // the next tests run in the default language
     }
 
     void statusAnimationSwingsBetweenOneAndNine()
