@@ -1,5 +1,6 @@
 #include "ui/dlgoptions.h"
 
+#include <QAbstractButton>
 #include <QCheckBox>
 #include <QFocusEvent>
 #include <QGridLayout>
@@ -7,6 +8,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
@@ -278,8 +280,14 @@ bool dlgOptions::validateTimeLag()
     }
     m_validating = true;
     m_cmdApply->setEnabled(false);
+    // A click on a check box moved the focus here: the box opens between its press and its
+    // release, so the check box never hears the release and would stay drawn pressed.
+    const QPointer<QAbstractButton> pressed =
+        qobject_cast<QAbstractButton *>(QWidget::mouseGrabber());
     m_engine.ui().message(Interaction::Icon::Exclamation, Interaction::Buttons::Ok,
                           m_engine.FormatMsg(10800));
+    if (pressed)
+        pressed->setDown(false);
     // The focus is still on its way to the next control; take it back once it has arrived.
     QTimer::singleShot(0, m_txtTimeLag, [edit = m_txtTimeLag] {
         edit->setFocus(Qt::OtherFocusReason);

@@ -292,6 +292,7 @@ void frmMain::localize()
         gui->setButtonTexts({m_engine->FormatMsg(1810), m_engine->FormatMsg(1811),
                              m_engine->FormatMsg(1812), m_engine->FormatMsg(1813)});
     m_fileModel->setLocale(QLocale());
+    describeButtons();
     if (showsCounts) {
         m_lblFilesAndDirs[1]->setText(middle);
         const RowCounts &counts = m_engine->visibleCounts;

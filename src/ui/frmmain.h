@@ -107,6 +107,7 @@ private:
     void applyToolbarsFromEngine();
     // `pressed`: the direction-bar button just clicked (Delete and Mirror release each other).
     void applySyncButtons(int pressed = -1);
+    void describeButtons();
     void refreshFileList();
     void showCompareResult(bool compared);
     void showPairMenu(const QPoint &pos);

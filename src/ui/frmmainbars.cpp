@@ -30,27 +30,35 @@ struct ToolButtonDef
     Glyph glyph;
     const char16_t *caption;
     const char16_t *tip;
+    // The keyboard's way to the button, named in its tool tip.
+    QKeyCombination key;
 };
 
 // tbar 0: the empty-directories switch; 1: file filter; 2: side filter; 3: sync directions.
 const std::array<std::vector<ToolButtonDef>, 4> &toolButtons()
 {
     static const std::array<std::vector<ToolButtonDef>, 4> defs{{
-        {{Glyph::EmptyFolder, u"Empty", u"Show empty directories"}},
-        {{Glyph::AllFiles, u"", u"Show all files"},
-         {Glyph::BothWays, u"", u"Show all modified files"},
-         {Glyph::ToDestination, u"", u"Show modified files in source directory"},
-         {Glyph::ToSource, u"Dest", u"Show modified files in destination directory"},
-         {Glyph::Identical, u"Same", u"Show identical files"}},
-        {{Glyph::AllFiles, u"", u"Show files that exist in one directory only"},
-         {Glyph::BothSides, u"Both", u"Files in both directories"},
-         {Glyph::OneSide, u"One dir", u"Files in one directory only"}},
-        {{Glyph::ToDestination, u"", u"Synchronize files from source to destination directory"},
-         {Glyph::ToSource, u"", u"Synchronize files from destination to source directory"},
-         {Glyph::Reverse, u"", u"Reverse direction"},
-         {Glyph::Delete, u"", u"Delete files that don't exist in receiving directory"},
+        {{Glyph::EmptyFolder, u"Empty", u"Show empty directories", Qt::CTRL | Qt::Key_E}},
+        {{Glyph::AllFiles, u"", u"Show all files", Qt::CTRL | Qt::Key_1},
+         {Glyph::BothWays, u"", u"Show all modified files", Qt::CTRL | Qt::Key_2},
+         {Glyph::ToDestination, u"", u"Show modified files in source directory",
+          Qt::CTRL | Qt::Key_3},
+         {Glyph::ToSource, u"Dest", u"Show modified files in destination directory",
+          Qt::CTRL | Qt::Key_4},
+         {Glyph::Identical, u"Same", u"Show identical files", Qt::CTRL | Qt::Key_5}},
+        {{Glyph::AllFiles, u"", u"Show files in one or both directories", Qt::CTRL | Qt::Key_6},
+         {Glyph::BothSides, u"Both", u"Files in both directories", Qt::CTRL | Qt::Key_7},
+         {Glyph::OneSide, u"One dir", u"Files in one directory only", Qt::CTRL | Qt::Key_8}},
+        {{Glyph::ToDestination, u"", u"Synchronize files from source to destination directory",
+          Qt::CTRL | Qt::Key_Right},
+         {Glyph::ToSource, u"", u"Synchronize files from destination to source directory",
+          Qt::CTRL | Qt::Key_Left},
+         {Glyph::Reverse, u"", u"Reverse direction", QKeyCombination()},
+         {Glyph::Delete, u"", u"Delete files that don't exist in receiving directory",
+          Qt::CTRL | Qt::Key_D},
          {Glyph::Mirror, u"",
-          u"Mirror: delete in the receiving directory what the sending directory lacks"}},
+          u"Mirror: delete in the receiving directory what the sending directory lacks",
+          Qt::CTRL | Qt::Key_M}},
     }};
     return defs;
 }
@@ -79,6 +87,10 @@ void frmMain::buildToolbars(QWidget *parent)
             action->setIcon(glyphIcon(def.glyph));
             action->setToolTip(QString::fromUtf16(def.tip));
             action->setCheckable(true);
+            if (def.key != QKeyCombination()) {
+                action->setShortcut(QKeySequence(def.key));
+                action->setShortcutContext(Qt::WindowShortcut);
+            }
             if (group)
                 group->addAction(action);
             tb->addAction(action);
@@ -92,6 +104,29 @@ void frmMain::buildToolbars(QWidget *parent)
     // The reverse direction exists for profiles but is never offered.
     m_buttons[3][2]->setVisible(false);
     layoutButtonBars();
+    describeButtons();
+}
+
+void frmMain::describeButtons()
+{
+    // Each language gives the tool tip; the shortcut is added to it, and a screen reader says the
+    // same as the tool tip shows.
+    for (size_t bar = 0; bar < m_tbar.size(); ++bar) {
+        for (QAction *a : m_buttons[bar]) {
+            if (!a)
+                continue;
+            QString tip = a->toolTip();
+            const QString key = a->shortcut().toString(QKeySequence::NativeText);
+            const QString suffix = u" (" + key + u')';
+            if (!key.isEmpty() && !tip.endsWith(suffix))
+                tip += suffix;
+            a->setToolTip(tip);
+            if (QWidget *button = m_tbar[bar]->widgetForAction(a)) {
+                button->setAccessibleName(key.isEmpty() ? tip : tip.chopped(suffix.size()));
+                button->setToolTip(tip);
+            }
+        }
+    }
 }
 
 void frmMain::layoutButtonBars()

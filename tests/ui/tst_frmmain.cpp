@@ -447,6 +447,37 @@ private Q_SLOTS:
         ApplyLanguageLocale(Language()); // the next tests run in the default language
     }
 
+    // Every button of the four bars can be reached from the keyboard: a shortcut of its own,
+    // named in its tool tip, and a name a screen reader can say.
+    void barButtonsHaveShortcutsAndNames()
+    {
+        Fixture f;
+        f.window.localize();
+        QSet<QString> keys;
+        for (int bar = 0; bar < 4; ++bar) {
+            for (int key = 0; key < 5; ++key) {
+                QAction *a = f.window.toolbarButton(bar, key);
+                if (!a || !a->isVisible())
+                    continue;
+                const QString shortcut = a->shortcut().toString(QKeySequence::NativeText);
+                QVERIFY2(!shortcut.isEmpty(), qPrintable(a->objectName()));
+                QVERIFY(!keys.contains(shortcut));
+                keys.insert(shortcut);
+                QVERIFY2(a->toolTip().endsWith(u" (" + shortcut + u')'), qPrintable(a->toolTip()));
+                QWidget *button =
+                    f.window.findChild<QToolBar *>(u"tbar%1"_s.arg(bar))->widgetForAction(a);
+                QVERIFY(button && !button->accessibleName().isEmpty());
+                QVERIFY(!button->accessibleName().contains(shortcut));
+            }
+        }
+        f.window.localize(); // again: the shortcut is named once
+        QVERIFY(!f.window.toolbarButton(3, 4)->toolTip().contains(u") ("_s));
+        f.window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&f.window));
+        QTest::keyClick(&f.window, Qt::Key_Left, Qt::ControlModifier);
+        QVERIFY(!f.engine.sync.Dest);
+    }
+
     void statusAnimationSwingsBetweenOneAndNine()
     {
         Fixture f;
