@@ -102,7 +102,9 @@ void dlgDirs::buildLayout()
 
     auto *masks = named(new QGroupBox(QStringLiteral("Name masks"), this),
                         QStringLiteral("fraSearch"), 20020);
-    auto *maskLayout = new QFormLayout(masks);
+    auto *maskBox = new QVBoxLayout(masks);
+    auto *maskLayout = new QFormLayout;
+    maskBox->addLayout(maskLayout);
     const std::array<QString, 4> maskCaptions{
         QStringLiteral("Include subdirectories:"), QStringLiteral("Exclude subdirectories:"),
         QStringLiteral("Include files:"), QStringLiteral("Exclude files:")};
@@ -116,6 +118,8 @@ void dlgDirs::buildLayout()
             named(new QLineEdit(masks), QStringLiteral("txtSearch%1").arg(i), 20025 + i);
         if (i % 2 == 1)
             m_txtSearch[n]->setPlaceholderText(QStringLiteral("*.tmp;*.bak"));
+        // Long captions (German) must not squeeze the boxes down to a few characters.
+        m_txtSearch[n]->setMinimumWidth(fontMetrics().horizontalAdvance(QString(22, u'x')));
         maskLayout->addRow(label, m_txtSearch[n]);
         QString DirPair::*field = fields[i];
         connect(m_txtSearch[n], &QLineEdit::textEdited, this,
@@ -128,7 +132,8 @@ void dlgDirs::buildLayout()
                        QStringLiteral("lblSearchHint"), 20029);
     hint->setWordWrap(true);
     hint->setEnabled(false);
-    maskLayout->addRow(hint);
+    maskBox->addWidget(hint);
+    maskBox->addStretch(1);
 
     auto *options = new QHBoxLayout;
     options->addWidget(include);

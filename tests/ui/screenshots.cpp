@@ -91,6 +91,17 @@ int main(int argc, char *argv[])
     });
     ConfirmSynchronize(engine, false);
 
+    // Qt's own file dialog, in the language's locale, in the folder of the compared trees.
+    engine.DataFolder = tree.root() + u'/';
+    QTimer::singleShot(500, [&] {
+        if (QWidget *dialog = QApplication::activeModalWidget()) {
+            dialog->grab().save(out + QStringLiteral("/save-profile") + suffix +
+                                QStringLiteral(".png"));
+            dialog->close();
+        }
+    });
+    window.chooseProfileFile(true);
+
     for (const char *name : {"mnuPop1", "mnuPop3"}) {
         auto *menu = window.findChild<QMenu *>(QString::fromLatin1(name));
         menu->popup(window.mapToGlobal(QPoint(200, 200)));
