@@ -1,8 +1,14 @@
 #include "cli/clisetup.h"
 
 #include <QFileInfo>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sys/stat.h>
 
 #include "core/engine.h"
+#include "core/platform/nativename.h"
 #include "settings/settingsfile.h"
 
 namespace duomir::cli {
@@ -16,6 +22,44 @@ void prepareEngine(Engine &engine, Interaction &ui)
     if (!QFileInfo::exists(file))
         file = Language::filePath(engine.ShareFolder, u"English"_qs);
     engine.language = Language::load(file, &ui); // a missing file loads nothing
+}
+
+} // namespace duomir::cli
+
+namespace duomir::cli {
+
+int checkRoots(const Engine &engine, const char *command, bool createDestination)
+{
+    int missing = 0;
+    for (int r = 1; r <= engine.pairs.count(); ++r) {
+        const DirPair &pair = engine.pairs[r];
+        const std::array<QString, 2> roots{pair.Source, pair.Destination};
+        for (int side = 0; side < 2; ++side) {
+            const QByteArray path = toNative(roots[size_t(side)]);
+            struct stat st;
+            // A relative root, or another trouble than absence, is the comparison's to report.
+            if (!path.startsWith('/') || ::stat(path.constData(), &st) == 0 || errno != ENOENT)
+                continue;
+            const char *what = side == 0 ? "source" : "destination";
+            if (side == 1 && createDestination) {
+                if (::mkdir(path.constData(), 0777) == 0) {
+                    std::fprintf(stderr, "duomir-cli %s: created the destination directory %s\n",
+                                 command, path.constData());
+                    continue;
+                }
+                std::fprintf(stderr,
+                             "duomir-cli %s: the destination directory %s does not exist and "
+                             "cannot be created: %s\n",
+                             command, path.constData(), std::strerror(errno));
+            } else {
+                std::fprintf(stderr, "duomir-cli %s: the %s directory %s does not exist%s\n",
+                             command, what, path.constData(),
+                             side == 1 ? " (give --create-destination to create it)" : "");
+            }
+            ++missing;
+        }
+    }
+    return missing;
 }
 
 } // namespace duomir::cli

@@ -12,3 +12,13 @@ namespace duomir::cli {
 void prepareEngine(Engine &engine, Interaction &ui);
 
 } // namespace duomir::cli
+
+namespace duomir::cli {
+
+// Every root of every pair must exist before a command works on it: a typo in a path must not
+// turn into one failure per file. Each missing root is named once on standard error ("does not
+// exist"); with `createDestination` a missing destination whose parent exists is made first (one
+// level, like mkdir). Returns the number of roots still missing.
+int checkRoots(const Engine &engine, const char *command, bool createDestination);
+
+} // namespace duomir::cli

@@ -69,14 +69,45 @@ QString parseView(const QStringList &rest, ViewOptions &view)
 
 } // namespace
 
+const char *const compareUsage =
+    R"(Usage: duomir-cli compare PROFILE | --source DIR --destination DIR [options]
+
+Compares and lists every row: TSV (one header line, then one row a line) or JSON on standard
+output, messages and a summary on standard error.
+
+Options:
+  --filter all|modified|source|destination|identical   rows to list (default all)
+  --side all|both|one   rows on both sides or on one side only (default all)
+  --empty-dirs          keep identical directories with nothing listed beneath them
+  --format tsv|json     TSV (raw name bytes; \ tab CR LF escaped) or JSON (default tsv)
+  (pair options and --time-lag as in duomir-cli --help)
+
+The state column:
+  -1  newer in the source (or only there, or the same time with another size)
+   0  identical (within the time lag)
+   1  newer in the destination (or only there)
+
+Exit status:
+  0  compared
+  2  usage error, unreadable profile or nested pair
+  3  a root directory could not be listed
+)";
+
 int runCompare(const QStringList &args)
 {
+    if (args.contains(u"--help"_qs) || args.contains(u"-h"_qs)) {
+        std::fputs(compareUsage, stdout);
+        return ExitOk;
+    }
     PairOptions pairOptions;
     QString error =
         parsePairOptions(args, {u"--filter"_qs, u"--side"_qs, u"--format"_qs}, pairOptions);
     ViewOptions view;
-    if (error.isEmpty())
-        error = parseView(pairOptions.rest, view);
+    // An option nobody knows explains the rest of the line: in "--dest backup" the second word
+    // is no profile but the typo's value.
+    if (const QString optionError = parseView(pairOptions.rest, view);
+        !optionError.isEmpty() && (error.isEmpty() || optionError.startsWith(u"unknown option")))
+        error = optionError;
     if (!error.isEmpty())
         return usageError(error);
 
@@ -98,6 +129,8 @@ int runCompare(const QStringList &args)
     }
     if (const int refused = refuseNestedPairs(engine, pairOptions, "compare"); refused != 0)
         return refused;
+    if (checkRoots(engine, "compare", false) > 0)
+        return ExitNoRoot;
     if (!Compare(engine, &unlisted) && unlisted == 0)
         return ExitUsage; // an empty pair list; Compare has said so (802)
 

@@ -38,7 +38,8 @@ Sync options (see duomir-cli sync --help):
   --direction both|to-destination|to-source   (default: the profile's, or both)
   --delete      with one direction: delete on the sending side what the receiving side lacks
   --log         write the day's log even when logging is off
-  --dry-run     print what would change; change nothing
+  -n, --dry-run print what would change; change nothing
+  --create-destination, --mkdir  create a missing destination directory (one level)
   --mirror      with one direction: delete on the receiving side what the sending side lacks
   --no-delete   neither delete nor mirror, whatever the profile says
   --max-delete PERCENT  hold back a deletion of more than PERCENT of a pair's files (default 50)

@@ -38,6 +38,8 @@ Options:
                 folders that the sending side lacks, then copy, so that the receiving side ends
                 as a copy of the sending side (a profile's Mirror does the same)
   --no-delete   neither delete nor mirror, whatever the profile says
+  --create-destination, --mkdir  create a missing destination directory whose parent exists
+                (without it a missing root ends the run before anything is compared)
   --max-delete PERCENT  hold a pair's deletion back when it would remove more than PERCENT of
                 its files, or when the receiving side is empty (default: the setting
                 MaxDeletePercent, 50; 100 turns the guard off)
@@ -48,7 +50,7 @@ Options:
   --log         write the day's log even when logging is off in the settings
   --log-actions besides failures, log one line per file copied, replaced or deleted and per
                 folder created (as the setting "Log every change into file")
-  --dry-run     print what would be deleted, created and copied; change nothing
+  -n, --dry-run print what would be deleted, created and copied; change nothing
   --allow-nested  run a pair whose one root lies inside the other (refused otherwise)
   (pair options and --time-lag as for compare)
 
@@ -62,6 +64,7 @@ struct SyncArgs
     QString direction; // empty: the profile's, or both
     bool del = false;
     bool mirror = false;
+    bool createDestination = false;
     bool noDelete = false;
     int maxDelete = -1;  // -1: the setting
     int versioning = -1; // -1: the setting
@@ -91,6 +94,8 @@ QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
                        out.direction + u"'";
         } else if (a == u"--delete") {
             out.del = true;
+        } else if (a == u"--create-destination" || a == u"--mkdir") {
+            out.createDestination = true;
         } else if (a == u"--mirror") {
             out.mirror = true;
         } else if (a == u"--no-delete") {
@@ -118,7 +123,7 @@ QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
             out.log = true;
         } else if (a == u"--log-actions") {
             out.log = out.logActions = true;
-        } else if (a == u"--dry-run") {
+        } else if (a == u"--dry-run" || a == u"-n") {
             out.dryRun = true;
         } else if (a == u"--help" || a == u"-h") {
             out.help = true;
@@ -202,8 +207,11 @@ int runSync(const QStringList &args)
         std::fputs(syncUsage, stdout);
         return ExitOk;
     }
-    if (error.isEmpty())
-        error = parseSyncArgs(pairOptions.rest, sync);
+    // An option nobody knows explains the rest of the line: in "--dest backup" the second word
+    // is no profile but the typo's value.
+    if (const QString optionError = parseSyncArgs(pairOptions.rest, sync);
+        !optionError.isEmpty() && (error.isEmpty() || optionError.startsWith(u"unknown option")))
+        error = optionError;
     if (error.isEmpty() && sync.del && sync.direction == u"both")
         error = u"--delete needs exactly one direction (to-destination or to-source)"_qs;
     if (error.isEmpty() && sync.del && sync.noDelete)
@@ -288,6 +296,9 @@ int runSync(const QStringList &args)
         QDir().mkpath(engine.DataFolder);
     }
 
+    // A dry run creates nothing, not even the destination it was asked to create.
+    if (checkRoots(engine, "sync", sync.createDestination && !sync.dryRun) > 0)
+        return ExitNoRoot;
     int unlisted = 0;
     const bool compared = Compare(engine, &unlisted);
     if (!compared && unlisted == 0)

@@ -244,10 +244,19 @@ private Q_SLOTS:
             << QStringList{u"@none.dyp"_qs} << 2 << QByteArray("profile");
         QTest::newRow("missing source")
             << QStringList{u"--source"_qs, u"@nope"_qs, u"--destination"_qs, u"@d"_qs} << 3
-            << QByteArray("copies towards a missing source are tried and fail");
+            << QByteArray("nope does not exist\n");
         QTest::newRow("missing destination")
             << QStringList{u"--source"_qs, u"@s"_qs, u"--destination"_qs, u"@nope"_qs} << 3
-            << QByteArray("the whole run is dropped");
+            << QByteArray("nope does not exist (give --create-destination");
+        QTest::newRow("a typo in an option") << QStringList{u"--dest"_qs, u"backup"_qs} << 2
+                                             << QByteArray("unknown option '--dest'");
+        QTest::newRow("missing destination, dry run") << QStringList{u"--source"_qs,
+                                                                     u"@s"_qs,
+                                                                     u"--destination"_qs,
+                                                                     u"@nope"_qs,
+                                                                     u"--create-destination"_qs,
+                                                                     u"-n"_qs}
+                                                      << 3 << QByteArray("does not exist");
         // An unplugged stick leaves an empty mount point: deleting from the source everything
         // it "lacks" is held back; the run says so with a status of its own.
         QTest::newRow("delete towards an empty destination")
@@ -306,6 +315,31 @@ private Q_SLOTS:
             QVERIFY2(r.out.contains(QByteArray("copy " + tree.nativePath("s/f"))) &&
                          r.out.contains(QByteArray("create " + tree.nativePath("d/sub"))),
                      r.out.constData());
+    }
+
+    // A first backup into a folder that does not exist yet: --create-destination makes it (one
+    // level, like mkdir), and says so; a missing parent is not made.
+    void createDestination_data()
+    {
+        QTest::addColumn<QString>("destination");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QByteArray>("says");
+        QTest::newRow("parent exists") << u"new"_qs << 0 << QByteArray("created the destination");
+        QTest::newRow("parent missing") << u"no/new"_qs << 3 << QByteArray("cannot be created");
+    }
+    void createDestination()
+    {
+        QFETCH(QString, destination);
+        QFETCH(int, code);
+        QFETCH(QByteArray, says);
+        TempTree tree;
+        tree.file(u"s/f"_qs, "x", T0);
+        const CliRun r = run(tree, {u"sync"_qs, u"--source"_qs, tree.path(u"s"_qs),
+                                    u"--destination"_qs, tree.path(destination), u"--mkdir"_qs});
+        QCOMPARE(r.code, code);
+        QVERIFY2(r.err.contains(says), r.err.constData());
+        QCOMPARE(tree.read(destination + u"/f"_qs), code == 0 ? QByteArray("x") : QByteArray());
+        QCOMPARE(tree.exists(u"no"_qs), false);
     }
 
     // A replaced file is kept where --versioning (or else the setting, the Trash by default)
