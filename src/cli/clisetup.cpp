@@ -28,6 +28,24 @@ void prepareEngine(Engine &engine, Interaction &ui)
 
 namespace duomir::cli {
 
+void warnEmptyIncludes(const Engine &engine, const char *command)
+{
+    for (int r = 1; r <= engine.pairs.count(); ++r) {
+        const DirPair &pair = engine.pairs[r];
+        const bool noFiles = pair.IncludeFiles.trimmed().isEmpty();
+        const bool noDirs = pair.IncludeDirs.trimmed().isEmpty();
+        if (!noFiles && !noDirs)
+            continue;
+        const char *what = noFiles && noDirs ? "files (IF) nor subdirectories (IS)"
+                           : noFiles         ? "files (IF)"
+                                             : "subdirectories (IS)";
+        std::fprintf(stderr,
+                     "duomir-cli %s: warning: pair %d (%s) has an empty include mask for %s: it "
+                     "takes none of them; write \"*\" to take all\n",
+                     command, r, toNative(pair.Source).constData(), what);
+    }
+}
+
 int checkRoots(const Engine &engine, const char *command, bool createDestination)
 {
     int missing = 0;

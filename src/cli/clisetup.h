@@ -21,4 +21,8 @@ namespace duomir::cli {
 // level, like mkdir). Returns the number of roots still missing.
 int checkRoots(const Engine &engine, const char *command, bool createDestination);
 
+// A pair whose include masks are empty takes nothing (a hand-written profile without "IS=*" or
+// "IF=*"): it is said once per pair, and the comparison stays as it is.
+void warnEmptyIncludes(const Engine &engine, const char *command);
+
 } // namespace duomir::cli

@@ -129,6 +129,7 @@ int runCompare(const QStringList &args)
     }
     if (const int refused = refuseNestedPairs(engine, pairOptions, "compare"); refused != 0)
         return refused;
+    warnEmptyIncludes(engine, "compare");
     if (checkRoots(engine, "compare", false) > 0)
         return ExitNoRoot;
     if (!Compare(engine, &unlisted) && unlisted == 0)

@@ -296,6 +296,7 @@ int runSync(const QStringList &args)
         QDir().mkpath(engine.DataFolder);
     }
 
+    warnEmptyIncludes(engine, "sync");
     // A dry run creates nothing, not even the destination it was asked to create.
     if (checkRoots(engine, "sync", sync.createDestination && !sync.dryRun) > 0)
         return ExitNoRoot;

@@ -248,6 +248,9 @@ private Q_SLOTS:
         QTest::newRow("missing destination")
             << QStringList{u"--source"_qs, u"@s"_qs, u"--destination"_qs, u"@nope"_qs} << 3
             << QByteArray("nope does not exist (give --create-destination");
+        QTest::newRow("a profile that takes nothing")
+            << QStringList{u"@noinclude.dyp"_qs} << 0
+            << QByteArray("empty include mask for files (IF) nor subdirectories (IS)");
         QTest::newRow("a typo in an option") << QStringList{u"--dest"_qs, u"backup"_qs} << 2
                                              << QByteArray("unknown option '--dest'");
         QTest::newRow("missing destination, dry run") << QStringList{u"--source"_qs,
@@ -299,6 +302,9 @@ private Q_SLOTS:
         writeProfile(tree, u"none-chosen.dyp"_qs, {});
         tree.dir(u"empty"_qs);
         tree.symlink(u"link"_qs, QFile::encodeName(tree.path(u"s/sub"_qs)));
+        tree.file(u"noinclude.dyp"_qs,
+                  "[0]\nSO0=1\nSO1=1\n[1]\nS=" + QFile::encodeName(tree.path(u"s"_qs)) +
+                      "\nD=" + QFile::encodeName(tree.path(u"d"_qs)) + "\n");
         tree.file(u"relative.dyp"_qs, "[0]\nSO0=1\n[1]\nS=s\nD=" +
                                           QFile::encodeName(tree.path(u"d"_qs)) + "\nIS=*\nIF=*\n");
         for (QString &a : args)
