@@ -2,11 +2,91 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <mutex>
 
 #include "core/platform/fileops.h"
 #include "core/platform/nativename.h"
 
 namespace duomir::cli {
+
+// One change as one line on standard output: "copy FROM -> TO", "delete PATH", names as their
+// bytes with control bytes escaped. The dry run and --verbose print the same lines.
+inline void printChange(const char *what, const QString &path, const QString &to = {})
+{
+    QByteArray line(what);
+    line += ' ';
+    appendEscapedForLine(line, path);
+    if (!to.isEmpty()) {
+        line += " -> ";
+        appendEscapedForLine(line, to);
+    }
+    line += '\n';
+    std::fwrite(line.constData(), 1, size_t(line.size()), stdout);
+    std::fflush(stdout);
+}
+
+// The real operations, each change printed once it is made (--verbose): a run can be read
+// afterwards as its dry run would have been. Copies on worker threads print whole lines.
+class ItemizedFileOps : public FileOps
+{
+public:
+    explicit ItemizedFileOps(FileOps &real) : m_real(real) {}
+
+    void setKeeping(Keeping keeping) override
+    {
+        m_real.setKeeping(keeping);
+        FileOps::setKeeping(std::move(keeping));
+    }
+    OpResult checkDirectory(const TreePath &dir) override { return m_real.checkDirectory(dir); }
+    OpResult makeDirectory(const TreePath &dir, const TreePath &templ) override
+    {
+        return told("create", m_real.makeDirectory(dir, templ), dir.full());
+    }
+    OpResult clearReadOnly(const TreePath &file) override { return m_real.clearReadOnly(file); }
+    OpResult removeFile(const TreePath &file, const Seen &seen) override
+    {
+        return told("delete", m_real.removeFile(file, seen), file.full());
+    }
+    OpResult removeDirectory(const TreePath &dir) override
+    {
+        return told("remove", m_real.removeDirectory(dir), dir.full());
+    }
+    OpResult copyFile(const TreePath &from, const Seen &fromSeen, const TreePath &to,
+                      const std::optional<Seen> &toSeen, const CopyProgress &progress,
+                      const std::atomic<bool> &cancel) override
+    {
+        return told(toSeen ? "replace" : "copy",
+                    m_real.copyFile(from, fromSeen, to, toSeen, progress, cancel), from.full(),
+                    to.full());
+    }
+    OpResult removeLeftover(const TreePath &file) override
+    {
+        return told("remove-leftover", m_real.removeLeftover(file), file.full());
+    }
+    OpResult listFolders(const TreePath &dir, QStringList &names) override
+    {
+        return m_real.listFolders(dir, names);
+    }
+    OpResult removeTree(const TreePath &dir) override
+    {
+        return told("remove-old-versions", m_real.removeTree(dir), dir.full());
+    }
+    void walkEnded() override { m_real.walkEnded(); }
+    std::int64_t parallelCopyLimit() const override { return m_real.parallelCopyLimit(); }
+
+private:
+    OpResult told(const char *what, OpResult result, const QString &path, const QString &to = {})
+    {
+        if (result.ok()) {
+            const std::lock_guard lock(m_print);
+            printChange(what, path, to);
+        }
+        return result;
+    }
+
+    FileOps &m_real;
+    std::mutex m_print;
+};
 
 // Prints each change instead of making it, and answers success; only the look-ups reach the disk.
 // What the real run would refuse is refused here too, and not printed. Names are printed as
@@ -67,16 +147,7 @@ private:
     {
         if (!placeKnown(place))
             return OpResult::failure(OpError::PlaceUnknown);
-        QByteArray line(what);
-        line += ' ';
-        appendEscapedForLine(line, path);
-        if (!to.isEmpty()) {
-            line += " -> ";
-            appendEscapedForLine(line, to);
-        }
-        line += '\n';
-        std::fwrite(line.constData(), 1, size_t(line.size()), stdout);
-        std::fflush(stdout);
+        printChange(what, path, to);
         return OpResult::success();
     }
 

@@ -51,6 +51,7 @@ Options:
   --log-actions besides failures, log one line per file copied, replaced or deleted and per
                 folder created (as the setting "Log every change into file")
   -n, --dry-run print what would be deleted, created and copied; change nothing
+  -v, --verbose print each change once it is made, in the dry run's lines
   --allow-nested  run a pair whose one root lies inside the other (refused otherwise)
   (pair options and --time-lag as for compare)
 
@@ -65,6 +66,7 @@ struct SyncArgs
     bool del = false;
     bool mirror = false;
     bool createDestination = false;
+    bool verbose = false;
     bool noDelete = false;
     int maxDelete = -1;  // -1: the setting
     int versioning = -1; // -1: the setting
@@ -123,6 +125,8 @@ QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
             out.log = true;
         } else if (a == u"--log-actions") {
             out.log = out.logActions = true;
+        } else if (a == u"--verbose" || a == u"-v") {
+            out.verbose = true;
         } else if (a == u"--dry-run" || a == u"-n") {
             out.dryRun = true;
         } else if (a == u"--help" || a == u"-h") {
@@ -317,6 +321,9 @@ int runSync(const QStringList &args)
                              "fail\n");
 
     DryRunFileOps dry(PosixFileOps::instance());
+    ItemizedFileOps itemized(PosixFileOps::instance());
+    if (sync.verbose && !sync.dryRun)
+        engine.fileOps = &itemized;
     if (sync.dryRun) {
         engine.fileOps = &dry;
         // What the run would come to, in the words of the window's confirmation.

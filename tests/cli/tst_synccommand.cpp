@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
+#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -321,6 +322,35 @@ private Q_SLOTS:
             QVERIFY2(r.out.contains(QByteArray("copy " + tree.nativePath("s/f"))) &&
                          r.out.contains(QByteArray("create " + tree.nativePath("d/sub"))),
                      r.out.constData());
+    }
+
+    // -v lists each change as it is made, in the dry run's lines: what the dry run promised is
+    // what the run then says it did.
+    void verboseListsWhatTheDryRunPromised()
+    {
+        TempTree tree;
+        tree.file(u"s/new"_qs, "n", T0);
+        tree.file(u"s/sub/newer"_qs, "newer", T0 + 100);
+        tree.file(u"d/sub/newer"_qs, "older", T0);
+        tree.file(u"d/gone"_qs, "g", T0);
+        const QStringList args{
+            u"--direction"_qs, u"to-destination"_qs, u"--mirror"_qs, u"--max-delete"_qs,
+            u"100"_qs,         u"--versioning"_qs,   u"none"_qs};
+        const CliRun dry = sync(tree, args + QStringList{u"-n"_qs});
+        const CliRun done = sync(tree, args + QStringList{u"-v"_qs});
+        QCOMPARE(done.code, 0);
+        const auto changes = [](const QByteArray &out) {
+            QList<QByteArray> lines;
+            for (const QByteArray &line : out.split('\n'))
+                if (line.startsWith("copy ") || line.startsWith("replace ") ||
+                    line.startsWith("delete "))
+                    lines << QByteArray(line).replace("replace ", "copy ");
+            std::sort(lines.begin(), lines.end());
+            return lines;
+        };
+        QCOMPARE(changes(done.out), changes(dry.out));
+        QCOMPARE(changes(done.out).size(), 3);
+        QVERIFY(done.out.contains(QByteArray("replace " + tree.nativePath("s/sub/newer"))));
     }
 
     // A first backup into a folder that does not exist yet: --create-destination makes it (one

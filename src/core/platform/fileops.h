@@ -118,7 +118,8 @@ public:
     virtual ~FileOps() = default;
 
     // Where the files that removeFile deletes and copyFile replaces go from now on.
-    void setKeeping(Keeping keeping) { m_keeping = std::move(keeping); }
+    // (A layer that forwards to another one forwards this too.)
+    virtual void setKeeping(Keeping keeping) { m_keeping = std::move(keeping); }
     const Keeping &keeping() const { return m_keeping; }
 
     // Whether `dir` is a directory reached without a link; the result says why not.
