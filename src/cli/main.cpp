@@ -40,6 +40,7 @@ Sync options (see duomir-cli sync --help):
   --log         write the day's log even when logging is off
   -n, --dry-run print what would change; change nothing
   -v, --verbose print each change once it is made
+  --progress, -q/--quiet  a live progress line on standard error (default: on a terminal)
   --create-destination, --mkdir  create a missing destination directory (one level)
   --mirror      with one direction: delete on the receiving side what the sending side lacks
   --no-delete   neither delete nor mirror, whatever the profile says

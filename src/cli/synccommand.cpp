@@ -3,12 +3,14 @@
 #include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <unistd.h>
 
 #include "cli/cliinteraction.h"
 #include "cli/clisetup.h"
 #include "cli/commands.h"
 #include "cli/dryrunfileops.h"
 #include "cli/pairoptions.h"
+#include "cli/progressline.h"
 #include "core/comparecommand.h"
 #include "core/engine.h"
 #include "core/platform/nativename.h"
@@ -52,6 +54,8 @@ Options:
                 folder created (as the setting "Log every change into file")
   -n, --dry-run print what would be deleted, created and copied; change nothing
   -v, --verbose print each change once it is made, in the dry run's lines
+  --progress    show a live line of files, bytes, rate and time left on standard error even when
+                it is no terminal; -q, --quiet never (default: on a terminal only)
   --allow-nested  run a pair whose one root lies inside the other (refused otherwise)
   (pair options and --time-lag as for compare)
 
@@ -67,6 +71,7 @@ struct SyncArgs
     bool mirror = false;
     bool createDestination = false;
     bool verbose = false;
+    int progress = -1; // -1: on a terminal only
     bool noDelete = false;
     int maxDelete = -1;  // -1: the setting
     int versioning = -1; // -1: the setting
@@ -125,6 +130,10 @@ QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
             out.log = true;
         } else if (a == u"--log-actions") {
             out.log = out.logActions = true;
+        } else if (a == u"--progress") {
+            out.progress = 1;
+        } else if (a == u"--quiet" || a == u"-q") {
+            out.progress = 0;
         } else if (a == u"--verbose" || a == u"-v") {
             out.verbose = true;
         } else if (a == u"--dry-run" || a == u"-n") {
@@ -331,6 +340,12 @@ int runSync(const QStringList &args)
         std::printf("%s\n", QByteArray(plan).replace("\r\n", "\n").constData());
     }
 
+    // A live line only where somebody watches it (or when asked), never between -v's lines.
+    ProgressLine line(stderr, engine.ByteTotal);
+    if (sync.progress == 1 || (sync.progress < 0 && ::isatty(STDERR_FILENO) && !sync.verbose)) {
+        engine.ProgressWhenUnattended = !sync.dryRun;
+        engine.progress.setSink(&line);
+    }
     bool ran = false;
     {
         InterruptGuard guard(engine.CancelFlag);

@@ -248,7 +248,7 @@ void CopyWalk::report(const CopyStep &step)
                   What::Copy, m_d, step.index);
     }
     ReportResult(m_engine, step.result, step.what, m_d, step.index);
-    if (step.what == What::Copy && !m_engine.DontAsk)
+    if (step.what == What::Copy && (!m_engine.DontAsk || m_engine.ProgressWhenUnattended))
         m_engine.progress.FileDone(step.size);
 }
 

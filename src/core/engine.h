@@ -72,6 +72,8 @@ public:
     // Start switches.
     bool DontAsk = false;
     bool Auto = false;
+    // A run that asks nothing may still show its progress (a terminal's status line).
+    bool ProgressWhenUnattended = false;
     // What an automatic run met before its end, for its exit status: roots that could not be
     // listed (806, 807) and a profile that could not be read (805).
     int UnlistedRootsSeen = 0;

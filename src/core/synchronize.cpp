@@ -94,7 +94,7 @@ bool Synchronize(Engine &engine, int startEntry)
         CopyEntries(engine, 0, startEntry, CopyMode::CountOnly | receivingDecides);
     if (o.Dest)
         CopyEntries(engine, 1, startEntry, CopyMode::CountOnly | receivingDecides);
-    if (!engine.DontAsk)
+    if (!engine.DontAsk || engine.ProgressWhenUnattended)
         engine.progress.Init(engine.ByteTotal);
     if (o.Src)
         CopyEntries(engine, 0, startEntry, receivingDecides);
@@ -114,7 +114,7 @@ void CopySelected(Engine &engine, int d, int startEntry)
     BeginKeeping(engine, startEntry);
     CopyEntries(engine, d, startEntry, CopyMode::CountOnly | CopyMode::IgnoreState);
     engine.ui().setInputEnabled(false);
-    if (!engine.DontAsk)
+    if (!engine.DontAsk || engine.ProgressWhenUnattended)
         engine.progress.Init(engine.ByteTotal);
     CopyEntries(engine, d, startEntry, CopyMode::IgnoreState);
     endRun(engine);

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTest>
 #include <algorithm>
 #include <csignal>
@@ -351,6 +352,48 @@ private Q_SLOTS:
         QCOMPARE(changes(done.out), changes(dry.out));
         QCOMPARE(changes(done.out).size(), 3);
         QVERIFY(done.out.contains(QByteArray("replace " + tree.nativePath("s/sub/newer"))));
+    }
+
+    // A live progress line on a terminal (here a pseudo-terminal through script(1)), none in a
+    // pipe unless asked for, none with --quiet; it is cleared before the summary.
+    void progressLine_data()
+    {
+        QTest::addColumn<bool>("terminal");
+        QTest::addColumn<QStringList>("extra");
+        QTest::addColumn<bool>("shown");
+        QTest::newRow("terminal") << true << QStringList() << true;
+        QTest::newRow("terminal, --quiet") << true << QStringList{u"--quiet"_qs} << false;
+        QTest::newRow("pipe") << false << QStringList() << false;
+        QTest::newRow("pipe, --progress") << false << QStringList{u"--progress"_qs} << true;
+    }
+    void progressLine()
+    {
+        QFETCH(bool, terminal);
+        QFETCH(QStringList, extra);
+        QFETCH(bool, shown);
+        TempTree tree;
+        tree.file(u"s/a"_qs, QByteArray(300000, 'a'), T0);
+        tree.file(u"s/b"_qs, "b", T0);
+        QStringList args{u"sync"_qs,          u"--source"_qs,     tree.path(u"s"_qs),
+                         u"--destination"_qs, tree.path(u"d"_qs), u"--mkdir"_qs};
+        args += extra;
+        QByteArray err;
+        if (terminal) {
+            if (QStandardPaths::findExecutable(u"script"_qs).isEmpty())
+                QSKIP("script(1) is not here");
+            QProcess p;
+            p.setProcessEnvironment(environmentIn(tree.path(u"home"_qs)));
+            const QString cli = qEnvironmentVariable("DUOMIR_BIN_DIR") + u"/duomir-cli";
+            p.start(u"script"_qs, {u"-qec"_qs, cli + u' ' + args.join(u' '), u"/dev/null"_qs});
+            QVERIFY(p.waitForFinished(60000));
+            err = p.readAllStandardOutput(); // the terminal carries both streams
+        } else {
+            err = run(tree, args).err;
+        }
+        QCOMPARE(tree.read(u"d/b"_qs), QByteArray("b"));
+        QCOMPARE(err.contains("\r\033[K"), shown);
+        if (shown)
+            QVERIFY2(err.contains(" files  ") && err.contains(" %"), err.constData());
     }
 
     // A first backup into a folder that does not exist yet: --create-destination makes it (one

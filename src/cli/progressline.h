@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <cstdint>
+#include <cstdio>
+
+#include "core/progressmodel.h"
+
+namespace duomir::cli {
+
+// The copy's progress as one live line on a terminal (standard error): files started, bytes of
+// the run's total, rate and time left, redrawn at most ten times a second and cleared at the
+// end, so that the summary prints on a clean line.
+class ProgressLine : public ProgressSink
+{
+public:
+    // `total`: the bytes the run will copy, read when the display is shown.
+    ProgressLine(std::FILE *out, const std::int64_t &total) : m_out(out), m_total(total) {}
+
+    void setVisible(bool visible) override;
+    void setPercentText(const QString &) override {}
+    void setBarWidth(int width) override;
+    void setFrom(const QString &) override {}
+    void setTo(const QString &) override {}
+    void setFileName(const QString &name) override;
+    int fullBarWidth() const override { return FullWidth; }
+
+    // One status text of the comparison ("Reading directories …") on the same line.
+    void status(const QString &text);
+
+    // The line as drawn for `bytes` of `total` after `elapsedMs`, `files` started (for tests).
+    static QByteArray format(int files, std::int64_t bytes, std::int64_t total,
+                             std::int64_t elapsedMs);
+
+private:
+    static constexpr int FullWidth = 10000;
+    void draw(bool force);
+
+    std::FILE *m_out;
+    const std::int64_t &m_total;
+    QElapsedTimer m_clock;
+    QElapsedTimer m_sinceDraw;
+    int m_width = 0;
+    int m_files = 0;
+    bool m_shown = false;
+};
+
+} // namespace duomir::cli
