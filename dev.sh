@@ -4,6 +4,7 @@
 #   ./dev.sh test    install what is missing, build, run every test through CTest
 #   ./dev.sh asan    the same tests under AddressSanitizer and UndefinedBehaviorSanitizer
 #   ./dev.sh tsan    the engine's tests under ThreadSanitizer
+#   ./dev.sh package build the .deb and check it (lintian, AppStream, desktop entry, install)
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -12,7 +13,7 @@ packages=(cmake ninja-build g++ qt6-base-dev qt6-base-dev-tools libgl-dev qt6-qp
 
 install_missing() {
     local missing=()
-    for p in "${packages[@]}"; do
+    for p in "${packages[@]}" "$@"; do
         dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
     done
     [ ${#missing[@]} -eq 0 ] && return
@@ -35,6 +36,8 @@ run)
     build release --target duomir duomir_share # the program, not the tests
     shift
     if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+        echo "No display here: duomir starts on a virtual display (Xvfb) that nobody sees." >&2
+        echo "Run it from a desktop session, or with ssh -X, to see the window; Ctrl-C ends it." >&2
         exec xvfb-run -a build/release/bin/duomir "$@"
     fi
     exec build/release/bin/duomir "$@"
@@ -55,8 +58,26 @@ tsan)
     # The engine's tests: copies, scans and sorts run on threads there.
     TSAN_OPTIONS="halt_on_error=1 die_after_fork=0 suppressions=$PWD/tests/tsan.supp" ctest --preset tsan -j "$(nproc)" -L "core|sync|cli"
     ;;
+package)
+    install_missing dpkg-dev lintian appstream desktop-file-utils help2man
+    build package
+    (cd build/package && cpack -G DEB >/dev/null)
+    deb=$(ls build/package/duomir_*.deb)
+    lintian --fail-on error --suppress-tags dir-or-file-in-opt "$deb"
+    appstreamcli validate --no-net share/metainfo/duomir.metainfo.xml
+    desktop-file-validate share/duomir.desktop
+    # Installed into and removed from a scratch root: the package's files and scripts work.
+    root=$(mktemp -d)
+    trap 'rm -rf "$root"' EXIT
+    mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates"
+    touch "$root/var/lib/dpkg/status"
+    dpkg --root="$root" --force-depends --force-not-root -i "$deb" >/dev/null
+    test -x "$root/usr/bin/duomir-cli" && test -f "$root/usr/share/man/man1/duomir-cli.1.gz"
+    dpkg --root="$root" --force-depends --force-not-root -r duomir >/dev/null
+    echo "Package $deb: built, lintian clean, installed and removed in a scratch root."
+    ;;
 *)
-    echo "usage: $0 run|test|asan|tsan" >&2
+    echo "usage: $0 run|test|asan|tsan|package" >&2
     exit 2
     ;;
 esac

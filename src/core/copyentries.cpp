@@ -136,8 +136,10 @@ void CopyWalk::tree(int start)
             if (unseenBelow.isEmpty() && !x.Name[m_r].isEmpty() &&
                 (x.Attributes[m_r] & Attr::Unlisted))
                 unseenBelow = x.Path[m_r] + u'/';
+            // Nothing is made inside a receiving folder that could not be listed either.
+            const bool unseen = !unseenBelow.isEmpty() && x.Path[m_r].startsWith(unseenBelow);
             if (!(m_mode & CopyMode::ReceivingDecides) && x.State == sendingState() && x.Marked &&
-                !m_counting)
+                !m_counting && !unseen)
                 makeReceivingDirectory(i, x.Path[m_r], x.Path[m_d]);
             continue;
         }

@@ -809,6 +809,7 @@ private Q_SLOTS:
         QTest::newRow("synchronize a file with Delete") << 4 << false;
         QTest::newRow("copy a folder") << 3 << true;
         QTest::newRow("copy a file") << 4 << true;
+        QTest::newRow("copy the whole list") << 0 << true;
     }
     void rowsBelowAnUnseenFolder()
     {
@@ -817,6 +818,7 @@ private Q_SLOTS:
         Fixture f;
         f.tree.file(u"s/u/sub/f.txt"_qs, "source", T0);
         f.tree.file(u"d/u/sub/f.txt"_qs, "newer, never seen", T0 + 100);
+        f.tree.file(u"s/z.txt"_qs, "after the folder", T0);
         f.addPair(u"s"_qs, u"d"_qs);
         auto add = [&](const QString &dir, const QString &name, bool directory, bool both) {
             CompareEntry e;
@@ -829,15 +831,21 @@ private Q_SLOTS:
             f.engine.CompareResults.push_back(e);
             return &f.engine.CompareResults.back();
         };
-        add(QString(), QString(), true, true)->Path = {f.tree.path(u"s/"_qs),
-                                                       f.tree.path(u"d/"_qs)};
+        add(QString(), QString(), true, true)->Path = {f.tree.path(u"s"_qs), f.tree.path(u"d"_qs)};
         add(u"u"_qs, u"u"_qs, true, true)->Attributes[1] |= Attr::Unlisted;
         add(u"u/sub"_qs, u"sub"_qs, true, false);
         add(u"u/sub/"_qs, u"f.txt"_qs, false, false);
-        f.engine.compareCounters = {2, 2, 0};
+        CompareEntry *after = add(QString(), u"z.txt"_qs, false, false);
+        after->Path = {f.tree.path(u"s/"_qs), f.tree.path(u"d/"_qs)};
+        after->FullSize[0] = 16;
+        after->Modified[0] = FileTimeToDate(T0, f.engine.CompareUtcOffset);
+        f.engine.compareCounters = {3, 2, 0};
         f.mirrorOrCopyRow(row, copyOnly);
         QCOMPARE(f.tree.read(u"s/u/sub/f.txt"_qs), QByteArray("source"));
         QCOMPARE(f.tree.read(u"d/u/sub/f.txt"_qs), QByteArray("newer, never seen"));
+        // Past the unseen folder the walk copies again.
+        if (row == 0)
+            QVERIFY2(f.tree.read(u"d/z.txt"_qs) == "after the folder", qPrintable(f.log()));
     }
 
     // A source that cannot be listed is compared as empty, so every destination file looks
