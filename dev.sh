@@ -64,7 +64,7 @@ package)
     (cd build/package && cpack -G DEB >/dev/null)
     deb=$(ls build/package/duomir_*.deb)
     lintian --fail-on error --suppress-tags dir-or-file-in-opt "$deb"
-    appstreamcli validate --no-net share/metainfo/duomir.metainfo.xml
+    appstreamcli validate --no-net share/metainfo/invalid.duomir.Duomir.metainfo.xml
     desktop-file-validate share/duomir.desktop
     # Installed into and removed from a scratch root: the package's files and scripts work.
     root=$(mktemp -d)
