@@ -34,7 +34,8 @@ QByteArray trashPathValue(const QByteArray &path);
 
 // Makes the info file for a file of original path `originalPath` in `can` under a name no other
 // file of the trash holds (created with O_EXCL, so two runs never take the same one); `name` is
-// set to the name the file must take in files/. `skip` names that failed before are left out.
+// set to the name the file must take in files/. `attempt` counts the names tried so far: a
+// caller whose move found files/NAME taken calls again and gets the next one.
 OpResult reserveTrashName(const TrashCan &can, const QByteArray &originalPath,
                           const QDateTime &when, QByteArray &name, int &attempt);
 
