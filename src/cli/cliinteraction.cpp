@@ -10,6 +10,8 @@ Interaction::Answer CliInteraction::message(Icon icon, Buttons buttons, const QS
                                             const QString &title)
 {
     ++m_shown;
+    if (onYield)
+        std::fputs("\r\033[K", stderr); // a message starts on a line of its own
     const char *kind = icon == Icon::Critical      ? "error"
                        : icon == Icon::Exclamation ? "warning"
                        : icon == Icon::Question    ? "question"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "core/interaction.h"
 
 namespace duomir::cli {
@@ -19,6 +21,14 @@ public:
     bool personPresent() const override { return false; }
 
     int messagesShown() const { return m_shown; }
+
+    // While a command works, this is called often; a progress display hangs here.
+    void yieldEvents() override
+    {
+        if (onYield)
+            onYield();
+    }
+    std::function<void()> onYield;
 
 private:
     int m_shown = 0;

@@ -68,10 +68,23 @@ void ProgressLine::setFileName(const QString &)
     draw(false);
 }
 
-void ProgressLine::status(const QString &text)
+void ProgressLine::listing(std::int64_t source, std::int64_t destination)
 {
-    std::fprintf(m_out, "\r\033[K%s", text.toUtf8().constData());
+    if (m_sinceDraw.isValid() && m_sinceDraw.elapsed() < 100)
+        return;
+    m_sinceDraw.start();
+    std::fprintf(m_out, "\r\033[Klisted %lld entries in the source, %lld in the destination",
+                 static_cast<long long>(source), static_cast<long long>(destination));
     std::fflush(m_out);
+    m_listing = true;
+}
+
+void ProgressLine::endListing()
+{
+    if (m_listing)
+        std::fputs("\r\033[K", m_out);
+    std::fflush(m_out);
+    m_listing = false;
 }
 
 void ProgressLine::draw(bool force)

@@ -25,8 +25,9 @@ public:
     void setFileName(const QString &name) override;
     int fullBarWidth() const override { return FullWidth; }
 
-    // One status text of the comparison ("Reading directories …") on the same line.
-    void status(const QString &text);
+    // The comparison's count of entries listed per side, on the same line (throttled).
+    void listing(std::int64_t source, std::int64_t destination);
+    void endListing();
 
     // The line as drawn for `bytes` of `total` after `elapsedMs`, `files` started (for tests).
     static QByteArray format(int files, std::int64_t bytes, std::int64_t total,
@@ -43,6 +44,7 @@ private:
     int m_width = 0;
     int m_files = 0;
     bool m_shown = false;
+    bool m_listing = false;
 };
 
 } // namespace duomir::cli

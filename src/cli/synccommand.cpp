@@ -313,8 +313,16 @@ int runSync(const QStringList &args)
     // A dry run creates nothing, not even the destination it was asked to create.
     if (checkRoots(engine, "sync", sync.createDestination && !sync.dryRun) > 0)
         return ExitNoRoot;
+    // A live line only where somebody watches it (or when asked), never between -v's lines.
+    ProgressLine line(stderr, engine.ByteTotal);
+    const bool showProgress =
+        sync.progress == 1 || (sync.progress < 0 && ::isatty(STDERR_FILENO) && !sync.verbose);
+    if (showProgress)
+        ui.onYield = [&] { line.listing(engine.Listed[0], engine.Listed[1]); };
     int unlisted = 0;
     const bool compared = Compare(engine, &unlisted);
+    ui.onYield = nullptr;
+    line.endListing();
     if (!compared && unlisted == 0)
         return ExitUsage; // an empty pair list; Compare has said so
     if (!compared) {
@@ -340,9 +348,7 @@ int runSync(const QStringList &args)
         std::printf("%s\n", QByteArray(plan).replace("\r\n", "\n").constData());
     }
 
-    // A live line only where somebody watches it (or when asked), never between -v's lines.
-    ProgressLine line(stderr, engine.ByteTotal);
-    if (sync.progress == 1 || (sync.progress < 0 && ::isatty(STDERR_FILENO) && !sync.verbose)) {
+    if (showProgress) {
         engine.ProgressWhenUnattended = !sync.dryRun;
         engine.progress.setSink(&line);
     }

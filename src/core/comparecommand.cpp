@@ -76,9 +76,12 @@ bool Compare(Engine &engine, int *unlistedRoots)
         engine.CompareUtcOffset = utcOffset;
         FileArray destination;
         std::array<ScanExtras, 2> extras;
-        for (int side = 0; side < 2; ++side)
+        for (int side = 0; side < 2; ++side) {
             extras[size_t(side)].skipFolder =
                 versionsFolderBelow(engine, engine.CompareRoots[size_t(side)]);
+            engine.Listed[size_t(side)] = 0;
+            extras[size_t(side)].listed = &engine.Listed[size_t(side)];
+        }
         auto scanDestination = [&, root = engine.CompareRoots[1]] {
             return ScanDirectory(root, directoryMasks, fileMasks, pair, destination, nullptr,
                                  utcOffset, &extras[1]);

@@ -74,6 +74,9 @@ public:
     bool Auto = false;
     // A run that asks nothing may still show its progress (a terminal's status line).
     bool ProgressWhenUnattended = false;
+    // Entries the running comparison has listed so far per side, read by a progress display
+    // while the destination is listed on another thread.
+    std::array<std::atomic<std::int64_t>, 2> Listed{};
     // What an automatic run met before its end, for its exit status: roots that could not be
     // listed (806, 807) and a profile that could not be read (805).
     int UnlistedRootsSeen = 0;

@@ -161,6 +161,8 @@ bool Scanner::scan(const QString &directory, int fd)
     for (const QByteArray &name : m_temporaries)
         m_extras->leftovers.push_back(directory + fromNative(name));
 
+    if (m_extras && m_extras->listed)
+        m_extras->listed->fetch_add(std::int64_t(items.size()), std::memory_order_relaxed);
     for (ListedItem &item : items) {
         if (item.attributes & Attr::Directory) {
             if (isKeptFolder(directory, item.name))

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <atomic>
 #include <cstdint>
 #include <vector>
 
@@ -15,6 +16,8 @@ struct ScanExtras
 {
     // In: a folder below the root ("/"-separated) that is never listed, as the versions folder.
     QString skipFolder;
+    // In: counts the entries listed so far, for a progress display on another thread.
+    std::atomic<std::int64_t> *listed = nullptr;
     std::vector<QString> leftovers; // temporary files of killed copies, full paths
     // The directory listed as the root (device and inode), 0 when none was: the file operations
     // later act only in this very directory, whatever its path names by then.

@@ -393,7 +393,9 @@ private Q_SLOTS:
         QCOMPARE(tree.read(u"d/b"_qs), QByteArray("b"));
         QCOMPARE(err.contains("\r\033[K"), shown);
         if (shown)
-            QVERIFY2(err.contains(" files  ") && err.contains(" %"), err.constData());
+            QVERIFY2(err.contains(" files  ") && err.contains(" %") &&
+                         err.contains("listed 2 entries in the source"),
+                     err.constData());
     }
 
     // A first backup into a folder that does not exist yet: --create-destination makes it (one
