@@ -1,0 +1,84 @@
+#!/usr/bin/env bash
+# Trees behind a network mount, on this machine's loopback: a local sshd mounted with sshfs, and
+# `rclone serve sftp` mounted with `rclone mount`. Times duomir-cli compare and a one-way sync
+# into the mounted destination, beside rsync over ssh and `rclone sync` doing the same job.
+#
+#   bench/remote.sh [FILES] [WORKDIR]     (defaults: 20000, /tmp/duomir-remote; needs root for
+#                                          the sshd on port 2222 and FUSE)
+set -euo pipefail
+files=${1:-20000}
+work=${2:-/tmp/duomir-remote}
+bench=$(cd "$(dirname "$0")" && pwd)
+. "$bench/common.sh"
+need sshd openssh-server
+need sshfs
+need rclone
+need hyperfine
+build_release duomir-cli
+cli=$bench/../build/release/bin/duomir-cli
+
+mkdir -p "$work"
+generated_tree "$work/tree" "$files"
+src=$work/tree/src
+key=$work/key
+[ -f "$key" ] || ssh-keygen -q -t ed25519 -N '' -f "$key"
+[ -f "$work/host" ] || ssh-keygen -q -t ed25519 -N '' -f "$work/host"
+cp "$key.pub" "$work/authorized_keys"
+cat >"$work/sshd_config" <<CONF
+Port 2222
+ListenAddress 127.0.0.1
+HostKey $work/host
+AuthorizedKeysFile $work/authorized_keys
+PermitRootLogin prohibit-password
+PasswordAuthentication no
+PidFile $work/sshd.pid
+Subsystem sftp internal-sftp
+StrictModes no
+CONF
+mkdir -p /run/sshd
+/usr/sbin/sshd -f "$work/sshd_config"
+ssh_opts="-p 2222 -i $key -o StrictHostKeyChecking=no -o UserKnownHostsFile=/dev/null -o LogLevel=ERROR"
+rclone serve sftp "$work/remote-rclone" --addr 127.0.0.1:2022 --user bench --pass bench \
+    >/dev/null 2>&1 &
+rclone_pid=$!
+cleanup() {
+    fusermount -u "$work/mnt-sshfs" 2>/dev/null || true
+    fusermount -u "$work/mnt-rclone" 2>/dev/null || true
+    kill "$rclone_pid" 2>/dev/null || true
+    kill "$(cat "$work/sshd.pid")" 2>/dev/null || true
+}
+trap cleanup EXIT
+mkdir -p "$work/remote-sshfs" "$work/remote-rclone" "$work/mnt-sshfs" "$work/mnt-rclone"
+sleep 1
+sshfs -p 2222 -o IdentityFile="$key",StrictHostKeyChecking=no,UserKnownHostsFile=/dev/null \
+    root@127.0.0.1:"$work/remote-sshfs" "$work/mnt-sshfs"
+export RCLONE_CONFIG_R_TYPE=sftp RCLONE_CONFIG_R_HOST=127.0.0.1 RCLONE_CONFIG_R_PORT=2022 \
+    RCLONE_CONFIG_R_USER=bench RCLONE_CONFIG_R_PASS=$(rclone obscure bench)
+rclone mount r: "$work/mnt-rclone" --daemon --vfs-cache-mode writes
+sleep 2
+export XDG_CONFIG_HOME=$work/config XDG_DATA_HOME=$work/data
+
+# Each job starts from an empty remote folder: a first backup, then a compare of the result.
+empty() { rm -rf "$work/remote-sshfs/dst" "$work/remote-rclone/dst"; }
+hyperfine --runs 3 --prepare "$(declare -f empty); work=$work; empty" \
+    -n "duomir-cli sync, sshfs" \
+    "$cli sync --source $src --destination $work/mnt-sshfs/dst --mkdir --direction to-destination -q" \
+    -n "duomir-cli sync, rclone mount" \
+    "$cli sync --source $src --destination $work/mnt-rclone/dst --mkdir --direction to-destination -q" \
+    -n "rsync -a over ssh" \
+    "rsync -a -e 'ssh $ssh_opts' $src/ root@127.0.0.1:$work/remote-sshfs/dst/" \
+    -n "rclone sync over sftp" \
+    "rclone sync $src r:dst"
+# The trees are in step now: a compare over each mount, beside their own dry runs.
+"$cli" sync --source "$src" --destination "$work/mnt-sshfs/dst" --mkdir --direction to-destination -q >/dev/null
+"$cli" sync --source "$src" --destination "$work/mnt-rclone/dst" --mkdir --direction to-destination -q >/dev/null
+hyperfine --runs 3 \
+    -n "duomir-cli compare, sshfs" "$cli compare --source $src --destination $work/mnt-sshfs/dst >/dev/null" \
+    -n "duomir-cli compare, rclone mount" "$cli compare --source $src --destination $work/mnt-rclone/dst >/dev/null" \
+    -n "rsync -an over ssh" "rsync -an -e 'ssh $ssh_opts' $src/ root@127.0.0.1:$work/remote-sshfs/dst/" \
+    -n "rclone check over sftp" "rclone check $src r:dst --one-way 2>/dev/null || true"
+# What a second comparison over each mount finds still different (times kept to the second?).
+for m in sshfs rclone; do
+    printf '%s: rows still differing after the first backup: ' "$m"
+    "$cli" compare --source "$src" --destination "$work/mnt-$m/dst" --filter modified | tail -n +2 | wc -l
+done
