@@ -351,6 +351,8 @@ private Q_SLOTS:
             << u"folder"_qs << u"replace"_qs << QByteArray("f") << true << QByteArray("f");
         QTest::newRow("folder: replace without hard links")
             << u"folder"_qs << u"replace"_qs << QByteArray("f") << false << QByteArray("f");
+        QTest::newRow("absolute folder: replace")
+            << u"absolute"_qs << u"replace"_qs << QByteArray("f") << true << QByteArray("f");
         QTest::newRow("folder: name taken there")
             << u"folder"_qs << u"delete"_qs << QByteArray("taken") << true << QByteArray("taken.2");
     }
@@ -366,8 +368,9 @@ private Q_SLOTS:
         tree.rawFile(file, "old", 1'500'000'000);
         tree.file(u"s/new"_qs, "brand new", 1'600'000'000);
         tree.dir(u"home"_qs);
-        const QByteArray kept = mode == u"trash"
-                                    ? QByteArray("home/Trash/files/" + keptAs)
+        const QByteArray kept = mode == u"trash" ? QByteArray("home/Trash/files/" + keptAs)
+                                : mode == u"absolute"
+                                    ? QByteArray("all/Versions/2026-11-24 140000/sub/" + keptAs)
                                     : QByteArray("r/Versions/2026-11-24 140000/sub/" + keptAs);
         if (name == "taken") {
             tree.rawFile(mode == u"trash" ? "home/Trash/files/taken" : kept.chopped(2), "other");
@@ -383,7 +386,7 @@ private Q_SLOTS:
         Keeping keeping;
         keeping.mode = mode == u"trash" ? Keeping::Mode::Trash : Keeping::Mode::Folder;
         keeping.homeTrash = tree.path(u"home/Trash"_qs);
-        keeping.folder = u"Versions"_qs;
+        keeping.folder = mode == u"absolute" ? tree.path(u"all/Versions"_qs) : u"Versions"_qs;
         keeping.runFolder = u"2026-11-24 140000"_qs;
         ops.setKeeping(keeping);
         int missingAt = 0;

@@ -491,6 +491,8 @@ private Q_SLOTS:
         QTest::addColumn<int>("deleted");
         QTest::addColumn<bool>("mirror"); // the receiving side loses what the sending one lacks
         QTest::newRow("empty receiving side") << -1 << 50 << QString() << 0 << false;
+        QTest::newRow("empty receiving side, no share limit")
+            << -1 << 100 << QString() << 0 << false;
         QTest::newRow("60 % refused") << 4 << 50 << QString() << 0 << false;
         QTest::newRow("40 % allowed") << 6 << 50 << QString() << 4 << false;
         QTest::newRow("60 %, guard off") << 4 << 100 << QString() << 6 << false;
