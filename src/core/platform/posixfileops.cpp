@@ -437,8 +437,9 @@ OpResult PosixFileOps::place(int dir, const char *temporary, const QByteArray &n
             // moment the name holds the old file or the new one. Should the rename fail after
             // that, the old file stays where it was and has a kept copy besides: nothing lost.
             OpResult kept = keep(dir, name, st, to, true);
-            if (!kept.ok() && (kept.error == EPERM || kept.error == EMLINK ||
-                               kept.error == EOPNOTSUPP || kept.error == ENOSYS)) {
+            if (!kept.ok() &&
+                (kept.error == EPERM || kept.error == EMLINK || kept.error == EOPNOTSUPP ||
+                 kept.error == ENOSYS || kept.error == EIO)) {
                 // No hard links here (FAT, exFAT): the old file is moved away first, and only
                 // for the moment between the two renames is the name free. Should the second
                 // rename fail, the old file is where it was kept, not lost.
@@ -464,11 +465,12 @@ OpResult PosixFileOps::place(int dir, const char *temporary, const QByteArray &n
     }
     if (errno == EEXIST)
         return OpResult::failure(OpError::NotSeen);
-    if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK)
+    // rclone mount answers EIO: no link was made there either.
+    if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK && errno != EIO)
         return lastError();
-    // Nor hard links (FAT, exFAT): look, then rename. Copies of this run do both under one lock,
-    // so two case twins copied at once cannot both find the name free; only another program
-    // making the name in the moment between could still lose it.
+    // Nor hard links (FAT, exFAT, rclone mount): look, then rename. Copies of this run do both
+    // under one lock, so two case twins copied at once cannot both find the name free; only another
+    // program making the name in the moment between could still lose it.
     static std::mutex lookThenRename;
     const std::lock_guard lock(lookThenRename);
     if (sysLookup(dir, target, &st) == 0)
