@@ -255,6 +255,8 @@ private Q_SLOTS:
         QTest::newRow("copy over a file edited within the second")
             << u"copy"_qs << u"edited within the second"_qs << changed;
         QTest::newRow("copy, no trap") << u"copy"_qs << QString() << 0;
+        QTest::newRow("copy to a new name where a link answers EIO (rclone mount)")
+            << u"copy"_qs << u"link EIO"_qs << 0;
     }
     void everyChangeStaysInsideAndAsSeen()
     {
@@ -278,6 +280,10 @@ private Q_SLOTS:
                          trap == u"target link" ? "../../outside/sub/a.txt" : "../outside/sub");
         } else if (trap == u"taken") {
             target.reset();
+        } else if (trap == u"link EIO") {
+            ops.linkErrno = EIO;
+            target.reset();
+            to = u"sub/new.txt"_qs;
         } else if (trap == u"case twin") {
             ops.caseBlind = true;
             target.reset();
@@ -320,7 +326,7 @@ private Q_SLOTS:
         if (expected != 0 || operation != u"copy")
             QCOMPARE(tree.snapshot(u"d"_qs), receivingBefore);
         else
-            QCOMPARE(tree.read(u"d/sub/a.txt"_qs), QByteArray("new"));
+            QCOMPARE(tree.read(u"d/"_qs + to), QByteArray("new"));
         QVERIFY(leftovers(tree, u"d/sub"_qs).isEmpty());
     }
 

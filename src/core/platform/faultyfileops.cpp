@@ -86,7 +86,7 @@ int FaultyFileOps::sysRename(int dir, const char *from, const char *to, unsigned
         onChange();
     if (renameErrno != 0 && hits(to))
         return fail(renameErrno);
-    if (caseBlind && flags != 0)
+    if ((caseBlind || linkErrno != 0) && flags != 0)
         return fail(EINVAL);
     return PosixFileOps::sysRename(dir, from, to, flags);
 }
@@ -95,6 +95,8 @@ int FaultyFileOps::sysLink(int dir, const char *from, const char *to)
 {
     if (onChange)
         onChange();
+    if (linkErrno != 0)
+        return fail(linkErrno);
     if (caseBlind)
         return fail(EPERM);
     return PosixFileOps::sysLink(dir, from, to);

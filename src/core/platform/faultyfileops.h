@@ -28,6 +28,8 @@ public:
     int rmdirErrno = 0;
     int chmodErrno = 0;
     int keepErrno = 0; // moving or linking a file to where it is kept
+    // A hard link answers this (rclone mount: EIO), and there is no exclusive rename either.
+    int linkErrno = 0;
     bool sourcesVanish = false;
     // Names that differ only in ASCII case are one name, as on FAT, exFAT and SMB; and the file
     // system has neither an exclusive rename nor hard links, as exFAT through FUSE.
