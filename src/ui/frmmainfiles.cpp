@@ -2,10 +2,12 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QApplication>
+#include <QLocale>
 #include <QMenu>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTableView>
+#include <QTimer>
 #include <QToolBar>
 
 #include "core/comparecommand.h"
@@ -37,7 +39,17 @@ bool frmMain::runCompare()
         // (a check mark, a popup command) would reach a different entry, and a pair edited now
         // would not be the one compared.
         setInputEnabled(false);
+        // A long scan is never silent: the side labels count what each side has listed so far.
+        QTimer listed;
+        connect(&listed, &QTimer::timeout, this, [this] {
+            for (int side = 0; side < 2; ++side)
+                setStatusLabel(side * 2,
+                               m_engine->FormatMsg(855, {QLocale().toString(qint64(
+                                                            m_engine->Listed[size_t(side)]))}));
+        });
+        listed.start(250);
         compared = Compare(*m_engine);
+        listed.stop();
         setInputEnabled(true);
         m_cmdCompare->setEnabled(true);
     }
