@@ -346,6 +346,9 @@ private Q_SLOTS:
             << u"trash"_qs << u"replace"_qs << QByteArray("f") << true << QByteArray("f");
         QTest::newRow("trash: name taken there")
             << u"trash"_qs << u"delete"_qs << QByteArray("taken") << true << QByteArray("taken.1");
+        QTest::newRow("trash: a file there without its info file")
+            << u"trash"_qs << u"delete"_qs << QByteArray("orphan") << true
+            << QByteArray("orphan.1");
         QTest::newRow("trash: odd bytes escaped")
             << u"trash"_qs << u"delete"_qs << QByteArray("a b%\xff\n") << true
             << QByteArray("a b%\xff\n");
@@ -378,6 +381,8 @@ private Q_SLOTS:
                                 : mode == u"absolute"
                                     ? QByteArray("all/Versions/2026-11-24 140000/sub/" + keptAs)
                                     : QByteArray("r/Versions/2026-11-24 140000/sub/" + keptAs);
+        if (name == "orphan")
+            tree.rawFile("home/Trash/files/orphan", "left behind");
         if (name == "taken") {
             tree.rawFile(mode == u"trash" ? "home/Trash/files/taken" : kept.chopped(2), "other");
             if (mode == u"trash")

@@ -18,6 +18,7 @@
 #include "core/deleteentries.h"
 #include "core/engine.h"
 #include "core/exitstatus.h"
+#include "core/platform/coarseclock.h"
 #include "core/platform/faultyfileops.h"
 #include "core/synchronize.h"
 
@@ -959,6 +960,12 @@ private Q_SLOTS:
         if (QProcess::execute(program, mount << stick) != 0)
             QSKIP("the stick cannot be mounted here");
         detach.mounted = true;
+        {
+            const int stickFd =
+                ::open(QFile::encodeName(stick).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+            QVERIFY(keepsCoarseTimes(stickFd));
+            ::close(stickFd);
+        }
 
         f.tree.file(u"s/odd"_qs, "odd second", T0 + 1);
         const struct timespec halfPast[2] = {{T0 + 1, 500'000'000}, {T0 + 1, 500'000'000}};
