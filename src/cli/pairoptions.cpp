@@ -138,12 +138,11 @@ int warnUnlistedFolders(const Engine &engine, const char *command)
     for (std::size_t r = 1; r < engine.CompareResults.size(); ++r) {
         const CompareEntry &x = engine.CompareResults[r];
         for (int side = 0; side < 2; ++side) {
-            if (x.Name[size_t(side)].isEmpty() || !x.isDirectory() ||
-                !(x.Attributes[size_t(side)] & Attr::Unlisted))
+            if (x.lacks(side) || !x.isDirectory() || !(x.Attributes[size_t(side)] & Attr::Unlisted))
                 continue;
             ++count;
             QByteArray path;
-            appendEscapedForLine(path, x.Path[size_t(side)]);
+            appendEscapedForLine(path, x.path(side));
             std::fprintf(stderr,
                          "duomir-cli %s: warning: a folder could not be listed, so nothing below "
                          "it is deleted or replaced: %s\n",

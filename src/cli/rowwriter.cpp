@@ -26,7 +26,7 @@ void appendTwo(QByteArray &out, int v)
 
 bool missingOn(const CompareEntry &e, int side)
 {
-    return e.Name[side].isEmpty() && !e.Name[1 - side].isEmpty();
+    return e.lacks(side) && !e.lacks(1 - side);
 }
 
 } // namespace
@@ -81,7 +81,7 @@ RowWriter::~RowWriter()
     finish();
 }
 
-void RowWriter::field(const QString &head, const QString &tail)
+void RowWriter::field(QStringView head, QStringView tail)
 {
     if (m_format == Format::Tsv) {
         const qsizetype start = m_buffer.size();
@@ -119,9 +119,9 @@ void RowWriter::field(const QString &head, const QString &tail)
     }
     // JSON: quoted and escaped; escape units become \udcXX rather than raw invalid bytes.
     m_buffer.append('"');
-    for (const QString *part : {&head, &tail}) {
-        const qsizetype n = part->size();
-        const QChar *p = part->constData();
+    for (const QStringView part : {head, tail}) {
+        const qsizetype n = part.size();
+        const QChar *p = part.data();
         for (qsizetype i = 0; i < n; ++i) {
             const char16_t c = p[i].unicode();
             if (c == u'"' || c == u'\\') {
@@ -139,7 +139,7 @@ void RowWriter::field(const QString &head, const QString &tail)
                 while (j < n && p[j].unicode() >= 0x80 &&
                        !(p[j].unicode() >= 0xDC80 && p[j].unicode() <= 0xDCFF))
                     ++j;
-                appendNative(m_buffer, QString::fromRawData(p + i, j - i));
+                appendNative(m_buffer, QStringView(p + i, j - i));
                 i = j - 1;
             }
         }
@@ -154,8 +154,7 @@ void RowWriter::path(const CompareEntry &e, int side)
             m_buffer.append("\"\"");
         return;
     }
-    static const QString none;
-    field(e.Path[side], e.isDirectory() ? none : e.Name[side]);
+    field(e.path(side), e.isDirectory() ? QStringView() : e.nameView(side));
 }
 
 void RowWriter::row(const CompareEntry &e)

@@ -27,7 +27,7 @@ public:
     void finish();
 
 private:
-    void field(const QString &head, const QString &tail);
+    void field(QStringView head, QStringView tail);
     void path(const CompareEntry &entry, int side);
     void flushIfFull();
 

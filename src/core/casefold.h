@@ -19,9 +19,9 @@ inline char16_t upperUnit(char16_t c)
 }
 
 // The code units of `text`.
-inline const char16_t *units(const QString &text)
+inline const char16_t *units(QStringView text)
 {
-    return reinterpret_cast<const char16_t *>(text.constData());
+    return text.utf16();
 }
 
 // `text` upper-cased unit by unit.

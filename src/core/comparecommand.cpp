@@ -34,14 +34,6 @@ void warn(Engine &engine, int key, const QStringList &params = {})
                         engine.FormatMsg(key, params));
 }
 
-// The scans are needed only until their rows exist; dropping them keeps the peak memory of a
-// large comparison to one pair's scans plus the rows.
-void resetScan(FileArray &entries)
-{
-    FileArray().swap(entries);
-    entries.emplace_back();
-}
-
 } // namespace
 
 bool Compare(Engine &engine, int *unlistedRoots)
@@ -67,14 +59,16 @@ bool Compare(Engine &engine, int *unlistedRoots)
         const MaskSet directoryMasks = MaskSet::fromTexts(pair.IncludeDirs, pair.ExcludeDirs);
         const MaskSet fileMasks = MaskSet::fromTexts(pair.IncludeFiles, pair.ExcludeFiles);
 
-        // Both sides are listed at once: the destination on a worker thread into an array of
-        // its own, the source here, where the scanner keeps yielding to the message loop. Only
-        // this thread talks to the person, so 806 and 807 keep their order.
-        resetScan(engine.SourceFiles);
-        resetScan(engine.DestinationFiles);
+        // Both sides are listed at once: the destination on a worker thread, the source here,
+        // where the scanner keeps yielding to the message loop. Only this thread talks to the
+        // person, so 806 and 807 keep their order. The scans are needed only until their rows
+        // exist, which keeps the peak memory of a large comparison to one pair's scans plus the
+        // rows; their texts live on with the rows.
         const int utcOffset = currentUtcOffset();
         engine.CompareUtcOffset = utcOffset;
-        FileArray destination;
+        std::array<FileArray, 2> scans;
+        const std::array<SharedTexts, 2> texts{std::make_shared<TextStore>(),
+                                               std::make_shared<TextStore>()};
         std::array<ScanExtras, 2> extras;
         for (int side = 0; side < 2; ++side) {
             extras[size_t(side)].skipFolder =
@@ -83,8 +77,8 @@ bool Compare(Engine &engine, int *unlistedRoots)
             extras[size_t(side)].listed = &engine.Listed[size_t(side)];
         }
         auto scanDestination = [&, root = engine.CompareRoots[1]] {
-            return ScanDirectory(root, directoryMasks, fileMasks, pair, destination, nullptr,
-                                 utcOffset, &extras[1]);
+            return ScanDirectory(root, directoryMasks, fileMasks, pair, scans[1], *texts[1],
+                                 nullptr, utcOffset, &extras[1]);
         };
         std::future<bool> destinationScan;
         try {
@@ -94,8 +88,8 @@ bool Compare(Engine &engine, int *unlistedRoots)
             destinationScan = std::async(std::launch::deferred, scanDestination);
         }
         const bool sourceFailed =
-            ScanDirectory(engine.CompareRoots[0], directoryMasks, fileMasks, pair,
-                          engine.SourceFiles, &ui, utcOffset, &extras[0]);
+            ScanDirectory(engine.CompareRoots[0], directoryMasks, fileMasks, pair, scans[0],
+                          *texts[0], &ui, utcOffset, &extras[0]);
         if (sourceFailed) {
             ++unlisted;
             ++engine.UnlistedRootsSeen;
@@ -104,14 +98,11 @@ bool Compare(Engine &engine, int *unlistedRoots)
         while (destinationScan.wait_for(YieldInterval) == std::future_status::timeout)
             ui.yieldEvents();
         const bool destinationFailed = destinationScan.get();
-        engine.DestinationFiles.swap(destination);
-        FileArray().swap(destination);
 
         if (destinationFailed) {
             ++unlisted;
             ++engine.UnlistedRootsSeen;
             warn(engine, 807, {engine.CompareRoots[1]});
-            resetScan(engine.SourceFiles);
             engine.resetCompareResults();
             ok = false;
             break;
@@ -122,11 +113,9 @@ bool Compare(Engine &engine, int *unlistedRoots)
         const SortKeys sourceKeys = MakeSortKeys(keyStart(pair.Source));
         const SortKeys destinationKeys = MakeSortKeys(keyStart(pair.Destination));
         ui.yieldEvents();
-        SortEntries(engine.SourceFiles, 0, static_cast<qsizetype>(engine.SourceFiles.size()) - 1,
-                    sourceKeys);
+        SortEntries(scans[0], 0, static_cast<qsizetype>(scans[0].size()) - 1, sourceKeys);
         ui.yieldEvents();
-        SortEntries(engine.DestinationFiles, 0,
-                    static_cast<qsizetype>(engine.DestinationFiles.size()) - 1, destinationKeys);
+        SortEntries(scans[1], 0, static_cast<qsizetype>(scans[1].size()) - 1, destinationKeys);
         ui.yieldEvents();
 
         const int firstRow = static_cast<int>(engine.CompareResults.size());
@@ -136,9 +125,10 @@ bool Compare(Engine &engine, int *unlistedRoots)
         const bool coarse = extras[0].coarseTimes || extras[1].coarseTimes;
         const Date lag =
             coarse ? std::max(engine.settings.TimeLag, TwoSeconds) : engine.settings.TimeLag;
-        MergeAndClassify({engine.SourceFiles, engine.DestinationFiles, sourceKeys, destinationKeys,
-                          engine.CompareRoots, engine.MarkAll, lag},
+        MergeAndClassify({scans[0], scans[1], sourceKeys, destinationKeys, engine.CompareRoots,
+                          engine.MarkAll, lag, engine.texts()},
                          engine.CompareResults);
+        engine.CompareTexts.insert(engine.CompareTexts.end(), texts.begin(), texts.end());
         if (sourceFailed)
             engine.UnlistedRows.push_back(
                 {firstRow, static_cast<int>(engine.CompareResults.size()) - 1});
@@ -148,8 +138,6 @@ bool Compare(Engine &engine, int *unlistedRoots)
             engine.RootIdentities[firstRow][size_t(side)] = {extras[size_t(side)].rootDevice,
                                                              extras[size_t(side)].rootInode};
         }
-        resetScan(engine.SourceFiles);
-        resetScan(engine.DestinationFiles);
     }
 
     // After 807 the list on screen is left as it was.

@@ -45,9 +45,9 @@ private:
             return false;
         if (x.State != sendingState() && !(m_mode & CopyMode::IgnoreState))
             return false;
-        if (x.Name[m_r].isEmpty() && (m_mode & CopyMode::ReceivingDecides))
+        if (x.lacks(m_r) && (m_mode & CopyMode::ReceivingDecides))
             return false;
-        return !x.Name[m_d].isEmpty();
+        return !x.lacks(m_d);
     }
     const CompareEntry &entry(int index) const { return m_engine.CompareResults[size_t(index)]; }
     void enterPair(int rootRow) { m_places.enter(m_engine, rootRow); }
@@ -81,15 +81,15 @@ void CopyWalk::singleFile(int index)
         return;
     enterPair(pairRootRow(m_engine.CompareResults, index));
     if (!m_counting) {
-        const OpResult there = m_ops.checkDirectory(place(m_r, e.Path[m_r]));
+        const OpResult there = m_ops.checkDirectory(place(m_r, e.path(m_r)));
         if (there.error == ENOENT) {
-            if (!makeReceivingDirectory(index, e.Path[m_r], e.Path[m_d]))
+            if (!makeReceivingDirectory(index, e.path(m_r), e.path(m_d)))
                 return;
         } else if (!there.ok()) {
             m_pipeline.add(What::MakeDirectory, index, there);
             return;
         }
-        m_receiving.passed(withoutTrailingSeparator(e.Path[m_r]));
+        m_receiving.passed(withoutTrailingSeparator(e.path(m_r)));
     }
     countOrCopy(index);
 }
@@ -99,10 +99,10 @@ void CopyWalk::tree(int start)
     const int first = std::max(start, 1);
     if (start > 0 && m_engine.isBelowUnlisted(first, m_r))
         return;
-    const qsizetype depth = separatorCount(entry(first).Path[m_d]);
+    const qsizetype depth = separatorCount(entry(first).path(m_d));
     // The depth alone would not stop at the next pair's root when that lies deeper.
-    const QString inside = start > 0 ? insidePrefix(entry(first).Path[m_d]) : QString();
-    const QString folder = withoutTrailingSeparator(entry(first).Path[m_d]);
+    const QString inside = start > 0 ? insidePrefix(entry(first).path(m_d)) : QString();
+    const QString folder = withoutTrailingSeparator(entry(first).path(m_d));
     const int last = int(m_engine.CompareResults.size()) - 1;
     enterPair(pairRootRow(m_engine.CompareResults, first));
     if (start == 0 && !m_counting)
@@ -116,7 +116,7 @@ void CopyWalk::tree(int start)
             return;
         const CompareEntry &x = entry(i);
         if (i > start) {
-            const InFolder where = inFolder(x.Path[m_d], folder, inside);
+            const InFolder where = inFolder(x.path(m_d), folder, inside);
             if (where == InFolder::Past)
                 return;
             if (where == InFolder::Twin)
@@ -126,21 +126,20 @@ void CopyWalk::tree(int start)
             enterPair(i);
             m_receiving.reset();
         }
-        if (receivingUnseen(i) || m_receiving.isBlocked(x.Path[m_r]))
+        if (receivingUnseen(i) || m_receiving.isBlocked(x.path(m_r)))
             continue;
-        if (!unseenBelow.isEmpty() && !x.Path[m_r].startsWith(unseenBelow))
+        if (!unseenBelow.isEmpty() && !x.path(m_r).startsWith(unseenBelow))
             unseenBelow.clear();
         if (x.Attributes[m_d] & Attr::Directory) {
-            if (start > 0 && i > start && separatorCount(x.Path[m_d]) <= depth)
+            if (start > 0 && i > start && separatorCount(x.path(m_d)) <= depth)
                 return;
-            if (unseenBelow.isEmpty() && !x.Name[m_r].isEmpty() &&
-                (x.Attributes[m_r] & Attr::Unlisted))
-                unseenBelow = x.Path[m_r] + u'/';
+            if (unseenBelow.isEmpty() && !x.lacks(m_r) && (x.Attributes[m_r] & Attr::Unlisted))
+                unseenBelow = x.path(m_r) + u'/';
             // Nothing is made inside a receiving folder that could not be listed either.
-            const bool unseen = !unseenBelow.isEmpty() && x.Path[m_r].startsWith(unseenBelow);
+            const bool unseen = !unseenBelow.isEmpty() && x.path(m_r).startsWith(unseenBelow);
             if (!(m_mode & CopyMode::ReceivingDecides) && x.State == sendingState() && x.Marked &&
                 !m_counting && !unseen)
-                makeReceivingDirectory(i, x.Path[m_r], x.Path[m_d]);
+                makeReceivingDirectory(i, x.path(m_r), x.path(m_d));
             continue;
         }
         if (!unseenBelow.isEmpty() || !qualifies(x, false))
@@ -177,7 +176,7 @@ bool CopyWalk::makeReceivingDirectory(int index, const QString &receiving, const
 
 bool CopyWalk::receivingFolderUsable(int index)
 {
-    const QString folder = withoutTrailingSeparator(entry(index).Path[m_r]);
+    const QString folder = withoutTrailingSeparator(entry(index).path(m_r));
     const OpResult there = m_receiving.check(m_ops, folder, place(m_r, folder));
     if (!there.ok())
         m_pipeline.add(What::MakeDirectory, index, there);
@@ -193,13 +192,13 @@ void CopyWalk::countOrCopy(int index)
     const CompareEntry &e = entry(index);
     // A file present on both sides is replaced under its own receiving name (a.txt paired with
     // A.TXT replaces A.TXT, as a case-blind file system would); a new file takes the sending name.
-    const bool replaces = !e.Name[m_r].isEmpty();
-    const QString &receivingName = replaces ? e.Name[m_r] : e.Name[m_d];
+    const bool replaces = !e.lacks(m_r);
+    const QString &receivingName = replaces ? e.name(m_r) : e.name(m_d);
     CopyStep step;
     step.what = What::Copy;
     step.index = index;
-    step.from = place(m_d, e.Path[m_d] + e.Name[m_d]);
-    step.to = place(m_r, e.Path[m_r] + receivingName);
+    step.from = place(m_d, e.path(m_d) + e.name(m_d));
+    step.to = place(m_r, e.path(m_r) + receivingName);
     step.fromSeen = m_engine.seen(e, m_d);
     if (replaces)
         step.toSeen = m_engine.seen(e, m_r);
@@ -219,7 +218,7 @@ CopyPipeline::Hooks CopyWalk::hooks()
                 if (!progress.isVisible())
                     return;
                 const CompareEntry &e = entry(step.index);
-                progress.ShowFile(e.Path[m_d], e.Path[m_r], e.Name[m_d]);
+                progress.ShowFile(e.path(m_d), e.path(m_r), e.name(m_d));
                 ui.yieldEvents();
             },
         .progress =

@@ -47,15 +47,15 @@ private:
 void DeleteWalk::deleteFile(int index)
 {
     const CompareEntry &x = m_engine.CompareResults[size_t(index)];
-    if (m_held || m_folders.isBlocked(x.Path[m_side]))
+    if (m_held || m_folders.isBlocked(x.path(m_side)))
         return;
-    const QString folder = withoutTrailingSeparator(x.Path[m_side]);
+    const QString folder = withoutTrailingSeparator(x.path(m_side));
     if (const OpResult there = m_folders.check(*m_engine.fileOps, folder, place(folder));
         !there.ok()) {
         ReportResult(m_engine, there, What::RemoveDirectory, m_side, index);
         return;
     }
-    const TreePath file = place(x.Path[m_side] + x.Name[m_side]);
+    const TreePath file = place(x.path(m_side) + x.name(m_side));
     if (x.Attributes[m_side] & Attr::ReadOnly)
         ReportResult(m_engine, m_engine.fileOps->clearReadOnly(file), What::ClearReadOnlyForDelete,
                      m_side, index);
@@ -90,18 +90,17 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     if (start > 0 && !e.isDirectory()) {
         // Synchronizing one file with Delete must not delete it when the other side has it: the
         // copy that follows would then have nothing to send, and the newer file would be gone.
-        const bool onOtherSide = !e.Name[side ^ 1].isEmpty();
-        if (!e.Name[side].isEmpty() &&
-            !((mode & DeleteMode::OnlyMissingOnOtherSide) && onOtherSide))
+        const bool onOtherSide = !e.lacks(side ^ 1);
+        if (!e.lacks(side) && !((mode & DeleteMode::OnlyMissingOnOtherSide) && onOtherSide))
             walk.deleteFile(first);
         return;
     }
 
-    const qsizetype depth = separatorCount(e.Path[side]);
+    const qsizetype depth = separatorCount(e.path(side));
     // Only an already empty directory goes; "not empty" stays silent. A whole-list run (start 0)
     // never removes the pair's root itself: an empty root is still the place the pair names.
     if (start > 0 && !walk.held())
-        ReportResult(engine, engine.fileOps->removeDirectory(walk.place(e.Path[side])),
+        ReportResult(engine, engine.fileOps->removeDirectory(walk.place(e.path(side))),
                      What::RemoveDirectory, side, first);
 
     const int last = int(rows.size()) - 1;
@@ -110,12 +109,12 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     // means "not seen": such files are kept.
     QString unseenBelow;
     // The depth alone would not stop at the next pair's root when that lies deeper.
-    const QString inside = start > 0 ? insidePrefix(e.Path[side]) : QString();
-    const QString folder = withoutTrailingSeparator(e.Path[side]);
+    const QString inside = start > 0 ? insidePrefix(e.path(side)) : QString();
+    const QString folder = withoutTrailingSeparator(e.path(side));
     std::vector<int> emptied; // folders the other side lacks, to go when empty
     for (int i = std::max(start + 1, 2); i <= last; ++i) {
         const CompareEntry &x = rows[size_t(i)];
-        const InFolder where = inFolder(x.Path[side], folder, inside);
+        const InFolder where = inFolder(x.path(side), folder, inside);
         if (where == InFolder::Past)
             break;
         if (where == InFolder::Twin)
@@ -123,24 +122,24 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
         if (isPairRootRow(x))
             walk.enterPair(i);
         if (x.Attributes[side] & Attr::Directory) {
-            if (start >= 1 && separatorCount(x.Path[side]) <= depth)
+            if (start >= 1 && separatorCount(x.path(side)) <= depth)
                 break;
-            if (!unseenBelow.isEmpty() && !x.Path[side].startsWith(unseenBelow))
+            if (!unseenBelow.isEmpty() && !x.path(side).startsWith(unseenBelow))
                 unseenBelow.clear();
             if (unseenBelow.isEmpty() && (mode & DeleteMode::OnlyMissingOnOtherSide) &&
                 (x.Attributes[other] & Attr::Unlisted))
-                unseenBelow = x.Path[side] + u'/';
-            const bool unseen = !unseenBelow.isEmpty() && x.Path[side].startsWith(unseenBelow);
+                unseenBelow = x.path(side) + u'/';
+            const bool unseen = !unseenBelow.isEmpty() && x.path(side).startsWith(unseenBelow);
             if ((mode & DeleteMode::EmptiedFolders) && !unseen && x.Marked && !walk.held() &&
-                !x.Name[side].isEmpty() && x.Name[other].isEmpty() && !engine.isInUnlistedPair(i))
+                !x.lacks(side) && x.lacks(other) && !engine.isInUnlistedPair(i))
                 emptied.push_back(i);
             continue;
         }
-        if (!unseenBelow.isEmpty() && x.Path[side].startsWith(unseenBelow))
+        if (!unseenBelow.isEmpty() && x.path(side).startsWith(unseenBelow))
             continue;
-        if (x.Name[side].isEmpty() || !x.Marked || engine.isInUnlistedPair(i))
+        if (x.lacks(side) || !x.Marked || engine.isInUnlistedPair(i))
             continue;
-        if ((mode & DeleteMode::OnlyMissingOnOtherSide) && !x.Name[other].isEmpty())
+        if ((mode & DeleteMode::OnlyMissingOnOtherSide) && !x.lacks(other))
             continue;
         walk.deleteFile(i);
     }
@@ -148,7 +147,7 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     for (auto it = emptied.rbegin(); it != emptied.rend(); ++it) {
         const CompareEntry &x = rows[size_t(*it)];
         walk.enterPair(pairRootRow(rows, *it));
-        const OpResult r = engine.fileOps->removeDirectory(walk.place(x.Path[side]));
+        const OpResult r = engine.fileOps->removeDirectory(walk.place(x.path(side)));
         if (r.error == ENOTEMPTY || r.error == EEXIST)
             continue;
         if (r.ok()) {

@@ -22,11 +22,11 @@ PairCount countPair(const CompareArray &rows, int root, int side)
     const int other = side ^ 1;
     for (std::size_t i = std::size_t(root) + 1; i < rows.size() && !isPairRootRow(rows[i]); ++i) {
         const CompareEntry &x = rows[i];
-        c.receivingHoldsAnything = c.receivingHoldsAnything || !x.Name[size_t(other)].isEmpty();
-        if (x.isDirectory() || x.Name[size_t(side)].isEmpty())
+        c.receivingHoldsAnything = c.receivingHoldsAnything || !x.lacks(other);
+        if (x.isDirectory() || x.lacks(side))
             continue;
         ++c.sendingFiles;
-        if (x.Marked && x.Name[size_t(other)].isEmpty())
+        if (x.Marked && x.lacks(other))
             ++c.deletions;
     }
     return c;

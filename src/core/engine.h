@@ -16,6 +16,7 @@
 #include "core/scanner.h"
 #include "core/syncpaths.h"
 #include "core/syncstats.h"
+#include "core/textstore.h"
 #include "localization/language.h"
 #include "settings/settings.h"
 
@@ -91,11 +92,12 @@ public:
     QString ProfilePath;
     bool ProfileModified = false;
 
-    // File arrays. The two scans hold one pair's entries only while that pair is sorted and
-    // merged; Compare drops them again (element 0 alone) once its rows exist.
-    FileArray SourceFiles{1};
-    FileArray DestinationFiles{1};
+    // The comparison's rows, and the stores their paths and names live in (the scans' and one
+    // for the paths the comparison derives); they go together.
     CompareArray CompareResults{1};
+    std::vector<SharedTexts> CompareTexts{std::make_shared<TextStore>()};
+    // A store that lives as long as the rows, for texts of rows made here.
+    TextStore &texts() const { return *CompareTexts.front(); }
     std::array<QString, 2> CompareRoots;
     // The time-zone offset the last comparison turned file times into dates with: the file
     // operations turn the dates back to check that a file is still as it was seen.
@@ -153,12 +155,12 @@ public:
     // meets its row, so it asks here.
     bool isBelowUnlisted(int row, int side) const
     {
-        const QString &path = CompareResults[size_t(row)].Path[size_t(side)];
+        const QString &path = CompareResults[size_t(row)].path(side);
         for (int i = row - 1; i >= 1; --i) {
             const CompareEntry &x = CompareResults[size_t(i)];
-            if (x.isDirectory() && !x.Name[size_t(side)].isEmpty() &&
+            if (x.isDirectory() && !x.lacks(side) &&
                 (x.Attributes[size_t(side)] & Attr::Unlisted) &&
-                liesInside(path, insidePrefix(x.Path[size_t(side)])))
+                liesInside(path, insidePrefix(x.path(side))))
                 return true;
         }
         return false;
@@ -179,6 +181,7 @@ public:
     {
         CompareArray(1).swap(CompareResults);
         RowIndexArray(1, 0).swap(VisibleRows);
+        CompareTexts.assign(1, std::make_shared<TextStore>());
         UnlistedRows.clear();
         Leftovers.clear();
         RootIdentities.clear();

@@ -17,9 +17,9 @@ namespace {
 // A name on the receiving side is the one acted on (a.txt replaces A.TXT), so it is the one named.
 QString sideText(const CompareEntry &e, int side, int d, bool withName)
 {
-    QString text = e.Path[side];
+    QString text = e.path(side);
     if (withName)
-        text += e.Name[side].isEmpty() ? e.Name[d] : e.Name[side];
+        text += e.lacks(side) ? e.name(d) : e.name(side);
     return text;
 }
 

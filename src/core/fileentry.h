@@ -1,9 +1,13 @@
 #pragma once
 
 #include <QString>
+#include <QStringView>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
+
+#include "core/platform/freememory.h"
 
 namespace duomir {
 
@@ -29,45 +33,108 @@ enum CompareState : std::int16_t {
     ModifiedInDestination = 1,
 };
 
+// The empty path of an entry that has none.
+inline const QString NoPath;
+
 // One scanned file or directory. Names are carried losslessly: bytes that are not valid UTF-8 are
 // kept as escape code units (see platform/nativename.h), so a copy reaches the other side
-// unchanged.
-struct FileEntry
+// unchanged. The texts live in the TextStore of the scan; the entry only points there, so a
+// million entries carry no string object each.
+class FileEntry
 {
+public:
     // A file: its directory with a trailing separator, one string shared by every file of that
     // directory; a directory: itself, no separator; element 0: the root without its separator.
-    QString Path;
-    QString Name; // empty for element 0 (the root)
+    const QString &path() const { return m_path ? *m_path : NoPath; }
+    QStringView name() const { return {m_name, qsizetype(m_nameLength)}; } // empty for the root
+    // `path` and `name` must outlive the entry (a TextStore that its owner holds).
+    void setPath(const QString *path) { m_path = path; }
+    void setName(QStringView name)
+    {
+        m_name = name.utf16();
+        m_nameLength = static_cast<std::uint32_t>(name.size());
+    }
+
     Date Modified = 0;
     std::int64_t FullSize = 0; // the real size, for copying and progress
     std::uint32_t Attributes = 0;
-    std::int32_t Size = 0; // low 32 bits of the size: what the comparison looks at
     // The nanoseconds of the modification time: not compared, but a file is replaced or deleted
     // only while its time is still exactly the one seen, also within the second.
     std::uint32_t ModifiedNs = 0;
-    // The sort key is not stored: core/sortkeys.h reads it from Path and Name when it compares.
+    // The sort key is not stored: core/sortkeys.h reads it from the path and the name.
 
+    // The low 32 bits of the size: what the comparison looks at.
+    std::int32_t size() const
+    {
+        return static_cast<std::int32_t>(static_cast<std::uint32_t>(FullSize));
+    }
     bool isDirectory() const { return (Attributes & Attr::Directory) != 0; }
+
+private:
+    const QString *m_path = nullptr;
+    const char16_t *m_name = nullptr;
+    std::uint32_t m_nameLength = 0;
 };
 
-// One row of the comparison result; index 0 is the source side, 1 the destination side.
-struct CompareEntry
+// One row of the comparison result; side 0 is the source, 1 the destination. Its texts live in
+// TextStores that the comparison holds as long as its rows.
+class CompareEntry
 {
+public:
+    // The directory of the entry on `side` with its trailing separator for a file, the
+    // directory itself for a directory row; on a side that lacks the entry, where it would be.
+    const QString &path(int side) const
+    {
+        const QString *p = m_path[static_cast<std::size_t>(side)];
+        return p ? *p : NoPath;
+    }
+    // Empty on a side that lacks the entry (and on both sides of a pair's root row).
+    QStringView nameView(int side) const
+    {
+        const auto s = static_cast<std::size_t>(side);
+        return {m_name[s], qsizetype(m_nameLength[s])};
+    }
+    QString name(int side) const { return nameView(side).toString(); }
+    bool lacks(int side) const { return m_nameLength[static_cast<std::size_t>(side)] == 0; }
+    // The path and name together: the entry's full path on `side`.
+    QString fullPath(int side) const
+    {
+        QString out;
+        out.reserve(path(side).size() + nameView(side).size());
+        return out.append(path(side)).append(nameView(side));
+    }
+    // Both must outlive the row; a name holds at most 65,535 units (a Linux name 255 bytes).
+    void setPath(int side, const QString *path) { m_path[static_cast<std::size_t>(side)] = path; }
+    void setName(int side, QStringView name)
+    {
+        const auto s = static_cast<std::size_t>(side);
+        m_name[s] = name.utf16();
+        m_nameLength[s] = static_cast<std::uint16_t>(name.size());
+    }
+
+    std::array<Date, 2> Modified{};
+    std::array<std::int64_t, 2> FullSize{};
+    std::array<std::uint32_t, 2> Attributes{};
+    std::array<std::uint32_t, 2> ModifiedNs{};
     std::int16_t State = Identical;
     bool Marked = false;
-    std::array<QString, 2> Path;
-    std::array<QString, 2> Name; // empty on a side that lacks the entry
-    std::array<std::uint32_t, 2> Attributes{};
-    std::array<Date, 2> Modified{};
-    std::array<std::int32_t, 2> Size{};
-    std::array<std::int64_t, 2> FullSize{};
-    std::array<std::uint32_t, 2> ModifiedNs{};
 
+    // The low 32 bits of the size: what the comparison looks at.
+    std::int32_t size(int side) const
+    {
+        return static_cast<std::int32_t>(
+            static_cast<std::uint32_t>(FullSize[static_cast<std::size_t>(side)]));
+    }
     bool isDirectory() const { return (Attributes[0] & Attr::Directory) != 0; }
+
+private:
+    std::array<const QString *, 2> m_path{};
+    std::array<const char16_t *, 2> m_name{};
+    std::array<std::uint16_t, 2> m_nameLength{};
 };
 
 // Element 0 of every array has a fixed role (the scanned root; no row); real entries start at 1.
-using FileArray = std::vector<FileEntry>;
+using FileArray = std::vector<FileEntry, LargeAllocator<FileEntry>>;
 using CompareArray = std::vector<CompareEntry>;
 // Indices into a CompareArray; element 0 has no meaning.
 using RowIndexArray = std::vector<std::int32_t>;

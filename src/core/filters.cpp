@@ -30,9 +30,9 @@ bool passesSideFilter(const CompareEntry &row, int sideFilter)
         return true;
     switch (sideFilter) {
     case 1:
-        return row.Name[0] == row.Name[1];
+        return row.nameView(0) == row.nameView(1);
     case 2:
-        return row.Name[0] != row.Name[1];
+        return row.nameView(0) != row.nameView(1);
     default:
         return true;
     }
@@ -77,7 +77,7 @@ RowCounts countRows(const CompareArray &results, const RowIndexArray &rows)
         const CompareEntry &row = results[rows[r]];
         if (!row.isDirectory())
             ++counts.files;
-        else if (!row.Name[0].isEmpty() || !row.Name[1].isEmpty())
+        else if (!row.lacks(0) || !row.lacks(1))
             ++counts.directories;
     }
     return counts;

@@ -16,8 +16,8 @@ namespace {
 // U+0001.
 template <class Put> void forHead(const FileEntry &e, qsizetype offset, Put put)
 {
-    const char16_t *p = units(e.Path);
-    const qsizetype n = e.Path.size();
+    const char16_t *p = units(e.path());
+    const qsizetype n = e.path().size();
     for (qsizetype i = std::min(offset, n); i < n; ++i)
         put(keyPathUnit(p[i]));
     if (e.isDirectory())
@@ -30,8 +30,8 @@ template <class Put> void forTail(const FileEntry &e, Put put)
     if (e.isDirectory())
         return;
     put(KeyFileMark);
-    const char16_t *p = units(e.Name);
-    for (qsizetype i = 0; i < e.Name.size(); ++i)
+    const char16_t *p = units(e.name());
+    for (qsizetype i = 0; i < e.name().size(); ++i)
         put(keyNameUnit(p[i]));
 }
 
@@ -81,8 +81,8 @@ KeyTable::KeyTable(const FileArray &entries, std::size_t first, std::size_t coun
         const auto next = static_cast<std::uint32_t>(headOwners.size());
         std::uint32_t head = next;
         if (!e.isDirectory()) {
-            const auto [it, inserted] = shared.try_emplace(e.Path.constData(), next);
-            if (!inserted && headOwners[it->second]->Path.size() == e.Path.size())
+            const auto [it, inserted] = shared.try_emplace(e.path().constData(), next);
+            if (!inserted && headOwners[it->second]->path().size() == e.path().size())
                 head = it->second;
         }
         if (head == next) {

@@ -15,7 +15,7 @@ namespace {
 // Entries consumed between two hand-backs of the memory they held.
 constexpr qsizetype ReleaseEvery = 1 << 15;
 
-// Whether a default FileEntry is all zero bytes (null strings, zero numbers), which lets the
+// Whether a default FileEntry is all zero bytes (null pointers, zero numbers), which lets the
 // memory of spent entries go back to the system without changing what the array holds.
 bool defaultEntryIsZero()
 {
@@ -29,8 +29,8 @@ bool defaultEntryIsZero()
     return zero;
 }
 
-// Entries [from, to) of a scan have been merged: their strings are let go and their pages, now
-// all zero, are handed back, so the scans shrink as the rows grow. `from` moves on to `to`.
+// Entries [from, to) of a scan have been merged: their pages, now all zero, are handed back, so
+// the scans shrink as the rows grow. `from` moves on to `to`.
 void releaseSpent(FileArray &entries, qsizetype &from, qsizetype to)
 {
     static const bool zero = defaultEntryIsZero();
@@ -63,91 +63,82 @@ private:
         return n;
     }
 
-    void matched(FileEntry &s, FileEntry &d);
-    void oneSided(FileEntry &e, int side);
+    void matched(const FileEntry &s, const FileEntry &d);
+    void oneSided(const FileEntry &e, int side);
     // The path of `present` on the other side: below the other side's spelling of the folder it
     // lies in.
-    QString derivedPath(const FileEntry &present, int presentSide);
+    const QString *derivedPath(const FileEntry &present, int presentSide);
     // Two spellings of one folder, source and destination, for the rows below it.
-    void remember(const QString &sourceFolder, const QString &destinationFolder);
+    void remember(const QString *sourceFolder, const QString *destinationFolder);
 
     const MergeInput &m_in;
     CompareArray &m_out;
     // Files of one directory share their derived path as they share their own.
-    const QChar *m_lastPresent = nullptr;
-    qsizetype m_lastPresentSize = -1;
+    const QString *m_lastPresent = nullptr;
     int m_lastSide = -1;
-    QString m_lastDerived;
+    const QString *m_lastDerived = nullptr;
     // Per side: each folder's path there, and the other side's path of the same folder.
-    std::array<QHash<QString, QString>, 2> m_otherSpelling;
+    std::array<QHash<QString, const QString *>, 2> m_otherSpelling;
 };
 
-QString Merger::derivedPath(const FileEntry &present, int presentSide)
+const QString *Merger::derivedPath(const FileEntry &present, int presentSide)
 {
-    if (present.Path.constData() == m_lastPresent && present.Path.size() == m_lastPresentSize &&
-        presentSide == m_lastSide)
+    if (&present.path() == m_lastPresent && presentSide == m_lastSide)
         return m_lastDerived;
     const QString &otherRoot = m_in.roots[static_cast<size_t>(1 - presentSide)];
+    const QString &path = present.path();
     // A side without a root (an empty pair text) has no place for anything: deriving from it
     // would give a relative path, which a copy would resolve against the working directory.
     if (otherRoot.isEmpty()) {
-        m_lastDerived = QString();
+        m_lastDerived = nullptr;
     } else {
         // Below the folder it lies in, as the other side spells that folder: a folder paired
         // across case (Sub with SUB) receives the file where a case-blind look-up would put it,
         // and a walk over that folder meets it.
-        const qsizetype cut =
-            present.isDirectory() ? present.Path.lastIndexOf(u'/') : present.Path.size() - 1;
-        const QStringView parent = QStringView(present.Path).left(std::max<qsizetype>(cut, 0));
+        const qsizetype cut = present.isDirectory() ? path.lastIndexOf(u'/') : path.size() - 1;
+        const QStringView parent = QStringView(path).left(std::max<qsizetype>(cut, 0));
         const auto &spellings = m_otherSpelling[static_cast<size_t>(presentSide)];
         const auto found = spellings.constFind(parent.toString());
+        QString derived;
         if (found != spellings.cend()) {
-            m_lastDerived = *found + QStringView(present.Path).mid(parent.size());
+            derived = **found + QStringView(path).mid(parent.size());
         } else {
             const QString &ownRoot = m_in.roots[static_cast<size_t>(presentSide)];
-            m_lastDerived =
-                otherRoot +
-                QStringView(present.Path).mid(std::min(ownRoot.size(), present.Path.size()));
+            derived = otherRoot + QStringView(path).mid(std::min(ownRoot.size(), path.size()));
         }
+        m_lastDerived = m_in.rowTexts.addPath(std::move(derived));
     }
-    m_lastPresent = present.Path.constData();
-    m_lastPresentSize = present.Path.size();
+    m_lastPresent = &path;
     m_lastSide = presentSide;
     return m_lastDerived;
 }
 
-void Merger::remember(const QString &sourceFolder, const QString &destinationFolder)
+void Merger::remember(const QString *sourceFolder, const QString *destinationFolder)
 {
-    m_otherSpelling[0].insert(sourceFolder, destinationFolder);
-    m_otherSpelling[1].insert(destinationFolder, sourceFolder);
+    m_otherSpelling[0].insert(*sourceFolder, destinationFolder);
+    m_otherSpelling[1].insert(*destinationFolder, sourceFolder);
 }
 
-void Merger::matched(FileEntry &s, FileEntry &d)
+void Merger::matched(const FileEntry &s, const FileEntry &d)
 {
     CompareEntry &row = m_out.emplace_back();
-    row.Path = {s.Path, d.Path};
-    // Most matched names are equal on both sides: one string then serves both, and the other
-    // is released at once.
-    row.Name[0] = std::move(s.Name);
-    if (d.Name == row.Name[0]) {
-        row.Name[1] = row.Name[0];
-        d.Name = QString();
-    } else {
-        row.Name[1] = std::move(d.Name);
-    }
+    row.setPath(0, &s.path());
+    row.setPath(1, &d.path());
+    // Most matched names are equal on both sides: the source's units then serve both.
+    row.setName(0, s.name());
+    row.setName(1, d.name() == s.name() ? s.name() : d.name());
     if (s.isDirectory() && d.isDirectory())
-        remember(row.Path[0], row.Path[1]);
+        remember(&s.path(), &d.path());
     row.Attributes = {s.Attributes, d.Attributes};
     row.Modified = {s.Modified, d.Modified};
     row.ModifiedNs = {s.ModifiedNs, d.ModifiedNs};
-    row.Size = {s.Size, d.Size};
     row.FullSize = {s.FullSize, d.FullSize};
 
     // Dates are whole seconds; a microsecond of slack keeps the floating-point day fractions from
     // turning a difference exactly equal to the lag into "newer".
     constexpr double slack = 1e-6 / 86400.0;
     if (s.Modified == d.Modified) {
-        if (s.Size != d.Size)
+        if (s.size() != d.size())
             row.State = ModifiedInSource; // equal times, different sizes: always source's way
     } else if (s.Modified - d.Modified > m_in.timeLag + slack) {
         row.State = ModifiedInSource;
@@ -159,19 +150,19 @@ void Merger::matched(FileEntry &s, FileEntry &d)
 }
 
 // An entry that only `side` has; the other side's path is derived from it.
-void Merger::oneSided(FileEntry &e, int side)
+void Merger::oneSided(const FileEntry &e, int side)
 {
     CompareEntry &row = m_out.emplace_back();
-    row.Path[side] = e.Path;
-    row.Path[side ^ 1] = derivedPath(e, side);
-    if (e.isDirectory() && !row.Path[side ^ 1].isEmpty())
-        remember(row.Path[size_t(0)], row.Path[size_t(1)]);
-    row.Name[side] = std::move(e.Name);
+    const QString *other = derivedPath(e, side);
+    row.setPath(side, &e.path());
+    row.setPath(side ^ 1, other);
+    if (e.isDirectory() && other && !other->isEmpty())
+        remember(side == 0 ? &e.path() : other, side == 0 ? other : &e.path());
+    row.setName(side, e.name());
     row.Attributes = {e.Attributes, e.Attributes};
-    row.Modified[side] = e.Modified;
-    row.ModifiedNs[side] = e.ModifiedNs;
-    row.Size[side] = e.Size;
-    row.FullSize[side] = e.FullSize;
+    row.Modified[size_t(side)] = e.Modified;
+    row.ModifiedNs[size_t(side)] = e.ModifiedNs;
+    row.FullSize[size_t(side)] = e.FullSize;
     row.State = side == 0 ? ModifiedInSource : ModifiedInDestination;
     row.Marked = m_in.markAll;
 }

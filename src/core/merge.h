@@ -5,12 +5,13 @@
 
 #include "core/fileentry.h"
 #include "core/sortkeys.h"
+#include "core/textstore.h"
 
 namespace duomir {
 
-// What one merge needs besides the two sorted scans. The merge moves every name out of the scans
-// into the rows (a destination name equal to its source name is dropped for the source's), so
-// the scans are spent afterwards.
+// What one merge needs besides the two sorted scans. The rows point at the texts of the scans
+// (a destination name equal to its source name is shared with the source's), so the scans' text
+// stores must live as long as the rows; the entries themselves are spent afterwards.
 struct MergeInput
 {
     FileArray &source;
@@ -19,7 +20,8 @@ struct MergeInput
     SortKeys destinationKeys;
     std::array<QString, 2> roots; // CompareRoots: each side's root with its final separator
     bool markAll = true;
-    Date timeLag = 0; // days
+    Date timeLag = 0;    // days
+    TextStore &rowTexts; // where paths derived for the side that lacks an entry go
 };
 
 // Walks both sorted scans in step and appends one row per key to `results`:

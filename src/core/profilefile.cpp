@@ -32,8 +32,6 @@ int filterValue(int value, int highest)
 bool ReadProfile(Engine &engine)
 {
     engine.pairs.clear();
-    engine.SourceFiles.assign(1, FileEntry());
-    engine.DestinationFiles.assign(1, FileEntry());
     engine.MarkAll = true;
 
     const IniFile file(engine.ProfilePath);

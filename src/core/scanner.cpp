@@ -17,6 +17,7 @@
 #include "core/platform/coarseclock.h"
 #include "core/platform/dirlister.h"
 #include "core/platform/nativename.h"
+#include "core/sortkeys.h"
 
 namespace duomir {
 
@@ -40,15 +41,17 @@ class Scanner
 {
 public:
     Scanner(const MaskSet &directoryMasks, const MaskSet &fileMasks, const DirPair &flags,
-            FileArray &entries, Interaction *ui, int utcOffset, ScanExtras *extras)
+            FileArray &entries, TextStore &texts, Interaction *ui, int utcOffset,
+            ScanExtras *extras)
         : m_directoryMasks(directoryMasks), m_fileMasks(fileMasks), m_flags(flags),
-          m_entries(entries), m_ui(ui), m_utcOffset(utcOffset), m_extras(extras)
+          m_entries(entries), m_texts(texts), m_ui(ui), m_utcOffset(utcOffset), m_extras(extras)
     {}
 
     bool scanRoot(const QString &directory);
 
 private:
-    bool scan(const QString &directory, int fd);
+    // `directory` ends in the separator and lives in the store: the files here share it.
+    bool scan(const QString *directory, int fd);
     FileEntry &append()
     {
         if (m_chunks.empty() || m_chunks.back().size() == ChunkSize) {
@@ -60,10 +63,10 @@ private:
     void collect();
     // The versions folder and the trash folders of a volume (.Trash, .Trash-1000) hold what
     // runs put aside: comparing them would copy them to the other side.
-    bool isKeptFolder(const QString &directory, const QString &name) const
+    bool isKeptFolder(const QString &directory, QStringView name) const
     {
         if (name.startsWith(u".Trash")) {
-            const QStringView rest = QStringView(name).mid(6);
+            const QStringView rest = name.mid(6);
             bool number = rest.size() > 1 && rest[0] == u'-';
             for (qsizetype i = 1; number && i < rest.size(); ++i)
                 number = rest[i].isDigit();
@@ -83,6 +86,7 @@ private:
     const MaskSet &m_fileMasks;
     const DirPair &m_flags;
     FileArray &m_entries;
+    TextStore &m_texts;
     // Entries gather in fixed blocks and move into `m_entries` once, at its final size: a
     // growing array would hold its old and new buffer at once on every growth.
     std::vector<FileArray> m_chunks;
@@ -114,7 +118,7 @@ bool Scanner::scanRoot(const QString &directory)
     m_entries.clear();
     m_entries.emplace_back();
     FileEntry &root = m_entries.front();
-    root.Path = directory.endsWith(Separator) ? directory.chopped(1) : directory;
+    root.setPath(m_texts.addPath(directory.endsWith(Separator) ? directory.chopped(1) : directory));
     // Never "/": an empty root text names no directory. A NUL would end the text the system
     // sees early, so such a root names a directory other than its own: it cannot be listed.
     // A relative root would be read against whatever folder the program was started in.
@@ -126,9 +130,9 @@ bool Scanner::scanRoot(const QString &directory)
     // opened from its parent's descriptor without following a link, so no swapped-in link leads
     // the listing elsewhere and depth is no limit.
     if (m_extras && !m_extras->skipFolder.isEmpty())
-        m_skipFolder = root.Path + Separator + m_extras->skipFolder;
+        m_skipFolder = root.path() + Separator + m_extras->skipFolder;
     const Fd fd(::open(toNative(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    m_rootListed = fd.valid() && scan(directory, fd.get());
+    m_rootListed = fd.valid() && scan(m_texts.addPath(root.path() + Separator), fd.get());
     struct stat st;
     if (m_rootListed && m_extras && ::fstat(fd.get(), &st) == 0) {
         m_extras->rootDevice = st.st_dev;
@@ -152,49 +156,76 @@ void Scanner::collect()
     m_chunks.clear();
 }
 
-bool Scanner::scan(const QString &directory, int fd)
+bool Scanner::scan(const QString *directory, int fd)
 {
-    std::vector<ListedItem> items;
+    Listing listing;
     m_temporaries.clear();
-    if (!listDirectory(fd, items, m_extras ? &m_temporaries : nullptr))
+    if (!listDirectory(fd, listing, m_extras ? &m_temporaries : nullptr))
         return false;
     for (const QByteArray &name : m_temporaries)
-        m_extras->leftovers.push_back(directory + fromNative(name));
+        m_extras->leftovers.push_back(*directory + fromNative(name));
 
     if (m_extras && m_extras->listed)
-        m_extras->listed->fetch_add(std::int64_t(items.size()), std::memory_order_relaxed);
-    for (ListedItem &item : items) {
+        m_extras->listed->fetch_add(std::int64_t(listing.items.size()), std::memory_order_relaxed);
+    // What is taken, in the order of the sort keys (sortkeys.h): the files, then each folder
+    // followed by what it holds. A whole scan then comes out sorted, and the sort after it only
+    // has to check that (case twins among folders are the exception it still sorts).
+    struct Taken
+    {
+        const ListedItem *item;
+        QStringView name;
+    };
+    std::vector<Taken> files;
+    std::vector<Taken> folders;
+    for (const ListedItem &item : listing.items) {
+        // The name goes straight into the store; a name that is not taken is dropped again by
+        // leaving it uncommitted.
+        char16_t *units = m_texts.reserve(item.nameLength);
+        const QStringView name(units,
+                               qsizetype(decodeNative(listing.name(item), item.nameLength, units)));
         if (item.attributes & Attr::Directory) {
-            if (isKeptFolder(directory, item.name))
-                continue;
             // A dot folder (.ssh, .config, .git) is a hidden one, taken with HiddenDirs.
-            if (passesHiddenSystem(item.attributes, m_flags.HiddenDirs, m_flags.SysDirs) &&
-                m_flags.SubDirs && MatchesMasks(item.name, m_directoryMasks)) {
-                FileEntry &e = append();
-                e.Path = directory + item.name;
-                e.Name = std::move(item.name);
-                e.Attributes = item.attributes;
-                const QString inner = e.Path + Separator;
-                yield();
-                // The directory stays in the list as an empty one, but marked: nothing is known of
-                // its contents, so deletion must not take them for missing. A failed listing adds
-                // no entries, so `e` still refers to this directory.
-                const Fd child(openDirectoryAt(fd, item.native.constData()));
-                if (!child.valid() || !scan(inner, child.get()))
-                    e.Attributes |= Attr::Unlisted;
-            }
+            if (!isKeptFolder(*directory, name) &&
+                passesHiddenSystem(item.attributes, m_flags.HiddenDirs, m_flags.SysDirs) &&
+                m_flags.SubDirs && MatchesMasks(name, m_directoryMasks))
+                folders.push_back({&item, m_texts.commit(std::size_t(name.size()))});
         } else if (passesHiddenSystem(item.attributes, m_flags.HiddenFiles, m_flags.SysFiles) &&
-                   MatchesMasks(item.name, m_fileMasks)) {
-            FileEntry &e = append();
-            e.Path = directory; // shared by every file of this directory
-            e.Name = std::move(item.name);
-            e.Attributes = item.attributes;
-            e.Modified = FileTimeToDate(item.mtime, m_utcOffset);
-            e.ModifiedNs = item.mtimeNs;
-            e.Size = static_cast<std::int32_t>(static_cast<std::uint32_t>(item.size));
-            e.FullSize = item.size;
+                   MatchesMasks(name, m_fileMasks)) {
+            files.push_back({&item, m_texts.commit(std::size_t(name.size()))});
         }
         yield();
+    }
+    const auto byKey = [](const Taken &a, const Taken &b) {
+        const int c = compareNameKeys(a.name, b.name);
+        return c != 0 ? c < 0 : a.name.compare(b.name, Qt::CaseSensitive) < 0;
+    };
+    std::sort(files.begin(), files.end(), byKey);
+    std::sort(folders.begin(), folders.end(), byKey);
+
+    for (const Taken &file : files) {
+        FileEntry &e = append();
+        e.setPath(directory); // shared by every file of this directory
+        e.setName(file.name);
+        e.Attributes = file.item->attributes;
+        e.Modified = FileTimeToDate(file.item->mtime, m_utcOffset);
+        e.ModifiedNs = file.item->mtimeNs;
+        e.FullSize = file.item->size;
+    }
+    for (const Taken &folder : folders) {
+        QString path = *directory;
+        path.append(folder.name);
+        const QString *inner = m_texts.addPath(path + Separator);
+        FileEntry &e = append();
+        e.setPath(m_texts.addPath(std::move(path)));
+        e.setName(folder.name);
+        e.Attributes = folder.item->attributes;
+        yield();
+        // The directory stays in the list as an empty one, but marked: nothing is known of its
+        // contents, so deletion must not take them for missing. A failed listing adds no
+        // entries, so `e` still refers to this directory.
+        const Fd child(openDirectoryAt(fd, listing.name(*folder.item)));
+        if (!child.valid() || !scan(inner, child.get()))
+            e.Attributes |= Attr::Unlisted;
     }
     return true;
 }
@@ -220,17 +251,9 @@ std::int64_t DateToFileTime(Date date, int utcOffset)
 
 bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
                    const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
-                   Interaction *ui)
+                   TextStore &texts, Interaction *ui, int utcOffset, ScanExtras *extras)
 {
-    return ScanDirectory(directory, directoryMasks, fileMasks, flags, entries, ui,
-                         currentUtcOffset());
-}
-
-bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
-                   const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
-                   Interaction *ui, int utcOffset, ScanExtras *extras)
-{
-    Scanner scanner(directoryMasks, fileMasks, flags, entries, ui, utcOffset, extras);
+    Scanner scanner(directoryMasks, fileMasks, flags, entries, texts, ui, utcOffset, extras);
     return scanner.scanRoot(directory);
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/fileentry.h"
+#include "core/textstore.h"
 
 namespace duomir {
 
@@ -41,23 +42,20 @@ std::int64_t DateToFileTime(Date date, int utcOffset);
 
 // Scans one side of a pair into `entries`: element 0 describes the root, then every admitted file
 // and directory in pre-order (a directory's entry precedes what it holds; within one directory
-// the order of the listing). `directory` is the root path ending in the separator. The switches
-// SubDirs, SysDirs, HiddenDirs, SysFiles and HiddenFiles of `flags` and the two mask sets decide
-// what is taken; a name beginning with "." is a hidden one ("." and ".." are never taken). Files of
-// one directory share one Path string. `ui` (may be null) gets a yield after every listed item.
-// Returns true only when the root itself cannot be listed (missing, not a directory, refused, an
-// empty text or one holding NUL); `entries` then holds element 0 alone. Unreadable subdirectories
-// stay as empty directories.
+// first the files, then the directories, each by their sort keys, so that a scan without case
+// twins among its directories is in the order of SortEntries already). `directory` is the root path
+// ending in the separator. The switches SubDirs, SysDirs, HiddenDirs, SysFiles and HiddenFiles of
+// `flags` and the two mask sets decide what is taken; a name beginning with "." is a hidden one
+// ("." and ".." are never taken). Files of one directory share one path string. The texts go to
+// `texts`, which must outlive the entries. `ui` (may be null) gets a yield after every listed item;
+// null gives a scan that may run on any thread. `utcOffset` is fixed by the caller, so that scans
+// on several threads share one offset and never ask for the local time zone concurrently. The
+// temporary files that copies left behind are never entries; their full paths, and which directory
+// the root was, go to `extras` when it is given. Returns true only when the root itself cannot be
+// listed (missing, not a directory, refused, an empty text or one holding NUL); `entries` then
+// holds element 0 alone. Unreadable subdirectories stay as empty directories.
 bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
                    const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
-                   Interaction *ui = nullptr);
-// The same with the time-zone offset fixed by the caller, so that scans on several threads share
-// one offset and never ask for the local time zone concurrently. Touches nothing but its
-// arguments; `ui` null gives a scan that may run on any thread. The temporary files that copies
-// left behind are never entries; their full paths, and which directory the root was, go to
-// `extras` when it is given.
-bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,
-                   const MaskSet &fileMasks, const DirPair &flags, FileArray &entries,
-                   Interaction *ui, int utcOffset, ScanExtras *extras = nullptr);
+                   TextStore &texts, Interaction *ui, int utcOffset, ScanExtras *extras = nullptr);
 
 } // namespace duomir

@@ -22,8 +22,8 @@ class KeyCursor
 public:
     KeyCursor(const FileEntry &e, qsizetype offset) : m_entry(e)
     {
-        const qsizetype size = e.Path.size();
-        const char16_t *path = units(e.Path);
+        const qsizetype size = e.path().size();
+        const char16_t *path = units(e.path());
         m_p = path + std::min(offset, size);
         m_end = path + size;
         m_directory = e.isDirectory();
@@ -41,8 +41,8 @@ public:
         case 1:
             if (m_directory)
                 break;
-            m_p = units(m_entry.Name);
-            m_end = m_p + m_entry.Name.size();
+            m_p = units(m_entry.name());
+            m_end = m_p + m_entry.name().size();
             m_phase = 2;
             [[fallthrough]];
         case 2:
@@ -91,7 +91,14 @@ void permute(FileArray &entries, std::size_t first, std::vector<std::uint64_t> &
     }
 }
 
-int compareNameKeys(const QString &a, const QString &b)
+int sign(int v)
+{
+    return (v > 0) - (v < 0);
+}
+
+} // namespace
+
+int compareNameKeys(QStringView a, QStringView b)
 {
     const char16_t *p = units(a);
     const char16_t *q = units(b);
@@ -104,13 +111,6 @@ int compareNameKeys(const QString &a, const QString &b)
     }
     return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
 }
-
-int sign(int v)
-{
-    return (v > 0) - (v < 0);
-}
-
-} // namespace
 
 QString SortKeys::text(const FileEntry &entry) const
 {
@@ -126,12 +126,12 @@ int SortKeys::compare(const FileEntry &a, const SortKeys &other, const FileEntry
     // Two files in the same directory below their roots (one side's files share their Path; the
     // merge meets the same directory on both sides): only the names differ.
     if (!a.isDirectory() && !b.isDirectory()) {
-        const QStringView ra = QStringView(a.Path).mid(std::min(m_offset, a.Path.size()));
-        const QStringView rb = QStringView(b.Path).mid(std::min(other.m_offset, b.Path.size()));
+        const QStringView ra = QStringView(a.path()).mid(std::min(m_offset, a.path().size()));
+        const QStringView rb = QStringView(b.path()).mid(std::min(other.m_offset, b.path().size()));
         if (ra.size() == rb.size() &&
             (ra.data() == rb.data() ||
              std::memcmp(ra.data(), rb.data(), static_cast<std::size_t>(ra.size()) * 2) == 0))
-            return compareNameKeys(a.Name, b.Name);
+            return compareNameKeys(a.name(), b.name());
     }
     KeyCursor x(a, m_offset);
     KeyCursor y(b, other.m_offset);
@@ -147,12 +147,12 @@ int SortKeys::compare(const FileEntry &a, const SortKeys &other, const FileEntry
 
 int SortKeys::compareExact(const FileEntry &a, const SortKeys &other, const FileEntry &b) const
 {
-    const QStringView pa = QStringView(a.Path).mid(std::min(m_offset, a.Path.size()));
-    const QStringView pb = QStringView(b.Path).mid(std::min(other.m_offset, b.Path.size()));
+    const QStringView pa = QStringView(a.path()).mid(std::min(m_offset, a.path().size()));
+    const QStringView pb = QStringView(b.path()).mid(std::min(other.m_offset, b.path().size()));
     const int c = sign(pa.compare(pb, Qt::CaseSensitive));
     if (c != 0)
         return c;
-    return sign(QStringView(a.Name).compare(QStringView(b.Name), Qt::CaseSensitive));
+    return sign(QStringView(a.name()).compare(QStringView(b.name()), Qt::CaseSensitive));
 }
 
 bool SortKeys::less(const FileEntry &a, const FileEntry &b) const
@@ -169,6 +169,12 @@ void SortEntries(FileArray &entries, qsizetype low, qsizetype high, const SortKe
         return;
     const std::size_t first = static_cast<std::size_t>(low);
     const std::size_t count = static_cast<std::size_t>(high - low) + 1;
+    // A scan comes out in key order (scanner.h): one pass tells, and nothing moves.
+    bool sorted = true;
+    for (std::size_t k = first + 1; sorted && k < first + count; ++k)
+        sorted = keys.less(entries[k - 1], entries[k]);
+    if (sorted)
+        return;
 
     // Deriving keys inside the comparison costs a walk over Path and Name per comparison; one
     // flat table of keys, freed again before this returns, turns every comparison into a memcmp.

@@ -22,6 +22,10 @@ inline char16_t keyPathUnit(char16_t c)
     return c == u'/' ? KeyDirectoryMark : keyNameUnit(c);
 }
 
+// The order of two names as the keys of two files (or two folders) of one directory order them:
+// unit by unit upper-cased, a name that begins another first. -1, 0 or 1.
+int compareNameKeys(QStringView a, QStringView b);
+
 // The sort key of an entry, after the path text of its side's pair with length L:
 //   take Path from position L+1 on (1-based), separators replaced by U+0001, then
 //   a directory: that text upper-cased, then U+0001;

@@ -3,6 +3,8 @@ set(DUOMIR_CORE_SOURCES
     core/dirpair.h
     core/dirpair.cpp
     core/fileentry.h
+    core/textstore.h
+    core/textstore.cpp
     core/interaction.h
     core/engine.h
     core/engine.cpp

@@ -27,10 +27,10 @@ void writeRunLine(Engine &engine, const QString &what, int startEntry)
     const CompareArray &rows = engine.CompareResults;
     // Element 0 holds no paths; a whole-list run names the first pair's directories instead.
     std::size_t index = std::size_t(startEntry) < rows.size() ? std::size_t(startEntry) : 0;
-    if (index == 0 && rows[0].Path[0].isEmpty() && rows.size() > 1)
+    if (index == 0 && rows[0].path(0).isEmpty() && rows.size() > 1)
         index = 1;
     const CompareEntry &e = rows[index];
-    QVariantList fields{what, engine.ProfilePath, e.Path[0], e.Path[1]};
+    QVariantList fields{what, engine.ProfilePath, e.path(0), e.path(1)};
     // With every change logged, the end of a run says what it came to.
     if (engine.settings.LogActions && what == u"End") {
         const SyncStats &s = engine.syncStats;

@@ -79,7 +79,7 @@ inline InFolder inFolder(const QString &path, const QString &folder, const QStri
 // The row that opens the pair `row` belongs to: the pair's roots, no name on either side.
 inline bool isPairRootRow(const CompareEntry &x)
 {
-    return x.Name[0].isEmpty() && x.Name[1].isEmpty();
+    return x.lacks(0) && x.lacks(1);
 }
 inline int pairRootRow(const CompareArray &rows, int row)
 {
@@ -92,7 +92,7 @@ inline int pairRootRow(const CompareArray &rows, int row)
 // (its row holds the empty text), empty when the pair names no directory there.
 inline QString pairRoot(const CompareEntry &rootRow, int side)
 {
-    const QString &path = rootRow.Path[size_t(side)];
+    const QString &path = rootRow.path(side);
     if (!path.isEmpty())
         return path;
     return rootRow.Attributes[size_t(side)] == Attr::Invalid ? QString() : QStringLiteral("/");

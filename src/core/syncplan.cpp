@@ -17,7 +17,7 @@ namespace {
 // only derived).
 bool onSide(const CompareEntry &e, int side)
 {
-    return !e.Name[size_t(side)].isEmpty();
+    return !e.lacks(side);
 }
 
 // The one direction of a run with Delete or Mirror (0: source to destination), or -1.
@@ -41,14 +41,14 @@ SyncPlanner::SyncPlanner(const Engine &engine) : m_engine(engine)
         const CompareEntry &x = rows[i];
         for (int side = 0; side < 2; ++side) {
             QString &below = unseenBelow[size_t(side)];
-            if (isPairRootRow(x) || (!below.isEmpty() && !x.Path[size_t(side)].startsWith(below)))
+            if (isPairRootRow(x) || (!below.isEmpty() && !x.path(side).startsWith(below)))
                 below.clear();
             if (!below.isEmpty())
                 m_belowUnlisted[i] |= std::uint8_t(1 << side);
             if (below.isEmpty() && onSide(x, side) &&
                 (x.Attributes[size_t(side)] & Attr::Directory) &&
                 (x.Attributes[size_t(side)] & Attr::Unlisted))
-                below = x.Path[size_t(side)] + u'/';
+                below = x.path(side) + u'/';
         }
     }
 }
@@ -90,10 +90,10 @@ PlannedAction SyncPlanner::action(int row) const
             continue;
         const int r = d ^ 1;
         const std::int16_t sending = d == 0 ? ModifiedInSource : ModifiedInDestination;
-        if (x.State != sending || x.Name[size_t(d)].isEmpty())
+        if (x.State != sending || x.lacks(d))
             continue;
         // With Delete only files both sides hold are copied: the rest was deleted above.
-        if (o.Delete && one >= 0 && x.Name[size_t(r)].isEmpty())
+        if (o.Delete && one >= 0 && x.lacks(r))
             continue;
         if (below(r) || (r == 0 && m_engine.isInUnseenSource(row)))
             continue;
@@ -132,7 +132,7 @@ SyncPlan PlanSynchronize(const Engine &engine)
             const int d = a == PlannedAction::CopyToDestination ? 0 : 1;
             ++plan.copies[size_t(d)];
             plan.bytes[size_t(d)] += x.FullSize[size_t(d)];
-            if (!x.Name[size_t(d ^ 1)].isEmpty())
+            if (!x.lacks(d ^ 1))
                 ++plan.replaces[size_t(d)];
             break;
         }

@@ -14,21 +14,21 @@ namespace duomir {
 namespace {
 
 // The text a row is known by: a file's name (either side), a directory's own path.
-const QString &rowName(const CompareEntry &e)
+QStringView rowName(const CompareEntry &e)
 {
     if (e.isDirectory())
-        return e.Path[0].isEmpty() ? e.Path[1] : e.Path[0];
-    return e.Name[0].isEmpty() ? e.Name[1] : e.Name[0];
+        return e.path(0).isEmpty() ? e.path(1) : e.path(0);
+    return e.lacks(0) ? e.nameView(1) : e.nameView(0);
 }
 
 bool presentOn(const CompareEntry &e, int side)
 {
-    return e.isDirectory() ? !e.Path[side].isEmpty() : !e.Name[side].isEmpty();
+    return e.isDirectory() ? !e.path(side).isEmpty() : !e.lacks(side);
 }
 
-qint64 sizeOn(const CompareEntry &e, int side)
+qint64 sizeOn(const CompareEntry &e, size_t side)
 {
-    return e.FullSize[side] != 0 ? e.FullSize[side] : e.Size[side];
+    return e.FullSize[side];
 }
 
 } // namespace
@@ -198,14 +198,14 @@ QVariant FileListModel::data(const QModelIndex &index, int role) const
     if (role == Qt::ToolTipRole && column == StateColumn)
         return actionTip(resultIndex(index.row()));
     if (role == Qt::ToolTipRole && column == NameColumn) {
-        return QString(e.Path[0] % e.Name[0] % u'\n' % e.Path[1] % e.Name[1]);
+        return QString(e.path(0) % e.name(0) % u'\n' % e.path(1) % e.name(1));
     }
     if (role != Qt::DisplayRole)
         return {};
 
     switch (column) {
     case NameColumn:
-        return rowName(e);
+        return rowName(e).toString();
     case SourceSizeColumn:
     case DestinationSizeColumn: {
         const int side = column == SourceSizeColumn ? 0 : 1;
@@ -296,7 +296,7 @@ void FileListModel::sort(int column, Qt::SortOrder order)
         // Folding every name once makes each comparison a plain code-unit compare.
         std::vector<QString> keys(visible.size());
         for (const int v : newOrder)
-            keys[static_cast<size_t>(v)] = rowName(rowAt(v)).toCaseFolded();
+            keys[static_cast<size_t>(v)] = rowName(rowAt(v)).toString().toCaseFolded();
         std::stable_sort(newOrder.begin(), newOrder.end(), [&](int a, int b) {
             const QString &ka = keys[static_cast<size_t>(a)];
             const QString &kb = keys[static_cast<size_t>(b)];

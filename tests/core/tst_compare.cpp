@@ -24,13 +24,12 @@ constexpr qint64 T0 = 1'700'000'000; // a fixed file time
 // that lacks the entry shows its derived path in brackets.
 QString describe(const CompareEntry &row, const QString &base)
 {
-    const bool missing[2] = {row.Name[0].isEmpty() && !row.Name[1].isEmpty(),
-                             row.Name[1].isEmpty() && !row.Name[0].isEmpty()};
+    const bool missing[2] = {row.lacks(0) && !row.lacks(1), row.lacks(1) && !row.lacks(0)};
     auto side = [&](int i) {
         // A directory row names its directory by Path alone; a missing side borrows the name.
-        QString full = row.Path[i];
+        QString full = row.path(i);
         if (!row.isDirectory())
-            full += missing[i] ? row.Name[1 - i] : row.Name[i];
+            full += missing[i] ? row.name(1 - i) : row.name(i);
         if (full.startsWith(base))
             full = full.mid(base.size());
         return missing[i] ? u'[' + full + u']' : full;
@@ -173,7 +172,7 @@ void TestCompare::fileAndDirectoryOfOneNameNeverPair()
     QVERIFY(Compare(g.engine));
     for (size_t r = 2; r < g.engine.CompareResults.size(); ++r) {
         const CompareEntry &row = g.engine.CompareResults[r];
-        QVERIFY(row.Name[0].isEmpty() || row.Name[1].isEmpty());
+        QVERIFY(row.lacks(0) || row.lacks(1));
     }
 }
 
@@ -205,9 +204,10 @@ void TestCompare::keysAndOrder()
     QFETCH(bool, directory);
     QFETCH(int, start);
     QFETCH(QString, key);
+    TextStore texts;
     FileEntry e;
-    e.Path = path;
-    e.Name = name;
+    e.setPath(texts.addPath(path));
+    e.setName(texts.add(name));
     e.Attributes = directory ? Attr::Directory : 0;
     QCOMPARE(MakeSortKeys(start).text(e), key);
 }
@@ -296,7 +296,7 @@ void TestCompare::emptyListAndEmptyRootText()
     QCOMPARE(f.engine.CompareResults.size(), size_t(5));
     // No relative source paths ("sub/"): a copy would resolve them against the working folder.
     for (size_t r = 1; r < f.engine.CompareResults.size(); ++r)
-        QCOMPARE(f.engine.CompareResults[r].Path[0], QString());
+        QCOMPARE(f.engine.CompareResults[r].path(0), QString());
 
     f.engine.pairs[1].Source = f.tree.path(u"d"_qs);
     f.engine.pairs[1].Destination.clear();
@@ -375,7 +375,7 @@ void TestCompare::scanRules()
         QVERIFY(names.removeOne(u"pipe"_qs));
         const auto &rows = f.engine.CompareResults;
         QVERIFY(std::any_of(rows.begin(), rows.end(), [](const CompareEntry &r) {
-            return r.Name[0] == u"pipe" && (r.Attributes[0] & Attr::System);
+            return r.name(0) == u"pipe" && (r.Attributes[0] & Attr::System);
         }));
     }
     names.sort();
@@ -407,10 +407,10 @@ void TestCompare::hostileTrees()
     QStringList kinds;
     bool sawRaw = false;
     for (const CompareEntry &row : f.engine.CompareResults) {
-        if (row.Name[0] == u"again" || row.Name[0] == u"broken")
-            kinds << row.Name[0] + u':' + QString::number(row.Attributes[0] & Attr::Reparse, 16);
-        if (toNative(row.Name[0]) == rawName)
-            sawRaw = toNative(row.Path[1] + row.Name[0]).endsWith(QByteArray("/d/" + rawName));
+        if (row.name(0) == u"again" || row.name(0) == u"broken")
+            kinds << row.name(0) + u':' + QString::number(row.Attributes[0] & Attr::Reparse, 16);
+        if (toNative(row.name(0)) == rawName)
+            sawRaw = toNative(row.path(1) + row.name(0)).endsWith(QByteArray("/d/" + rawName));
     }
     kinds.sort();
     QCOMPARE(kinds, QStringList({u"again:400"_qs, u"broken:400"_qs}));
@@ -421,7 +421,7 @@ void TestCompare::hostileTrees()
         QVERIFY(!rows.contains(u"-1 1 f s/closed/secret [d/closed/secret]"_qs));
         // Read but not entered: its names are known, their sizes and dates are not.
         for (const CompareEntry &row : f.engine.CompareResults) {
-            if (row.Name[0] == u"unsearchable")
+            if (row.name(0) == u"unsearchable")
                 QVERIFY(row.Attributes[0] & Attr::Unlisted);
         }
     }
@@ -490,8 +490,8 @@ void TestCompare::manyFilesInOneDirectory()
     QCOMPARE(engine.compareCounters, (std::array<int, 3>{count, 2, 0}));
     for (int k = 0; k < count; ++k) {
         const CompareEntry &row = rows[static_cast<size_t>(k + 3)];
-        if (row.Name[0].mid(1).toInt() != k + count || row.Name[1].isEmpty() != (k % 10 != 0))
-            QFAIL(qPrintable(u"row "_qs + QString::number(k + 3) + u": " + row.Name[0]));
+        if (row.name(0).mid(1).toInt() != k + count || row.lacks(1) != (k % 10 != 0))
+            QFAIL(qPrintable(u"row "_qs + QString::number(k + 3) + u": " + row.name(0)));
     }
 }
 

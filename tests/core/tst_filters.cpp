@@ -13,11 +13,13 @@ namespace {
 // A compared list with every kind of row the filters tell apart; a row's number is its index.
 CompareArray sampleRows()
 {
+    static TextStore texts;
     auto row = [](int state, bool directory, const char *source, const char *destination) {
         CompareEntry e;
         e.State = static_cast<std::int16_t>(state);
         e.Attributes[0] = e.Attributes[1] = directory ? Attr::Directory : 0;
-        e.Name = {QString::fromUtf8(source), QString::fromUtf8(destination)};
+        e.setName(0, texts.add(QString::fromUtf8(source)));
+        e.setName(1, texts.add(QString::fromUtf8(destination)));
         return e;
     };
     return {

@@ -16,24 +16,28 @@ namespace {
 // One side's entries from relative paths below `root`; a trailing "/" makes a directory.
 // Element 0 is the root itself, as the scanner writes it. With `share`, the files of one
 // directory share one Path string, as the scanner's do.
+TextStore texts; // the entries' texts, for the whole test run
+
 FileArray entriesFrom(const QString &root, const QStringList &relative, bool share = true)
 {
-    QHash<QString, QString> paths;
+    QHash<QString, const QString *> paths;
     FileArray out(1);
-    out[0].Path = root;
+    out[0].setPath(texts.addPath(root));
     out[0].Attributes = Attr::Directory;
     for (const QString &r : relative) {
         FileEntry e;
         const bool directory = r.endsWith(u'/');
         const QString path = directory ? r.chopped(1) : r;
         const qsizetype slash = path.lastIndexOf(u'/');
-        e.Name = path.mid(slash + 1);
+        e.setName(texts.add(QStringView(path).mid(slash + 1)));
         if (directory) {
-            e.Path = root + u'/' + path;
+            e.setPath(texts.addPath(root + u'/' + path));
             e.Attributes = Attr::Directory;
         } else {
             const QString parent = root + u'/' + path.left(slash + 1);
-            e.Path = share ? paths.insert(parent, parent).value() : parent;
+            const auto known = paths.constFind(parent);
+            e.setPath(share && known != paths.cend() ? *known : texts.addPath(parent));
+            paths.insert(parent, &e.path());
         }
         out.push_back(e);
     }
@@ -56,7 +60,7 @@ QStringList describe(const FileArray &entries)
 {
     QStringList out;
     for (const FileEntry &e : entries)
-        out << e.Path + u'|' + e.Name;
+        out << e.path() + u'|' + e.name();
     return out;
 }
 
@@ -150,7 +154,7 @@ QStringList expectedPairs(const QStringList &source, const QStringList &destinat
 
 QString relativeOf(const CompareEntry &row, int side, const QString &root)
 {
-    const QString full = row.Path[side] + (row.isDirectory() ? u"/"_qs : row.Name[side]);
+    const QString full = row.path(side) + (row.isDirectory() ? u"/"_qs : row.name(side));
     return full.mid(root.size() + 1);
 }
 
@@ -320,11 +324,12 @@ void TestSortKeys::pairingFollowsPaths()
     SortEntries(a, 0, qsizetype(a.size()) - 1, ka);
     SortEntries(b, 0, qsizetype(b.size()) - 1, kb);
     CompareArray rows(1);
-    MergeAndClassify({a, b, ka, kb, {sourceRoot + u'/', destinationRoot + u'/'}, true, 0}, rows);
+    MergeAndClassify({a, b, ka, kb, {sourceRoot + u'/', destinationRoot + u'/'}, true, 0, texts},
+                     rows);
 
     QStringList pairs;
     for (std::size_t r = 2; r < rows.size(); ++r) {
-        if (!rows[r].Name[0].isEmpty() && !rows[r].Name[1].isEmpty())
+        if (!rows[r].lacks(0) && !rows[r].lacks(1))
             pairs << relativeOf(rows[r], 0, sourceRoot) + u" = "_qs +
                          relativeOf(rows[r], 1, destinationRoot);
     }
@@ -344,10 +349,10 @@ void TestSortKeys::rootOfTheFileSystemPairs()
     SortEntries(a, 0, qsizetype(a.size()) - 1, ka);
     SortEntries(b, 0, qsizetype(b.size()) - 1, kb);
     CompareArray rows(1);
-    MergeAndClassify({a, b, ka, kb, {u"/"_qs, u"/mnt/copy/"_qs}, true, 0}, rows);
+    MergeAndClassify({a, b, ka, kb, {u"/"_qs, u"/mnt/copy/"_qs}, true, 0, texts}, rows);
     QCOMPARE(rows.size(), std::size_t(5)); // element 0, the roots and three matched rows
     for (std::size_t r = 2; r < rows.size(); ++r)
-        QVERIFY(!rows[r].Name[0].isEmpty() && !rows[r].Name[1].isEmpty());
+        QVERIFY(!rows[r].lacks(0) && !rows[r].lacks(1));
 }
 
 #include "tst_sortkeys.moc"

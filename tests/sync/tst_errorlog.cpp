@@ -6,11 +6,13 @@
 #include <unistd.h>
 
 #include "common/fakeinteraction.h"
+#include "common/rowbuilder.h"
 #include "common/temptree.h"
 #include "core/engine.h"
 #include "core/errorlog.h"
 
 using namespace duomir;
+using namespace duomir::test;
 using duomir::test::FakeInteraction;
 using duomir::test::TempTree;
 
@@ -36,8 +38,8 @@ private:
         void row(const QString &src, const QString &dst, const QString &name)
         {
             CompareEntry e;
-            e.Path = {src, dst};
-            e.Name = {name, name};
+            setPaths(e, engine.texts(), src, dst);
+            setNames(e, engine.texts(), name, name);
             engine.CompareResults.push_back(e);
         }
         QByteArray log(const QString &day = QStringLiteral("20260314")) const
@@ -96,7 +98,7 @@ private Q_SLOTS:
     {
         Setup s;
         s.row(QStringLiteral("/src/"), QStringLiteral("/dst/"), QStringLiteral("f.txt"));
-        s.engine.CompareResults[1].Name[0].clear();
+        s.engine.CompareResults[1].setName(0, {});
         s.engine.DontAsk = true;
         ReportResult(s.engine, OpResult::failure(EACCES), 143, 1, 1);
         ReportResult(s.engine, OpResult::success(), 143, 1, 1);

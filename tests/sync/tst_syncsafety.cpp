@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "common/fakeinteraction.h"
+#include "common/rowbuilder.h"
 #include "common/temptree.h"
 #include "core/comparecommand.h"
 #include "core/deleteentries.h"
@@ -200,7 +201,7 @@ private Q_SLOTS:
         QVERIFY(Compare(f.engine));
         f.engine.sync = {true, false, false, true};
         for (size_t r = 1; r < f.engine.CompareResults.size(); ++r) {
-            if (f.engine.CompareResults[r].Name[0] == u"a.txt"_qs)
+            if (f.engine.CompareResults[r].name(0) == u"a.txt"_qs)
                 QVERIFY(Synchronize(f.engine, int(r)));
         }
         QCOMPARE(f.tree.read(u"s/a.txt"_qs), QByteArray("newer"));
@@ -237,7 +238,7 @@ private Q_SLOTS:
         int sub = 0;
         for (size_t r = 1; r < f.engine.CompareResults.size(); ++r) {
             if (f.engine.CompareResults[r].isDirectory() &&
-                f.engine.CompareResults[r].Name[0] == u"sub"_qs)
+                f.engine.CompareResults[r].name(0) == u"sub"_qs)
                 sub = int(r);
         }
         QVERIFY(sub > 0);
@@ -452,7 +453,7 @@ private Q_SLOTS:
         const QString verb = command.section(u' ', 0, 0);
         int row = 0;
         for (size_t r = 1; r < f.engine.CompareResults.size(); ++r) {
-            if (f.engine.CompareResults[r].Path[0] ==
+            if (f.engine.CompareResults[r].path(0) ==
                 f.tree.path(u"s/"_qs + command.section(u' ', 1)))
                 row = int(r);
         }
@@ -568,8 +569,8 @@ private Q_SLOTS:
         QVERIFY(f.tree.exists(u"s/Old/notes/z"_qs));
         QVERIFY(Compare(f.engine));
         for (const CompareEntry &e : f.engine.CompareResults)
-            QVERIFY2(!e.Path[0].contains(u"/Old"_qs) && !e.Path[1].contains(u"/Old"_qs),
-                     qPrintable(e.Path[0] + e.Path[1]));
+            QVERIFY2(!e.path(0).contains(u"/Old"_qs) && !e.path(1).contains(u"/Old"_qs),
+                     qPrintable(e.path(0) + e.path(1)));
     }
 
     // A mirror removes the folders the sending side lacks once they are empty, deepest first; one
@@ -670,7 +671,7 @@ private Q_SLOTS:
         f.engine.pairs[1].HiddenFiles = true;
         QVERIFY(Compare(f.engine));
         for (size_t r = 1; r < f.engine.CompareResults.size(); ++r)
-            QVERIFY(!f.engine.CompareResults[r].Name[1].contains(u"duomir"_qs));
+            QVERIFY(!f.engine.CompareResults[r].name(1).contains(u"duomir"_qs));
         f.engine.sync = {true, true, false, false};
         QVERIFY(Synchronize(f.engine, 0));
         ::close(held);
@@ -744,15 +745,16 @@ private Q_SLOTS:
         f.tree.file(u"d/placeholder"_qs);
         WorkingDirectory cwd(f.tree.root());
         CompareEntry root;
-        root.Path = {f.tree.path(u"s"_qs), f.tree.path(u"d"_qs)};
+        setPaths(root, f.engine.texts(), f.tree.path(u"s"_qs), f.tree.path(u"d"_qs));
         root.Attributes = {Attr::Directory, Attr::Directory};
         f.engine.CompareResults.push_back(root);
         for (const char *name : {"a", "b"}) {
             CompareEntry row;
             row.State = ModifiedInSource;
             row.Marked = true;
-            row.Path = {f.tree.path(u"s/"_qs), name[0] == 'a' ? QString() : f.tree.path(u"d/"_qs)};
-            row.Name[0] = QString::fromLatin1(name);
+            setPaths(row, f.engine.texts(), f.tree.path(u"s/"_qs),
+                     name[0] == 'a' ? QString() : f.tree.path(u"d/"_qs));
+            row.setName(0, f.engine.texts().add(QString::fromLatin1(name)));
             row.FullSize[0] = 1;
             row.Modified[0] = FileTimeToDate(T0, f.engine.CompareUtcOffset);
             f.engine.CompareResults.push_back(row);
@@ -779,15 +781,15 @@ private Q_SLOTS:
         f.tree.file(u"d/f.txt"_qs, "older", T0);
         f.addPair(u"s"_qs, u"d"_qs);
         CompareEntry root;
-        root.Path = {f.tree.path(u"s/"_qs), f.tree.path(u"d/"_qs)};
+        setPaths(root, f.engine.texts(), f.tree.path(u"s/"_qs), f.tree.path(u"d/"_qs));
         root.Attributes = {Attr::Directory, Attr::Directory};
         root.Marked = true;
         f.engine.CompareResults.push_back(root);
         CompareEntry row;
         row.State = ModifiedInDestination;
         row.Marked = true;
-        row.Path = {f.tree.path(u"s/"_qs), f.tree.path(u"d/"_qs)};
-        row.Name[1] = u"f.txt"_qs;
+        setPaths(row, f.engine.texts(), f.tree.path(u"s/"_qs), f.tree.path(u"d/"_qs));
+        row.setName(1, f.engine.texts().add(u"f.txt"_qs));
         row.FullSize[1] = 5;
         f.engine.CompareResults.push_back(row);
         f.engine.UnlistedRows.push_back({1, 2});
@@ -825,8 +827,8 @@ private Q_SLOTS:
         f.addPair(u"s"_qs, u"d"_qs);
         auto add = [&](const QString &dir, const QString &name, bool directory, bool both) {
             CompareEntry e;
-            e.Path = {f.tree.path(u"s/"_qs + dir), f.tree.path(u"d/"_qs + dir)};
-            e.Name = {name, both ? name : QString()};
+            setPaths(e, f.engine.texts(), f.tree.path(u"s/"_qs + dir), f.tree.path(u"d/"_qs + dir));
+            setNames(e, f.engine.texts(), name, both ? name : QString());
             e.Attributes = {directory ? Attr::Directory : 0u, directory ? Attr::Directory : 0u};
             e.State = both ? Identical : ModifiedInSource;
             e.Marked = true;
@@ -834,12 +836,13 @@ private Q_SLOTS:
             f.engine.CompareResults.push_back(e);
             return &f.engine.CompareResults.back();
         };
-        add(QString(), QString(), true, true)->Path = {f.tree.path(u"s"_qs), f.tree.path(u"d"_qs)};
+        setPaths(*add(QString(), QString(), true, true), f.engine.texts(), f.tree.path(u"s"_qs),
+                 f.tree.path(u"d"_qs));
         add(u"u"_qs, u"u"_qs, true, true)->Attributes[1] |= Attr::Unlisted;
         add(u"u/sub"_qs, u"sub"_qs, true, false);
         add(u"u/sub/"_qs, u"f.txt"_qs, false, false);
         CompareEntry *after = add(QString(), u"z.txt"_qs, false, false);
-        after->Path = {f.tree.path(u"s/"_qs), f.tree.path(u"d/"_qs)};
+        setPaths(*after, f.engine.texts(), f.tree.path(u"s/"_qs), f.tree.path(u"d/"_qs));
         after->FullSize[0] = 16;
         after->Modified[0] = FileTimeToDate(T0, f.engine.CompareUtcOffset);
         f.engine.compareCounters = {3, 2, 0};

@@ -97,8 +97,8 @@ struct Fixture
             for (int side = 0; side < 2; ++side) {
                 // A directory's row has its full path, a file's row its folder and name.
                 const QString full = tree.path((side ? u"d/" : u"s/") + relative);
-                if (e.Path[side] == full ||
-                    (e.Path[side].endsWith(u'/') && e.Path[side] + e.Name[side] == full))
+                if (e.path(side) == full ||
+                    (e.path(side).endsWith(u'/') && e.path(side) + e.name(side) == full))
                     return int(i);
             }
         }

@@ -2,23 +2,26 @@
 #include <numeric>
 
 #include "common/fakeinteraction.h"
+#include "common/rowbuilder.h"
 #include "core/engine.h"
 #include "ui/filelistmodel.h"
 
 using namespace duomir;
+using namespace duomir::test;
 using namespace Qt::StringLiterals;
 
 namespace {
+
+TextStore texts; // the hand-made rows' texts, for the whole test run
 
 CompareEntry fileRow(const QString &name, std::int16_t state, int size = 10)
 {
     CompareEntry e;
     e.State = state;
     e.Marked = state != Identical;
-    e.Path = {u"/s/"_s, u"/d/"_s};
-    e.Name = {state == ModifiedInDestination ? QString() : name,
-              state == ModifiedInSource ? QString() : name};
-    e.Size = {size, size};
+    setPaths(e, texts, u"/s/"_s, u"/d/"_s);
+    setNames(e, texts, state == ModifiedInDestination ? QString() : name,
+             state == ModifiedInSource ? QString() : name);
     e.FullSize = {size, size};
     e.Modified = {45000.5, 45000.5};
     return e;
@@ -27,7 +30,7 @@ CompareEntry fileRow(const QString &name, std::int16_t state, int size = 10)
 CompareEntry dirRow(const QString &path)
 {
     CompareEntry e;
-    e.Path = {u"/s/"_s + path, u"/d/"_s + path};
+    setPaths(e, texts, u"/s/"_s + path, u"/d/"_s + path);
     e.Attributes = {Attr::Directory, Attr::Directory};
     e.Marked = true;
     return e;

@@ -8,6 +8,7 @@
 #include <QtTest>
 
 #include "common/fakeinteraction.h"
+#include "common/rowbuilder.h"
 #include "core/engine.h"
 #include "localization/language.h"
 #include "ui/dirpairmodel.h"
@@ -18,6 +19,7 @@
 #include "ui/localizecontrols.h"
 
 using namespace duomir;
+using namespace duomir::test;
 using namespace Qt::StringLiterals;
 using Answer = Interaction::Answer;
 
@@ -162,7 +164,7 @@ private Q_SLOTS:
         Fixture f;
         f.engine.CompareResults.resize(5);
         for (size_t i = 1; i < 5; ++i) {
-            f.engine.CompareResults[i].Name = {u"n%1"_s.arg(i), QString()};
+            setNames(f.engine.CompareResults[i], f.engine.texts(), u"n%1"_s.arg(i), QString());
             f.engine.CompareResults[i].Marked = i != 2;
         }
         f.engine.VisibleRows = {0, 1, 2, 3, 4};
@@ -196,8 +198,8 @@ private Q_SLOTS:
         QFETCH(bool, popup);
         Fixture f(1);
         f.engine.CompareResults.resize(3);
-        f.engine.CompareResults[1].Name = {u"a"_s, QString()};
-        f.engine.CompareResults[2].Name = {u"b"_s, QString()};
+        setNames(f.engine.CompareResults[1], f.engine.texts(), u"a"_s, QString());
+        setNames(f.engine.CompareResults[2], f.engine.texts(), u"b"_s, QString());
         f.engine.VisibleRows = {0, 1, 2};
         f.window.fileModel()->reload();
         f.window.greyFileList();
@@ -268,10 +270,10 @@ private Q_SLOTS:
     {
         Fixture f;
         CompareEntry root;
-        root.Path = {u"/s"_s, u"/d"_s};
+        setPaths(root, f.engine.texts(), u"/s"_s, u"/d"_s);
         CompareEntry only;
-        only.Path = {u"/s/"_s, u"/d/"_s};
-        only.Name = {u"new"_s, QString()};
+        setPaths(only, f.engine.texts(), u"/s/"_s, u"/d/"_s);
+        setNames(only, f.engine.texts(), u"new"_s, QString());
         only.State = ModifiedInSource;
         only.Marked = true;
         f.engine.CompareResults = {CompareEntry{}, root, only};

@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include "core/fileentry.h"
-#include "core/platform/nativename.h"
 #include "core/platform/temporaryname.h"
 
 namespace duomir {
@@ -44,9 +43,9 @@ int openDirectoryAt(int parent, const char *name)
     return ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }
 
-bool listDirectory(int fd, std::vector<ListedItem> &items, std::vector<QByteArray> *temporaries)
+bool listDirectory(int fd, Listing &listing, std::vector<QByteArray> *temporaries)
 {
-    items.clear();
+    listing.clear();
     // The listing reads through a descriptor of its own: `fd` stays open for the subfolders.
     const int own = ::fcntl(fd, F_DUPFD_CLOEXEC, 0);
     if (own < 0)
@@ -62,7 +61,7 @@ bool listDirectory(int fd, std::vector<ListedItem> &items, std::vector<QByteArra
     // refused) or a read that breaks off fails the whole listing.
     const auto fail = [&] {
         ::closedir(dir); // closes `own` too
-        items.clear();
+        listing.clear();
         return false;
     };
     for (;;) {
@@ -88,15 +87,14 @@ bool listDirectory(int fd, std::vector<ListedItem> &items, std::vector<QByteArra
                 continue; // gone since the listing
             return fail();
         }
-        ListedItem item;
-        item.name = fromNative(name, length);
+        ListedItem &item = listing.items.emplace_back();
+        item.nameBegin = static_cast<std::uint32_t>(listing.names.size());
+        item.nameLength = static_cast<std::uint32_t>(length);
+        listing.names.insert(listing.names.end(), name, name + length + 1);
         item.attributes = attributesFromStat(st, name[0] == '.');
         item.mtime = st.st_mtim.tv_sec;
         item.mtimeNs = std::uint32_t(st.st_mtim.tv_nsec);
         item.size = st.st_size;
-        if (S_ISDIR(st.st_mode))
-            item.native = QByteArray(name, static_cast<qsizetype>(length));
-        items.push_back(std::move(item));
     }
     ::closedir(dir); // closes `own` too
     return true;

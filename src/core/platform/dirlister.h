@@ -12,12 +12,27 @@ namespace duomir {
 // One item of a directory listing, already mapped to the engine's attribute bits.
 struct ListedItem
 {
-    QString name;      // decoded losslessly (nativename.h)
-    QByteArray native; // the raw name; kept for directories only (the scanner descends by it)
+    std::uint32_t nameBegin = 0; // the raw name, in the listing's `names`
+    std::uint32_t nameLength = 0;
     std::uint32_t attributes = 0;
-    std::int64_t mtime = 0; // seconds since the epoch, UTC
     std::uint32_t mtimeNs = 0;
-    std::int64_t size = 0; // bytes; for a symbolic link the length of its target text
+    std::int64_t mtime = 0; // seconds since the epoch, UTC
+    std::int64_t size = 0;  // bytes; for a symbolic link the length of its target text
+};
+
+// A whole listing: its items and their raw names, each followed by a NUL, in one buffer, so a
+// listing costs no allocation per item and can be made on one thread and read on another.
+struct Listing
+{
+    std::vector<ListedItem> items;
+    std::vector<char> names;
+
+    const char *name(const ListedItem &item) const { return names.data() + item.nameBegin; }
+    void clear()
+    {
+        items.clear();
+        names.clear();
+    }
 };
 
 // The attribute bits for a file-system object as lstat() describes it: directory only for a
@@ -37,8 +52,7 @@ int openDirectoryAt(int parent, const char *name);
 // gives it, examined with fstatat(AT_SYMLINK_NOFOLLOW), so no link is ever followed. An item that
 // vanishes between the listing and the examination is left out. The temporary files of copies
 // (temporaryname.h) are never items; their names go to `temporaries` when it is given. Returns
-// false when the directory cannot be read; `items` is then empty.
-bool listDirectory(int fd, std::vector<ListedItem> &items,
-                   std::vector<QByteArray> *temporaries = nullptr);
+// false when the directory cannot be read; `listing` is then empty.
+bool listDirectory(int fd, Listing &listing, std::vector<QByteArray> *temporaries = nullptr);
 
 } // namespace duomir

@@ -1,6 +1,7 @@
 #include "core/platform/freememory.h"
 
 #include <cstdint>
+#include <new>
 
 #ifdef __linux__
 #include <sys/mman.h>
@@ -21,6 +22,35 @@ void releaseZeroPages(const void *begin, const void *end)
     (void)begin;
     (void)end;
 #endif
+}
+
+namespace {
+constexpr std::size_t LargeBlock = 256 * 1024;
+} // namespace
+
+void *allocateLarge(std::size_t bytes)
+{
+#ifdef __linux__
+    if (bytes >= LargeBlock) {
+        void *block =
+            ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (block == MAP_FAILED)
+            throw std::bad_alloc();
+        return block;
+    }
+#endif
+    return ::operator new(bytes);
+}
+
+void freeLarge(void *block, std::size_t bytes)
+{
+#ifdef __linux__
+    if (bytes >= LargeBlock) {
+        ::munmap(block, bytes);
+        return;
+    }
+#endif
+    ::operator delete(block, bytes);
 }
 
 } // namespace duomir

@@ -54,27 +54,19 @@ int validSequence(const unsigned char *p, const unsigned char *end, char32_t &cp
 
 } // namespace
 
-QString fromNative(const char *bytes, std::size_t size)
+std::size_t decodeNative(const char *bytes, std::size_t size, char16_t *out)
 {
     const auto *p = reinterpret_cast<const unsigned char *>(bytes);
     const unsigned char *const end = p + size;
-
-    // Most names are ASCII: one pass, no decoding.
-    const unsigned char *q = p;
-    while (q != end && *q < 0x80)
-        ++q;
-    if (q == end)
-        return QString::fromLatin1(bytes, static_cast<qsizetype>(size));
-
-    // UTF-8 never yields more UTF-16 units than it has bytes. The units go to a scratch buffer
-    // first: a QString cut down after the fact keeps its whole allocation, and a name lives on in
-    // every row of a large comparison.
-    QVarLengthArray<char16_t, 256> units(static_cast<qsizetype>(size));
-    char16_t *dst = units.data();
-    char16_t *const begin = dst;
-    for (; p != q; ++p)
-        *dst++ = *p;
+    char16_t *dst = out;
+    // Most names are ASCII: copied unit by unit until the first other byte.
+    while (p != end && *p < 0x80)
+        *dst++ = *p++;
     while (p != end) {
+        if (*p < 0x80) {
+            *dst++ = *p++;
+            continue;
+        }
         char32_t cp = 0;
         const int n = validSequence(p, end, cp);
         if (n == 0) {
@@ -90,10 +82,26 @@ QString fromNative(const char *bytes, std::size_t size)
             *dst++ = static_cast<char16_t>(cp);
         }
     }
-    return QString(reinterpret_cast<const QChar *>(begin), dst - begin);
+    return static_cast<std::size_t>(dst - out);
 }
 
-void appendNative(QByteArray &out, const QString &text)
+QString fromNative(const char *bytes, std::size_t size)
+{
+    const auto *p = reinterpret_cast<const unsigned char *>(bytes);
+    const unsigned char *const end = p + size;
+    const unsigned char *q = p;
+    while (q != end && *q < 0x80)
+        ++q;
+    if (q == end)
+        return QString::fromLatin1(bytes, static_cast<qsizetype>(size));
+    // The units go to a scratch buffer first: a QString cut down after the fact keeps its whole
+    // allocation.
+    QVarLengthArray<char16_t, 256> units(static_cast<qsizetype>(size));
+    const std::size_t n = decodeNative(bytes, size, units.data());
+    return QString(reinterpret_cast<const QChar *>(units.data()), static_cast<qsizetype>(n));
+}
+
+void appendNative(QByteArray &out, QStringView text)
 {
     // Writes straight into the buffer: a unit never takes more than three bytes (a surrogate
     // pair, two units, takes four).

@@ -11,6 +11,9 @@ namespace duomir {
 // the lone surrogate U+DC00 + byte (U+DC80..U+DCFF). Valid UTF-8 never decodes to a lone
 // surrogate, so the mapping is reversible: toNative(fromNative(b)) == b for every byte string b.
 
+// Decodes `size` bytes of a name or path into `out`, which has room for `size` units (UTF-8
+// never gives more units than bytes); returns the units written.
+std::size_t decodeNative(const char *bytes, std::size_t size, char16_t *out);
 // Decodes `size` bytes of a name or path.
 QString fromNative(const char *bytes, std::size_t size);
 inline QString fromNative(const QByteArray &bytes)
@@ -22,7 +25,7 @@ inline QString fromNative(const QByteArray &bytes)
 // surrogate outside U+DC80..U+DCFF (never produced by fromNative) becomes U+FFFD.
 QByteArray toNative(const QString &text);
 // Appends the encoding of `text` to `out` (no allocation when `out` has room).
-void appendNative(QByteArray &out, const QString &text);
+void appendNative(QByteArray &out, QStringView text);
 
 } // namespace duomir
 
