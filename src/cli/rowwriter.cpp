@@ -29,6 +29,40 @@ bool missingOn(const CompareEntry &e, int side)
     return e.lacks(side) && !e.lacks(1 - side);
 }
 
+void appendTsv(QByteArray &out, QAnyStringView text)
+{
+    const qsizetype start = out.size();
+    appendNative(out, text);
+    // Escape only when needed; almost no name holds these bytes.
+    bool special = false;
+    for (qsizetype i = start; i < out.size() && !special; ++i) {
+        const char c = out.at(i);
+        special = c == '\\' || c == '\t' || c == '\n' || c == '\r';
+    }
+    if (!special)
+        return;
+    const QByteArray raw = out.mid(start);
+    out.truncate(start);
+    for (char c : raw) {
+        switch (c) {
+        case '\\':
+            out.append("\\\\");
+            break;
+        case '\t':
+            out.append("\\t");
+            break;
+        case '\n':
+            out.append("\\n");
+            break;
+        case '\r':
+            out.append("\\r");
+            break;
+        default:
+            out.append(c);
+        }
+    }
+}
+
 } // namespace
 
 void appendDate(QByteArray &out, Date value)
@@ -81,45 +115,12 @@ RowWriter::~RowWriter()
     finish();
 }
 
-void RowWriter::field(QStringView head, QStringView tail)
+void RowWriter::jsonField(QStringView head, QAnyStringView tail)
 {
-    if (m_format == Format::Tsv) {
-        const qsizetype start = m_buffer.size();
-        appendNative(m_buffer, head);
-        appendNative(m_buffer, tail);
-        // Escape only when needed; almost no name holds these bytes.
-        bool special = false;
-        for (qsizetype i = start; i < m_buffer.size() && !special; ++i) {
-            const char c = m_buffer.at(i);
-            special = c == '\\' || c == '\t' || c == '\n' || c == '\r';
-        }
-        if (!special)
-            return;
-        const QByteArray raw = m_buffer.mid(start);
-        m_buffer.truncate(start);
-        for (char c : raw) {
-            switch (c) {
-            case '\\':
-                m_buffer.append("\\\\");
-                break;
-            case '\t':
-                m_buffer.append("\\t");
-                break;
-            case '\n':
-                m_buffer.append("\\n");
-                break;
-            case '\r':
-                m_buffer.append("\\r");
-                break;
-            default:
-                m_buffer.append(c);
-            }
-        }
-        return;
-    }
-    // JSON: quoted and escaped; escape units become \udcXX rather than raw invalid bytes.
+    // Quoted and escaped; escape units become \udcXX rather than raw invalid bytes.
     m_buffer.append('"');
-    for (const QStringView part : {head, tail}) {
+    const QString tailText = tail.toString();
+    for (const QStringView part : {head, QStringView(tailText)}) {
         const qsizetype n = part.size();
         const QChar *p = part.data();
         for (qsizetype i = 0; i < n; ++i) {
@@ -154,7 +155,21 @@ void RowWriter::path(const CompareEntry &e, int side)
             m_buffer.append("\"\"");
         return;
     }
-    field(e.path(side), e.isDirectory() ? QStringView() : e.nameView(side));
+    const QAnyStringView name = e.isDirectory() ? QAnyStringView() : e.nameView(side);
+    if (m_format == Format::Json) {
+        jsonField(e.path(side), name);
+        return;
+    }
+    // The files of one folder share their path: it is encoded once.
+    const QString &path = e.path(side);
+    auto &[lastPath, encoded] = m_lastPath[size_t(side)];
+    if (&path != lastPath) {
+        lastPath = &path;
+        encoded.clear();
+        appendTsv(encoded, path);
+    }
+    m_buffer.append(encoded);
+    appendTsv(m_buffer, name);
 }
 
 void RowWriter::row(const CompareEntry &e)

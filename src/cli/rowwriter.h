@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QByteArray>
+#include <array>
 #include <cstdio>
+#include <utility>
 
 #include "core/fileentry.h"
 
@@ -27,13 +29,15 @@ public:
     void finish();
 
 private:
-    void field(QStringView head, QStringView tail);
+    void jsonField(QStringView head, QAnyStringView tail);
     void path(const CompareEntry &entry, int side);
     void flushIfFull();
 
     std::FILE *m_out;
     Format m_format;
     QByteArray m_buffer;
+    // Per side: the last path written and its TSV bytes.
+    std::array<std::pair<const QString *, QByteArray>, 2> m_lastPath{};
     bool m_first = true;
     bool m_finished = false;
 };

@@ -1,13 +1,19 @@
 #pragma once
 
+#include <QAnyStringView>
 #include <QString>
 #include <QStringView>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 #include <vector>
 
+#include <QLatin1StringView>
+#include <QUtf8StringView>
+
 #include "core/platform/freememory.h"
+#include "core/textstore.h"
 
 namespace duomir {
 
@@ -36,6 +42,37 @@ enum CompareState : std::int16_t {
 // The empty path of an entry that has none.
 inline const QString NoPath;
 
+// A name as a TextStore keeps it: its units and whether they are two bytes each (UTF-16) or one
+// (Latin-1), the flag in the top bit of the length.
+template <class Length> struct StoredName
+{
+    static constexpr Length Wide = Length(1) << (sizeof(Length) * 8 - 1);
+
+    static QAnyStringView view(const void *units, Length length)
+    {
+        const auto size = static_cast<qsizetype>(length & ~Wide);
+        if (length & Wide)
+            return QStringView(static_cast<const char16_t *>(units), size);
+        return QLatin1StringView(static_cast<const char *>(units), size);
+    }
+    // A name made by TextStore::add (Latin-1 or UTF-16).
+    static void keep(QAnyStringView name, const void *&units, Length &length)
+    {
+        name.visit([&](auto text) {
+            if constexpr (std::is_same_v<decltype(text), QStringView>) {
+                units = text.utf16();
+                length = static_cast<Length>(text.size()) | Wide;
+            } else {
+                static_assert(std::is_same_v<decltype(text), QLatin1StringView> ||
+                              std::is_same_v<decltype(text), QUtf8StringView>);
+                // A TextStore makes no UTF-8 views; ASCII reads the same either way.
+                units = text.data();
+                length = static_cast<Length>(text.size());
+            }
+        });
+    }
+};
+
 // One scanned file or directory. Names are carried losslessly: bytes that are not valid UTF-8 are
 // kept as escape code units (see platform/nativename.h), so a copy reaches the other side
 // unchanged. The texts live in the TextStore of the scan; the entry only points there, so a
@@ -46,13 +83,18 @@ public:
     // A file: its directory with a trailing separator, one string shared by every file of that
     // directory; a directory: itself, no separator; element 0: the root without its separator.
     const QString &path() const { return m_path ? *m_path : NoPath; }
-    QStringView name() const { return {m_name, qsizetype(m_nameLength)}; } // empty for the root
+    // Empty for the root.
+    QAnyStringView name() const { return StoredName<std::uint32_t>::view(m_name, m_nameLength); }
+    NameUnits nameUnits() const
+    {
+        constexpr auto wide = StoredName<std::uint32_t>::Wide;
+        return {m_name, qsizetype(m_nameLength & ~wide), (m_nameLength & wide) != 0};
+    }
     // `path` and `name` must outlive the entry (a TextStore that its owner holds).
     void setPath(const QString *path) { m_path = path; }
-    void setName(QStringView name)
+    void setName(QAnyStringView name)
     {
-        m_name = name.utf16();
-        m_nameLength = static_cast<std::uint32_t>(name.size());
+        StoredName<std::uint32_t>::keep(name, m_name, m_nameLength);
     }
 
     Date Modified = 0;
@@ -72,7 +114,7 @@ public:
 
 private:
     const QString *m_path = nullptr;
-    const char16_t *m_name = nullptr;
+    const void *m_name = nullptr;
     std::uint32_t m_nameLength = 0;
 };
 
@@ -89,27 +131,23 @@ public:
         return p ? *p : NoPath;
     }
     // Empty on a side that lacks the entry (and on both sides of a pair's root row).
-    QStringView nameView(int side) const
+    QAnyStringView nameView(int side) const
     {
         const auto s = static_cast<std::size_t>(side);
-        return {m_name[s], qsizetype(m_nameLength[s])};
+        return StoredName<std::uint16_t>::view(m_name[s], m_nameLength[s]);
     }
     QString name(int side) const { return nameView(side).toString(); }
-    bool lacks(int side) const { return m_nameLength[static_cast<std::size_t>(side)] == 0; }
-    // The path and name together: the entry's full path on `side`.
-    QString fullPath(int side) const
+    bool lacks(int side) const
     {
-        QString out;
-        out.reserve(path(side).size() + nameView(side).size());
-        return out.append(path(side)).append(nameView(side));
+        return (m_nameLength[static_cast<std::size_t>(side)] & ~StoredName<std::uint16_t>::Wide) ==
+               0;
     }
-    // Both must outlive the row; a name holds at most 65,535 units (a Linux name 255 bytes).
+    // Both must outlive the row; a name holds at most 32,767 units (a Linux name 255 bytes).
     void setPath(int side, const QString *path) { m_path[static_cast<std::size_t>(side)] = path; }
-    void setName(int side, QStringView name)
+    void setName(int side, QAnyStringView name)
     {
         const auto s = static_cast<std::size_t>(side);
-        m_name[s] = name.utf16();
-        m_nameLength[s] = static_cast<std::uint16_t>(name.size());
+        StoredName<std::uint16_t>::keep(name, m_name[s], m_nameLength[s]);
     }
 
     std::array<Date, 2> Modified{};
@@ -129,7 +167,7 @@ public:
 
 private:
     std::array<const QString *, 2> m_path{};
-    std::array<const char16_t *, 2> m_name{};
+    std::array<const void *, 2> m_name{};
     std::array<std::uint16_t, 2> m_nameLength{};
 };
 

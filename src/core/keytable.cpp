@@ -30,9 +30,9 @@ template <class Put> void forTail(const FileEntry &e, Put put)
     if (e.isDirectory())
         return;
     put(KeyFileMark);
-    const char16_t *p = units(e.name());
-    for (qsizetype i = 0; i < e.name().size(); ++i)
-        put(keyNameUnit(p[i]));
+    const NameUnits name = e.nameUnits();
+    for (qsizetype i = 0; i < name.size; ++i)
+        put(keyNameUnit(name[i]));
 }
 
 // memcmp for the short runs keys are made of: eight bytes at a time, read big-endian so that the

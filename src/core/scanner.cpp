@@ -94,7 +94,8 @@ private:
     int m_utcOffset;
     ScanExtras *m_extras;
     std::vector<QByteArray> m_temporaries;
-    QString m_skipFolder; // full path of a folder never listed
+    std::vector<char16_t> m_name; // the name being looked at, decoded
+    QString m_skipFolder;         // full path of a folder never listed
     bool m_rootListed = false;
 };
 
@@ -173,31 +174,35 @@ bool Scanner::scan(const QString *directory, int fd)
     struct Taken
     {
         const ListedItem *item;
-        QStringView name;
+        QAnyStringView name;
+        NameUnits units;
     };
     std::vector<Taken> files;
     std::vector<Taken> folders;
+    const auto take = [this](std::vector<Taken> &into, const ListedItem &item, QStringView name) {
+        const QAnyStringView kept = m_texts.add(name);
+        into.push_back({&item, kept, NameUnits::of(kept)});
+    };
     for (const ListedItem &item : listing.items) {
-        // The name goes straight into the store; a name that is not taken is dropped again by
-        // leaving it uncommitted.
-        char16_t *units = m_texts.reserve(item.nameLength);
-        const QStringView name(units,
-                               qsizetype(decodeNative(listing.name(item), item.nameLength, units)));
+        m_name.resize(item.nameLength);
+        const QStringView name(
+            m_name.data(),
+            qsizetype(decodeNative(listing.name(item), item.nameLength, m_name.data())));
         if (item.attributes & Attr::Directory) {
             // A dot folder (.ssh, .config, .git) is a hidden one, taken with HiddenDirs.
             if (!isKeptFolder(*directory, name) &&
                 passesHiddenSystem(item.attributes, m_flags.HiddenDirs, m_flags.SysDirs) &&
                 m_flags.SubDirs && MatchesMasks(name, m_directoryMasks))
-                folders.push_back({&item, m_texts.commit(std::size_t(name.size()))});
+                take(folders, item, name);
         } else if (passesHiddenSystem(item.attributes, m_flags.HiddenFiles, m_flags.SysFiles) &&
                    MatchesMasks(name, m_fileMasks)) {
-            files.push_back({&item, m_texts.commit(std::size_t(name.size()))});
+            take(files, item, name);
         }
         yield();
     }
     const auto byKey = [](const Taken &a, const Taken &b) {
-        const int c = compareNameKeys(a.name, b.name);
-        return c != 0 ? c < 0 : a.name.compare(b.name, Qt::CaseSensitive) < 0;
+        const int c = compareNameKeys(a.units, b.units);
+        return c != 0 ? c < 0 : compareNamesExactly(a.units, b.units) < 0;
     };
     std::sort(files.begin(), files.end(), byKey);
     std::sort(folders.begin(), folders.end(), byKey);
@@ -213,7 +218,7 @@ bool Scanner::scan(const QString *directory, int fd)
     }
     for (const Taken &folder : folders) {
         QString path = *directory;
-        path.append(folder.name);
+        path.append(folder.name.toString());
         const QString *inner = m_texts.addPath(path + Separator);
         FileEntry &e = append();
         e.setPath(m_texts.addPath(std::move(path)));

@@ -41,13 +41,13 @@ public:
         case 1:
             if (m_directory)
                 break;
-            m_p = units(m_entry.name());
-            m_end = m_p + m_entry.name().size();
+            m_name = m_entry.nameUnits();
+            m_at = 0;
             m_phase = 2;
             [[fallthrough]];
         case 2:
-            if (m_p != m_end)
-                return keyNameUnit(*m_p++);
+            if (m_at != m_name.size)
+                return keyNameUnit(m_name[m_at++]);
             break;
         default:
             break;
@@ -60,6 +60,8 @@ private:
     const FileEntry &m_entry;
     const char16_t *m_p;
     const char16_t *m_end;
+    NameUnits m_name;
+    qsizetype m_at = 0;
     bool m_directory;
     int m_phase = 0;
 };
@@ -98,18 +100,42 @@ int sign(int v)
 
 } // namespace
 
-int compareNameKeys(QStringView a, QStringView b)
+int compareNameKeys(NameUnits a, NameUnits b)
 {
-    const char16_t *p = units(a);
-    const char16_t *q = units(b);
-    const qsizetype n = std::min(a.size(), b.size());
-    for (qsizetype i = 0; i < n; ++i) {
-        const char16_t x = keyNameUnit(p[i]);
-        const char16_t y = keyNameUnit(q[i]);
+    const qsizetype n = std::min(a.size, b.size);
+    // Names of one folder often share a long start ("IMG_2024..."): equal units have equal keys,
+    // so the common run is skipped without upper-casing it.
+    qsizetype i = 0;
+    if (!a.wide && !b.wide) {
+        const auto *p = static_cast<const unsigned char *>(a.data);
+        i = std::mismatch(p, p + n, static_cast<const unsigned char *>(b.data)).first - p;
+    } else if (a.wide && b.wide) {
+        const auto *p = static_cast<const char16_t *>(a.data);
+        i = std::mismatch(p, p + n, static_cast<const char16_t *>(b.data)).first - p;
+    }
+    for (; i < n; ++i) {
+        const char16_t x = keyNameUnit(a[i]);
+        const char16_t y = keyNameUnit(b[i]);
         if (x != y)
             return x < y ? -1 : 1;
     }
-    return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
+    return a.size == b.size ? 0 : (a.size < b.size ? -1 : 1);
+}
+
+int compareNamesExactly(NameUnits a, NameUnits b)
+{
+    if (a.wide && b.wide) {
+        const QStringView x(static_cast<const char16_t *>(a.data), a.size);
+        const QStringView y(static_cast<const char16_t *>(b.data), b.size);
+        return sign(x.compare(y, Qt::CaseSensitive));
+    }
+    // A Latin-1 unit is below every unit that needs two bytes: unit order is the order.
+    const qsizetype n = std::min(a.size, b.size);
+    for (qsizetype i = 0; i < n; ++i) {
+        if (a[i] != b[i])
+            return a[i] < b[i] ? -1 : 1;
+    }
+    return a.size == b.size ? 0 : (a.size < b.size ? -1 : 1);
 }
 
 QString SortKeys::text(const FileEntry &entry) const
@@ -131,7 +157,7 @@ int SortKeys::compare(const FileEntry &a, const SortKeys &other, const FileEntry
         if (ra.size() == rb.size() &&
             (ra.data() == rb.data() ||
              std::memcmp(ra.data(), rb.data(), static_cast<std::size_t>(ra.size()) * 2) == 0))
-            return compareNameKeys(a.name(), b.name());
+            return compareNameKeys(a.nameUnits(), b.nameUnits());
     }
     KeyCursor x(a, m_offset);
     KeyCursor y(b, other.m_offset);
@@ -152,7 +178,7 @@ int SortKeys::compareExact(const FileEntry &a, const SortKeys &other, const File
     const int c = sign(pa.compare(pb, Qt::CaseSensitive));
     if (c != 0)
         return c;
-    return sign(QStringView(a.name()).compare(QStringView(b.name()), Qt::CaseSensitive));
+    return compareNamesExactly(a.nameUnits(), b.nameUnits());
 }
 
 bool SortKeys::less(const FileEntry &a, const FileEntry &b) const

@@ -24,7 +24,9 @@ inline char16_t keyPathUnit(char16_t c)
 
 // The order of two names as the keys of two files (or two folders) of one directory order them:
 // unit by unit upper-cased, a name that begins another first. -1, 0 or 1.
-int compareNameKeys(QStringView a, QStringView b);
+int compareNameKeys(NameUnits a, NameUnits b);
+// The exact order of two names: unit by unit, case counting.
+int compareNamesExactly(NameUnits a, NameUnits b);
 
 // The sort key of an entry, after the path text of its side's pair with length L:
 //   take Path from position L+1 on (1-based), separators replaced by U+0001, then

@@ -5,49 +5,38 @@
 
 namespace duomir {
 
-char16_t *TextStore::reserve(std::size_t size)
+char *TextStore::take(std::size_t bytes, std::size_t alignment)
 {
-    if (m_blocks.empty() || m_capacity - m_used < size) {
+    std::size_t at = (m_used + alignment - 1) & ~(alignment - 1);
+    if (m_blocks.empty() || at + bytes > m_capacity) {
         // A text longer than a block gets a block of its own size.
-        m_capacity = std::max(BlockUnits, size);
-        m_blocks.push_back(std::make_unique_for_overwrite<char16_t[]>(m_capacity));
-        m_used = 0;
+        m_capacity = std::max(BlockBytes, bytes);
+        m_blocks.push_back(std::make_unique_for_overwrite<char[]>(m_capacity));
+        at = 0;
     }
-    m_reserved = m_blocks.back().get() + m_used;
-    return m_reserved;
+    m_used = at + bytes;
+    return m_blocks.back().get() + at;
 }
 
-QStringView TextStore::commit(std::size_t used)
-{
-    const QStringView view(m_reserved, static_cast<qsizetype>(used));
-    m_used += used;
-    m_reserved = nullptr;
-    return view;
-}
-
-QStringView TextStore::add(QStringView text)
+QAnyStringView TextStore::add(QStringView text)
 {
     if (text.isEmpty())
         return {};
     const auto size = static_cast<std::size_t>(text.size());
-    char16_t *to = reserve(size);
-    std::memcpy(to, text.utf16(), size * sizeof(char16_t));
-    return commit(size);
+    const char16_t *units = text.utf16();
+    if (std::all_of(units, units + size, [](char16_t u) { return u < 0x100; })) {
+        char *to = take(size, 1);
+        std::transform(units, units + size, to, [](char16_t u) { return static_cast<char>(u); });
+        return QLatin1StringView(to, text.size());
+    }
+    auto *to = reinterpret_cast<char16_t *>(take(size * sizeof(char16_t), alignof(char16_t)));
+    std::memcpy(to, units, size * sizeof(char16_t));
+    return QStringView(to, text.size());
 }
 
 const QString *TextStore::addPath(QString path)
 {
     return &m_paths.emplace_back(std::move(path));
-}
-
-std::size_t TextStore::bytes() const
-{
-    std::size_t total = 0;
-    for (std::size_t b = 0; b < m_blocks.size(); ++b)
-        total += (b + 1 == m_blocks.size() ? m_capacity : BlockUnits) * sizeof(char16_t);
-    for (const QString &p : m_paths)
-        total += sizeof(QString) + static_cast<std::size_t>(p.capacity()) * sizeof(char16_t);
-    return total;
 }
 
 } // namespace duomir

@@ -14,11 +14,11 @@ namespace duomir {
 namespace {
 
 // The text a row is known by: a file's name (either side), a directory's own path.
-QStringView rowName(const CompareEntry &e)
+QString rowName(const CompareEntry &e)
 {
     if (e.isDirectory())
         return e.path(0).isEmpty() ? e.path(1) : e.path(0);
-    return e.lacks(0) ? e.nameView(1) : e.nameView(0);
+    return e.lacks(0) ? e.name(1) : e.name(0);
 }
 
 bool presentOn(const CompareEntry &e, int side)
@@ -205,7 +205,7 @@ QVariant FileListModel::data(const QModelIndex &index, int role) const
 
     switch (column) {
     case NameColumn:
-        return rowName(e).toString();
+        return rowName(e);
     case SourceSizeColumn:
     case DestinationSizeColumn: {
         const int side = column == SourceSizeColumn ? 0 : 1;
@@ -296,7 +296,7 @@ void FileListModel::sort(int column, Qt::SortOrder order)
         // Folding every name once makes each comparison a plain code-unit compare.
         std::vector<QString> keys(visible.size());
         for (const int v : newOrder)
-            keys[static_cast<size_t>(v)] = rowName(rowAt(v)).toString().toCaseFolded();
+            keys[static_cast<size_t>(v)] = rowName(rowAt(v)).toCaseFolded();
         std::stable_sort(newOrder.begin(), newOrder.end(), [&](int a, int b) {
             const QString &ka = keys[static_cast<size_t>(a)];
             const QString &kb = keys[static_cast<size_t>(b)];

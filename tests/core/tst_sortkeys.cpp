@@ -60,7 +60,7 @@ QStringList describe(const FileArray &entries)
 {
     QStringList out;
     for (const FileEntry &e : entries)
-        out << e.path() + u'|' + e.name();
+        out << e.path() + u'|' + e.name().toString();
     return out;
 }
 

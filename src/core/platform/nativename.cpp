@@ -3,6 +3,7 @@
 #include <QVarLengthArray>
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 namespace duomir {
 
@@ -101,7 +102,22 @@ QString fromNative(const char *bytes, std::size_t size)
     return QString(reinterpret_cast<const QChar *>(units.data()), static_cast<qsizetype>(n));
 }
 
-void appendNative(QByteArray &out, QStringView text)
+namespace {
+
+void appendLatin1(QByteArray &out, QLatin1StringView text)
+{
+    for (const char c : text) {
+        const auto u = static_cast<unsigned char>(c);
+        if (u < 0x80) {
+            out.append(c);
+        } else {
+            out.append(static_cast<char>(0xC0 | (u >> 6)));
+            out.append(static_cast<char>(0x80 | (u & 0x3F)));
+        }
+    }
+}
+
+void appendUtf16(QByteArray &out, QStringView text)
 {
     // Writes straight into the buffer: a unit never takes more than three bytes (a surrogate
     // pair, two units, takes four).
@@ -140,6 +156,20 @@ void appendNative(QByteArray &out, QStringView text)
         }
     }
     out.resize(d - out.constData());
+}
+
+} // namespace
+
+void appendNative(QByteArray &out, QAnyStringView text)
+{
+    text.visit([&out](auto view) {
+        if constexpr (std::is_same_v<decltype(view), QStringView>)
+            appendUtf16(out, view);
+        else if constexpr (std::is_same_v<decltype(view), QLatin1StringView>)
+            appendLatin1(out, view);
+        else
+            appendUtf16(out, view.toString());
+    });
 }
 
 QByteArray toNative(const QString &text)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAnyStringView>
 #include <QByteArray>
 #include <QString>
 #include <cstddef>
@@ -25,7 +26,7 @@ inline QString fromNative(const QByteArray &bytes)
 // surrogate outside U+DC80..U+DCFF (never produced by fromNative) becomes U+FFFD.
 QByteArray toNative(const QString &text);
 // Appends the encoding of `text` to `out` (no allocation when `out` has room).
-void appendNative(QByteArray &out, QStringView text);
+void appendNative(QByteArray &out, QAnyStringView text);
 
 } // namespace duomir
 
