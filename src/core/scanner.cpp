@@ -1,10 +1,12 @@
 #include "core/scanner.h"
 
 #include <QDateTime>
+#include <QScopeGuard>
 #include <algorithm>
 #include <cmath>
 #include <fcntl.h>
 #include <iterator>
+#include <memory>
 #include <mutex>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -52,6 +54,15 @@ public:
 private:
     // `directory` ends in the separator and lives in the store: the files here share it.
     bool scan(const QString *directory, int fd);
+    // Takes what the listing of `directory` (open as `fd`) holds, and walks into its folders.
+    void walk(const QString *directory, int fd, const Listing &listing);
+    void adoptTemporaries(const QString &directory, const std::vector<QByteArray> &names)
+    {
+        if (m_extras) {
+            for (const QByteArray &name : names)
+                m_extras->leftovers.push_back(directory + fromNative(name));
+        }
+    }
     FileEntry &append()
     {
         if (m_chunks.empty() || m_chunks.back().size() == ChunkSize) {
@@ -94,8 +105,9 @@ private:
     int m_utcOffset;
     ScanExtras *m_extras;
     std::vector<QByteArray> m_temporaries;
-    std::vector<char16_t> m_name; // the name being looked at, decoded
-    QString m_skipFolder;         // full path of a folder never listed
+    std::vector<char16_t> m_name;          // the name being looked at, decoded
+    std::unique_ptr<ListingAhead> m_ahead; // on a network file system
+    QString m_skipFolder;                  // full path of a folder never listed
     bool m_rootListed = false;
 };
 
@@ -133,6 +145,11 @@ bool Scanner::scanRoot(const QString &directory)
     if (m_extras && !m_extras->skipFolder.isEmpty())
         m_skipFolder = root.path() + Separator + m_extras->skipFolder;
     const Fd fd(::open(toNative(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const int threads = m_extras && m_extras->listingThreads >= 0 ? m_extras->listingThreads
+                        : fd.valid()                              ? listingThreadsFor(fd.get())
+                                                                  : 0;
+    if (threads > 0)
+        m_ahead = std::make_unique<ListingAhead>(threads);
     m_rootListed = fd.valid() && scan(m_texts.addPath(root.path() + Separator), fd.get());
     struct stat st;
     if (m_rootListed && m_extras && ::fstat(fd.get(), &st) == 0) {
@@ -163,9 +180,13 @@ bool Scanner::scan(const QString *directory, int fd)
     m_temporaries.clear();
     if (!listDirectory(fd, listing, m_extras ? &m_temporaries : nullptr))
         return false;
-    for (const QByteArray &name : m_temporaries)
-        m_extras->leftovers.push_back(*directory + fromNative(name));
+    adoptTemporaries(*directory, m_temporaries);
+    walk(directory, fd, listing);
+    return true;
+}
 
+void Scanner::walk(const QString *directory, int fd, const Listing &listing)
+{
     if (m_extras && m_extras->listed)
         m_extras->listed->fetch_add(std::int64_t(listing.items.size()), std::memory_order_relaxed);
     // What is taken, in the order of the sort keys (sortkeys.h): the files, then each folder
@@ -216,7 +237,19 @@ bool Scanner::scan(const QString *directory, int fd)
         e.ModifiedNs = file.item->mtimeNs;
         e.FullSize = file.item->size;
     }
-    for (const Taken &folder : folders) {
+    // Folders listed ahead are asked for a few at a time, so that the listings waiting to be
+    // walked stay few however wide the tree. Whatever was asked is taken before `fd` closes.
+    const std::size_t askAhead = 32;
+    std::vector<std::shared_ptr<ListingAhead::Request>> asked(m_ahead ? folders.size() : 0);
+    std::size_t nextAsk = 0;
+    const auto takeTheRest = qScopeGuard([&] {
+        for (const auto &request : asked) {
+            if (request)
+                m_ahead->take(*request);
+        }
+    });
+    for (std::size_t k = 0; k < folders.size(); ++k) {
+        const Taken &folder = folders[k];
         QString path = *directory;
         path.append(folder.name.toString());
         const QString *inner = m_texts.addPath(path + Separator);
@@ -228,11 +261,24 @@ bool Scanner::scan(const QString *directory, int fd)
         // The directory stays in the list as an empty one, but marked: nothing is known of its
         // contents, so deletion must not take them for missing. A failed listing adds no
         // entries, so `e` still refers to this directory.
-        const Fd child(openDirectoryAt(fd, listing.name(*folder.item)));
-        if (!child.valid() || !scan(inner, child.get()))
+        bool listed = false;
+        if (m_ahead) {
+            for (; nextAsk < folders.size() && nextAsk < k + askAhead; ++nextAsk)
+                asked[nextAsk] = m_ahead->ask(fd, listing.name(*folders[nextAsk].item));
+            ListingAhead::Outcome outcome = m_ahead->take(*asked[k]);
+            asked[k].reset();
+            listed = outcome.listed;
+            if (listed) {
+                adoptTemporaries(*inner, outcome.temporaries);
+                walk(inner, outcome.fd.get(), outcome.listing);
+            }
+        } else {
+            const Fd child(openDirectoryAt(fd, listing.name(*folder.item)));
+            listed = child.valid() && scan(inner, child.get());
+        }
+        if (!listed)
             e.Attributes |= Attr::Unlisted;
     }
-    return true;
 }
 
 } // namespace

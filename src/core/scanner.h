@@ -17,6 +17,9 @@ struct ScanExtras
 {
     // In: a folder below the root ("/"-separated) that is never listed, as the versions folder.
     QString skipFolder;
+    // In: how many folders are listed at once; -1 lets the file system of the root decide
+    // (several on a network mount, where each call is a round trip; else one).
+    int listingThreads = -1;
     // In: counts the entries listed so far, for a progress display on another thread.
     std::atomic<std::int64_t> *listed = nullptr;
     std::vector<QString> leftovers; // temporary files of killed copies, full paths

@@ -8,7 +8,9 @@
 #include "common/temptree.h"
 #include "core/comparecommand.h"
 #include "core/engine.h"
+#include "core/masks.h"
 #include "core/platform/nativename.h"
+#include "core/scanner.h"
 #include "core/sortkeys.h"
 #include "localization/language.h"
 
@@ -86,6 +88,8 @@ private Q_SLOTS:
     void missingDestinationDropsEverything();
     void emptyListAndEmptyRootText();
     void caseTwinsPairByExactName();
+    void caseTwinFoldersInterleave();
+    void listingAheadScansAlike();
     void scanRules_data();
     void scanRules();
     void hostileTrees();
@@ -319,6 +323,53 @@ void TestCompare::caseTwinsPairByExactName()
     QCOMPARE(f.rows(), QStringList({u"0 1 d s d"_qs, u"-1 1 f s/A.TXT [d/A.TXT]"_qs,
                                     u"1 1 f [s/A.txt] d/A.txt"_qs, u"0 0 f s/a.txt d/a.txt"_qs,
                                     u"0 0 f s/Only.txt d/ONLY.TXT"_qs}));
+}
+
+// Two folders of one key on one side: what they hold sorts by key across both, which is not the
+// order a walk lists them in.
+void TestCompare::caseTwinFoldersInterleave()
+{
+    Fixture f;
+    for (const char *n : {"s/Sub/a", "s/SUB/b", "s/Sub/c", "s/SUB/B2", "d/sub/b"})
+        f.tree.file(QString::fromUtf8(n), "1", T0);
+    f.addPair(u"s"_qs, u"d"_qs);
+    QVERIFY(Compare(f.engine));
+    QStringList order;
+    for (const QString &row : f.rows())
+        order << row.section(u' ', 3, 3);
+    QCOMPARE(order, QStringList({u"s"_qs, u"s/SUB"_qs, u"s/Sub"_qs, u"[s/sub]"_qs, u"s/Sub/a"_qs,
+                                 u"s/SUB/b"_qs, u"s/SUB/B2"_qs, u"s/Sub/c"_qs}));
+}
+
+// Folders listed on worker threads (as on a network mount) give the very scan a walk alone gives.
+void TestCompare::listingAheadScansAlike()
+{
+    TempTree tree;
+    for (int i = 0; i < 70; ++i) // more folders than are asked for at once
+        tree.file(u"r/f%1/x%2"_qs.arg(i % 7).arg(i), "12", T0 + i);
+    tree.file(u"r/f1/deep/er/most"_qs, "1", T0);
+    tree.file(u"r/Twin/a"_qs);
+    tree.file(u"r/TWIN/b"_qs);
+    tree.symlink(u"r/f2/link"_qs, "..");
+    tree.rawFile("r/f3/caf\xe9");
+    DirPair flags;
+    flags.SubDirs = true;
+    const MaskSet all = MaskSet::fromTexts(u"*"_qs, QString());
+    auto scan = [&](int threads) {
+        TextStore texts;
+        FileArray entries;
+        ScanExtras extras;
+        extras.listingThreads = threads;
+        ScanDirectory(tree.path(u"r/"_qs), all, all, flags, entries, texts, nullptr, 0, &extras);
+        QStringList out;
+        for (const FileEntry &e : entries)
+            out << e.path() + u'|' + e.name().toString() + u'|' + QString::number(e.Attributes) +
+                       u'|' + QString::number(e.FullSize) + u'|' + QString::number(e.Modified);
+        return out;
+    };
+    const QStringList alone = scan(0);
+    QCOMPARE(alone.size(), 1 + 70 + 7 + 2 + 1 + 2 + 2 + 1 + 1);
+    QCOMPARE(scan(6), alone);
 }
 
 void TestCompare::scanRules_data()

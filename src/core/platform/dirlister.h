@@ -2,8 +2,14 @@
 
 #include <QByteArray>
 #include <QString>
+#include <condition_variable>
 #include <cstdint>
+#include <memory>
+#include <mutex>
+#include <thread>
 #include <vector>
+
+#include "core/platform/anchor.h"
 
 struct stat;
 
@@ -54,5 +60,46 @@ int openDirectoryAt(int parent, const char *name);
 // (temporaryname.h) are never items; their names go to `temporaries` when it is given. Returns
 // false when the directory cannot be read; `listing` is then empty.
 bool listDirectory(int fd, Listing &listing, std::vector<QByteArray> *temporaries = nullptr);
+
+// How many folders are worth listing at once below the open directory `fd`: on a network file
+// system (FUSE, NFS, SMB, 9P, Ceph) every call waits for a round trip, and many calls in flight
+// hide the waits; on a local disk listing is kernel work that more threads only share out.
+int listingThreadsFor(int fd);
+
+// Lists folders on worker threads ahead of a walk that wants them one by one, in its own order.
+// A walk hands in each folder it will enter (the open parent and the name) and later takes the
+// outcome, waiting only if it is not there yet. The newest requests go first: a depth-first walk
+// wants the folders it asked for last soonest.
+class ListingAhead
+{
+public:
+    struct Outcome
+    {
+        Fd fd; // the folder, opened without following a link
+        bool listed = false;
+        Listing listing;
+        std::vector<QByteArray> temporaries;
+    };
+    class Request;
+
+    explicit ListingAhead(int threads);
+    ~ListingAhead();
+    ListingAhead(const ListingAhead &) = delete;
+    ListingAhead &operator=(const ListingAhead &) = delete;
+
+    // `parent` must stay open and `name` unchanged until the request is taken.
+    std::shared_ptr<Request> ask(int parent, const char *name);
+    Outcome take(Request &request);
+
+private:
+    void work();
+
+    std::mutex m_mutex;
+    std::condition_variable m_asked;
+    std::condition_variable m_done;
+    std::vector<std::shared_ptr<Request>> m_stack;
+    std::vector<std::thread> m_threads;
+    bool m_stopping = false;
+};
 
 } // namespace duomir
