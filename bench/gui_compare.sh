@@ -1,6 +1,7 @@
 #!/bin/sh
 # Compare in the main window (offscreen) against `duomir-cli compare` on the same generated pair,
-# and the time of a filter click, a sort and a scroll through the list (release build).
+# the time of a filter click, a sort and a scroll through the list, and a Synchronize of two
+# identical trees, each with the memory held (release build).
 #
 #   bench/gui_compare.sh [FILES] [WORKDIR]      (defaults: 300000, /tmp/duomir-bench)
 set -eu
@@ -26,4 +27,7 @@ start=$(date +%s%N)
 "$BIN/duomir-cli" compare --source "$TREE/src" --destination "$TREE/dst" >/dev/null 2>&1 || true
 end=$(date +%s%N)
 echo "duomir-cli compare: $(( (end - start) / 1000000 )) ms"
-"$BIN/duomir_gui_bench" "$TREE/src" "$TREE/dst" 2>/dev/null
+# A second pair of identical trees (hard links of the source, made once): a Synchronize there
+# finds nothing to do.
+[ -d "$TREE/same" ] || cp -al "$TREE/src" "$TREE/same"
+"$BIN/duomir_gui_bench" "$TREE/src" "$TREE/dst" "$TREE/src" "$TREE/same" 2>/dev/null

@@ -10,9 +10,6 @@ files=${1:-5000}
 work=${2:-/tmp/duomir-remote}
 bench=$(cd "$(dirname "$0")" && pwd)
 . "$bench/common.sh"
-need sshd openssh-server
-need sshfs
-need rclone
 need hyperfine
 build_release duomir-cli
 cli=$bench/../build/release/bin/duomir-cli
@@ -20,42 +17,7 @@ cli=$bench/../build/release/bin/duomir-cli
 mkdir -p "$work"
 generated_tree "$work/tree" "$files"
 src=$work/tree/src
-key=$work/key
-[ -f "$key" ] || ssh-keygen -q -t ed25519 -N '' -f "$key"
-[ -f "$work/host" ] || ssh-keygen -q -t ed25519 -N '' -f "$work/host"
-cp "$key.pub" "$work/authorized_keys"
-cat >"$work/sshd_config" <<CONF
-Port 2222
-ListenAddress 127.0.0.1
-HostKey $work/host
-AuthorizedKeysFile $work/authorized_keys
-PermitRootLogin prohibit-password
-PasswordAuthentication no
-PidFile $work/sshd.pid
-Subsystem sftp internal-sftp
-StrictModes no
-CONF
-mkdir -p /run/sshd
-/usr/sbin/sshd -f "$work/sshd_config"
-ssh_opts="-p 2222 -i $key -o StrictHostKeyChecking=no -o UserKnownHostsFile=/dev/null -o LogLevel=ERROR"
-rclone serve sftp "$work/remote-rclone" --addr 127.0.0.1:2022 --user bench --pass bench \
-    >/dev/null 2>&1 &
-rclone_pid=$!
-cleanup() {
-    fusermount -u "$work/mnt-sshfs" 2>/dev/null || true
-    fusermount -u "$work/mnt-rclone" 2>/dev/null || true
-    kill "$rclone_pid" 2>/dev/null || true
-    kill "$(cat "$work/sshd.pid")" 2>/dev/null || true
-}
-trap cleanup EXIT
-mkdir -p "$work/remote-sshfs" "$work/remote-rclone" "$work/mnt-sshfs" "$work/mnt-rclone"
-sleep 1
-sshfs -p 2222 -o IdentityFile="$key",StrictHostKeyChecking=no,UserKnownHostsFile=/dev/null \
-    root@127.0.0.1:"$work/remote-sshfs" "$work/mnt-sshfs"
-export RCLONE_CONFIG_R_TYPE=sftp RCLONE_CONFIG_R_HOST=127.0.0.1 RCLONE_CONFIG_R_PORT=2022 \
-    RCLONE_CONFIG_R_USER=bench RCLONE_CONFIG_R_PASS=$(rclone obscure bench)
-rclone mount r: "$work/mnt-rclone" --daemon --vfs-cache-mode writes
-sleep 2
+. "$bench/loopmounts.sh"
 export XDG_CONFIG_HOME=$work/config XDG_DATA_HOME=$work/data
 
 # Each job starts from an empty remote folder: a first backup, then a compare of the result.

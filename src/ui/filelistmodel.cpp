@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "core/engine.h"
+#include "core/sortkeys.h"
 #include "core/syncplan.h"
 #include "ui/painticons.h"
 
@@ -293,14 +294,18 @@ void FileListModel::sort(int column, Qt::SortOrder order)
         byKey([](const CompareEntry &e) { return static_cast<int>(e.State); });
         break;
     case NameColumn: {
-        // Folding every name once makes each comparison a plain code-unit compare.
-        std::vector<QString> keys(visible.size());
+        // Folding every name once makes each comparison a plain code-unit compare; the folded
+        // names go to one store of their own (a byte a unit where they fit), not a string each.
+        TextStore folded;
+        std::vector<NameUnits> keys(visible.size());
         for (const int v : newOrder)
-            keys[static_cast<size_t>(v)] = rowName(rowAt(v)).toCaseFolded();
+            keys[static_cast<size_t>(v)] =
+                NameUnits::of(folded.add(rowName(rowAt(v)).toCaseFolded()));
         std::stable_sort(newOrder.begin(), newOrder.end(), [&](int a, int b) {
-            const QString &ka = keys[static_cast<size_t>(a)];
-            const QString &kb = keys[static_cast<size_t>(b)];
-            return order == Qt::AscendingOrder ? ka < kb : kb < ka;
+            const NameUnits ka = keys[static_cast<size_t>(a)];
+            const NameUnits kb = keys[static_cast<size_t>(b)];
+            return (order == Qt::AscendingOrder ? compareNamesExactly(ka, kb)
+                                                : compareNamesExactly(kb, ka)) < 0;
         });
         break;
     }
