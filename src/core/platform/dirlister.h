@@ -62,8 +62,8 @@ int openDirectoryAt(int parent, const char *name);
 bool listDirectory(int fd, Listing &listing, std::vector<QByteArray> *temporaries = nullptr);
 
 // How many folders are worth listing at once below the open directory `fd`: on a network file
-// system (FUSE, NFS, SMB, 9P, Ceph) every call waits for a round trip, and many calls in flight
-// hide the waits; on a local disk listing is kernel work that more threads only share out.
+// system (FUSE, NFS, SMB, 9P, Ceph) every call waits for a round trip, and calls in flight hide
+// the waits; on a local disk listing is kernel work that more threads only share out (0).
 int listingThreadsFor(int fd);
 
 // Lists folders on worker threads ahead of a walk that wants them one by one, in its own order.
