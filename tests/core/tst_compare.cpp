@@ -83,12 +83,12 @@ private Q_SLOTS:
     void keysAndOrder_data();
     void keysAndOrder();
     void rootStoredWithAndWithoutSeparator();
+    void sortedPreOrder_data();
     void sortedPreOrder();
     void missingSourceComparesAgainstEmpty();
     void missingDestinationDropsEverything();
     void emptyListAndEmptyRootText();
     void caseTwinsPairByExactName();
-    void caseTwinFoldersInterleave();
     void listingAheadScansAlike();
     void scanRules_data();
     void scanRules();
@@ -234,24 +234,40 @@ void TestCompare::rootStoredWithAndWithoutSeparator()
     QCOMPARE(f.rows(), QStringList({u"0 1 d s d"_qs, u"0 0 f s/a d/a"_qs}));
 }
 
-// Files before subdirectories, names without regard to case, every directory before its content,
-// and the rows of two pairs one group after the other.
+void TestCompare::sortedPreOrder_data()
+{
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QStringList>("order"); // of the rows, by their source path
+    QTest::newRow("files first, case ignored, two pairs one after the other")
+        << QStringList(
+               {u"s/b.txt"_qs, u"s/A.txt"_qs, u"s/sub/z"_qs, u"s/Sub2/y"_qs, u"s/sub/deeper/q"_qs})
+        << QStringList({u"s"_qs, u"s/A.txt"_qs, u"s/b.txt"_qs, u"s/sub"_qs, u"s/sub/z"_qs,
+                        u"s/sub/deeper"_qs, u"s/sub/deeper/q"_qs, u"s/Sub2"_qs, u"s/Sub2/y"_qs,
+                        u"t"_qs, u"t/c"_qs});
+    // Two folders of one key on one side: what they hold sorts by key across both, which is not
+    // the order a walk lists them in.
+    QTest::newRow("case twin folders interleave")
+        << QStringList({u"s/Sub/a"_qs, u"s/SUB/b"_qs, u"s/Sub/c"_qs, u"s/SUB/B2"_qs, u"d/sub/b"_qs})
+        << QStringList({u"s"_qs, u"s/SUB"_qs, u"s/Sub"_qs, u"[s/sub]"_qs, u"s/Sub/a"_qs,
+                        u"s/SUB/b"_qs, u"s/SUB/B2"_qs, u"s/Sub/c"_qs, u"t"_qs, u"t/c"_qs});
+}
+
 void TestCompare::sortedPreOrder()
 {
+    QFETCH(QStringList, files);
+    QFETCH(QStringList, order);
     Fixture f;
-    for (const char *n : {"s/b.txt", "s/A.txt", "s/sub/z", "s/Sub2/y", "s/sub/deeper/q", "t/c"})
-        f.tree.file(QString::fromUtf8(n), "", T0);
+    for (const QString &n : files + QStringList{u"t/c"_qs})
+        f.tree.file(n, "1", T0);
     f.tree.dir(u"d"_qs);
     f.tree.dir(u"e"_qs);
     f.addPair(u"s"_qs, u"d"_qs);
     f.addPair(u"t"_qs, u"e"_qs);
     QVERIFY(Compare(f.engine));
-    QStringList order;
+    QStringList seen;
     for (const QString &row : f.rows())
-        order << row.section(u' ', 3, 3);
-    QCOMPARE(order, QStringList({u"s"_qs, u"s/A.txt"_qs, u"s/b.txt"_qs, u"s/sub"_qs, u"s/sub/z"_qs,
-                                 u"s/sub/deeper"_qs, u"s/sub/deeper/q"_qs, u"s/Sub2"_qs,
-                                 u"s/Sub2/y"_qs, u"t"_qs, u"t/c"_qs}));
+        seen << row.section(u' ', 3, 3);
+    QCOMPARE(seen, order);
 }
 
 void TestCompare::missingSourceComparesAgainstEmpty()
@@ -323,22 +339,6 @@ void TestCompare::caseTwinsPairByExactName()
     QCOMPARE(f.rows(), QStringList({u"0 1 d s d"_qs, u"-1 1 f s/A.TXT [d/A.TXT]"_qs,
                                     u"1 1 f [s/A.txt] d/A.txt"_qs, u"0 0 f s/a.txt d/a.txt"_qs,
                                     u"0 0 f s/Only.txt d/ONLY.TXT"_qs}));
-}
-
-// Two folders of one key on one side: what they hold sorts by key across both, which is not the
-// order a walk lists them in.
-void TestCompare::caseTwinFoldersInterleave()
-{
-    Fixture f;
-    for (const char *n : {"s/Sub/a", "s/SUB/b", "s/Sub/c", "s/SUB/B2", "d/sub/b"})
-        f.tree.file(QString::fromUtf8(n), "1", T0);
-    f.addPair(u"s"_qs, u"d"_qs);
-    QVERIFY(Compare(f.engine));
-    QStringList order;
-    for (const QString &row : f.rows())
-        order << row.section(u' ', 3, 3);
-    QCOMPARE(order, QStringList({u"s"_qs, u"s/SUB"_qs, u"s/Sub"_qs, u"[s/sub]"_qs, u"s/Sub/a"_qs,
-                                 u"s/SUB/b"_qs, u"s/SUB/B2"_qs, u"s/Sub/c"_qs}));
 }
 
 // Folders listed on worker threads (as on a network mount) give the very scan a walk alone gives.
