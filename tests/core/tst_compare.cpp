@@ -387,15 +387,18 @@ void TestCompare::scanRules_data()
         << QString() << u"*"_qs << QString() << QStringList({u"Makefile"_qs, u"notes.txt"_qs});
     QTest::newRow("excluded directory is not entered")
         << u"u"_qs << u"*"_qs << u"B*"_qs << QStringList({u"Makefile"_qs, u"notes.txt"_qs});
-    QTest::newRow("hidden files and dot directories")
+    // A volume's trash folders (.Trash, .Trash-1000) are never compared; look-alikes are.
+    QTest::newRow("hidden files and dot directories, trash folders skipped")
         << u"uhdf"_qs << u"*"_qs << QString()
-        << (all + QStringList{u".hidden"_qs, u".svn"_qs, u".svn/entries"_qs});
+        << (all + QStringList{u".hidden"_qs, u".svn"_qs, u".svn/entries"_qs, u".Trashcan"_qs,
+                              u".Trashcan/t"_qs, u".Trash-1a"_qs, u".Trash-1a/t"_qs});
     QTest::newRow("hidden files, no hidden directories")
         << u"uhf"_qs << u"*"_qs << QString() << (all + QStringList{u".hidden"_qs});
 }
 
-// The source holds Makefile, notes.txt, bin/tool, .hidden, .svn/entries and a FIFO; the scan
-// takes what the switches and masks admit. A dot directory is a hidden one.
+// The source holds Makefile, notes.txt, bin/tool, .hidden, .svn/entries, trash folders and
+// look-alikes, and a FIFO; the scan takes what the switches and masks admit. A dot directory is a
+// hidden one.
 void TestCompare::scanRules()
 {
     QFETCH(QString, switches);
@@ -404,7 +407,8 @@ void TestCompare::scanRules()
     QFETCH(QStringList, taken);
 
     Fixture f;
-    for (const char *n : {"s/Makefile", "s/notes.txt", "s/bin/tool", "s/.hidden", "s/.svn/entries"})
+    for (const char *n : {"s/Makefile", "s/notes.txt", "s/bin/tool", "s/.hidden", "s/.svn/entries",
+                          "s/.Trash/t", "s/.Trash-1000/t", "s/.Trashcan/t", "s/.Trash-1a/t"})
         f.tree.file(QString::fromUtf8(n), "", T0);
     QCOMPARE(::mkfifo(QFile::encodeName(f.tree.path(u"s/pipe"_qs)).constData(), 0600), 0);
     f.tree.dir(u"d"_qs);
