@@ -172,6 +172,8 @@ private Q_SLOTS:
     void pairingFollowsPaths_data();
     void pairingFollowsPaths();
     void rootOfTheFileSystemPairs();
+    void namesInEitherForm_data();
+    void namesInEitherForm();
 };
 
 void TestSortKeys::sortFollowsTheKeys_data()
@@ -353,6 +355,36 @@ void TestSortKeys::rootOfTheFileSystemPairs()
     QCOMPARE(rows.size(), std::size_t(5)); // element 0, the roots and three matched rows
     for (std::size_t r = 2; r < rows.size(); ++r)
         QVERIFY(!rows[r].lacks(0) && !rows[r].lacks(1));
+}
+
+void TestSortKeys::namesInEitherForm_data()
+{
+    QTest::addColumn<QString>("a");
+    QTest::addColumn<QString>("b");
+    QTest::addColumn<int>("keys");  // compareNameKeys(a, b)
+    QTest::addColumn<int>("exact"); // compareNamesExactly(a, b)
+    QTest::newRow("equal") << u"IMG_0001.jpg"_qs << u"IMG_0001.jpg"_qs << 0 << 0;
+    QTest::newRow("long common start") << u"IMG_0001.jpg"_qs << u"img_0002.JPG"_qs << -1 << -1;
+    QTest::newRow("case only") << u"abc"_qs << u"ABC"_qs << 0 << 1;
+    QTest::newRow("a start first") << u"abc"_qs << u"abcd"_qs << -1 << -1;
+    QTest::newRow("Latin-1 beyond ASCII") << u"\u00e9t\u00e9"_qs << u"\u00c9T\u00c9"_qs << 0 << 1;
+    // One name kept a byte a unit, the other two: bytes that happen to agree are no equal units.
+    QTest::newRow("wide against narrow") << u"\u4141\u4141"_qs << u"AAAA"_qs << 1 << 1;
+    QTest::newRow("narrow against wide") << u"AAAA"_qs << u"\u4141\u4141"_qs << -1 << -1;
+    QTest::newRow("both wide") << u"\u65e5\u672c"_qs << u"\u65e5\u672cx"_qs << -1 << -1;
+}
+
+// Names compare by their units whichever form a TextStore keeps them in.
+void TestSortKeys::namesInEitherForm()
+{
+    QFETCH(QString, a);
+    QFETCH(QString, b);
+    QFETCH(int, keys);
+    QFETCH(int, exact);
+    const NameUnits x = NameUnits::of(texts.add(a));
+    const NameUnits y = NameUnits::of(texts.add(b));
+    QCOMPARE(compareNameKeys(x, y), keys);
+    QCOMPARE(compareNamesExactly(x, y), exact);
 }
 
 #include "tst_sortkeys.moc"
