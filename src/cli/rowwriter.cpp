@@ -67,7 +67,7 @@ void appendTsv(QByteArray &out, QAnyStringView text)
 
 void appendDate(QByteArray &out, Date value)
 {
-    const std::int64_t seconds = std::llround((value - 25569.0) * 86400.0);
+    const std::int64_t seconds = std::llround((value - UnixEpochAsDate) * 86400.0);
     std::int64_t days = seconds >= 0 ? seconds / 86400 : (seconds - 86399) / 86400;
     const int inDay = static_cast<int>(seconds - days * 86400);
     // Civil date from days since 1970-01-01 (proleptic Gregorian).

@@ -36,7 +36,8 @@ private:
     std::FILE *m_out;
     Format m_format;
     QByteArray m_buffer;
-    // Per side: the last path written and its TSV bytes.
+    // Per side: the last path written and its TSV bytes. Paths are known by their address, so a
+    // writer serves the rows of one comparison.
     std::array<std::pair<const QString *, QByteArray>, 2> m_lastPath{};
     bool m_first = true;
     bool m_finished = false;

@@ -32,6 +32,8 @@ inline constexpr std::uint32_t Invalid = 0xFFFFFFFF; // the root does not exist
 
 // A date: days since 1899-12-30 00:00, the time of day as the fraction, local time to the second.
 using Date = double;
+// 1970-01-01, where file times count from, as a Date.
+inline constexpr Date UnixEpochAsDate = 25569.0;
 
 enum CompareState : std::int16_t {
     Identical = 0,

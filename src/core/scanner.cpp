@@ -288,16 +288,15 @@ int currentUtcOffset()
     return QDateTime::currentDateTime().offsetFromUtc();
 }
 
-// 1970-01-01 is day 25569 of the count that starts on 1899-12-30.
 Date FileTimeToDate(std::int64_t seconds, int utcOffset)
 {
     const std::int64_t local = seconds + utcOffset;
-    return 25569.0 + static_cast<double>(local) / 86400.0;
+    return UnixEpochAsDate + static_cast<double>(local) / 86400.0;
 }
 
 std::int64_t DateToFileTime(Date date, int utcOffset)
 {
-    return std::llround((date - 25569.0) * 86400.0) - utcOffset;
+    return std::llround((date - UnixEpochAsDate) * 86400.0) - utcOffset;
 }
 
 bool ScanDirectory(const QString &directory, const MaskSet &directoryMasks,

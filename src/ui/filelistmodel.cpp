@@ -166,7 +166,8 @@ int FileListModel::columnCount(const QModelIndex &parent) const
 QString FileListModel::formatDate(double days, const QLocale &locale)
 {
     // The day count already holds local time; UTC here only stops a second conversion.
-    static const QDateTime epoch(QDate(1899, 12, 30), QTime(0, 0), QTimeZone::utc());
+    static const QDateTime epoch = QDateTime::fromSecsSinceEpoch(
+        -static_cast<qint64>(UnixEpochAsDate) * 86400, QTimeZone::utc());
     const auto seconds = static_cast<qint64>(std::llround(days * 86400.0));
     return locale.toString(epoch.addSecs(seconds), QLocale::ShortFormat);
 }
