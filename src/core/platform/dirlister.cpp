@@ -192,14 +192,10 @@ ListingAhead::Outcome ListingAhead::take(Request &request)
     std::unique_lock lock(m_mutex);
     const auto queued = std::find_if(m_stack.begin(), m_stack.end(),
                                      [&](const auto &r) { return r.get() == &request; });
-    if (queued != m_stack.end()) {
-        // No thread has it yet: listed here rather than waited for.
-        m_stack.erase(queued);
-        lock.unlock();
-        list(request.m_parent, request.m_name, request.m_outcome);
-        return std::move(request.m_outcome);
-    }
-    if (m_threads.empty()) {
+    // No thread has it yet (or there are none): listed here rather than waited for.
+    if (queued != m_stack.end() || m_threads.empty()) {
+        if (queued != m_stack.end())
+            m_stack.erase(queued);
         lock.unlock();
         list(request.m_parent, request.m_name, request.m_outcome);
         return std::move(request.m_outcome);
