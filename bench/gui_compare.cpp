@@ -11,8 +11,8 @@
 #include <QTextStream>
 #include <cstdio>
 
+#include "base/interaction.h"
 #include "core/engine.h"
-#include "core/interaction.h"
 #include "ui/filelistmodel.h"
 #include "ui/frmmain.h"
 

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "core/platform/nativename.h"
+#include "base/nativename.h"
 
 namespace duomir::cli {
 

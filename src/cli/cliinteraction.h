@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "core/interaction.h"
+#include "base/interaction.h"
 
 namespace duomir::cli {
 

@@ -7,8 +7,8 @@
 #include <cstring>
 #include <sys/stat.h>
 
+#include "base/nativename.h"
 #include "core/engine.h"
-#include "core/platform/nativename.h"
 #include "settings/settingsfile.h"
 
 namespace duomir::cli {
@@ -42,7 +42,7 @@ void warnEmptyIncludes(const Engine &engine, const char *command)
         std::fprintf(stderr,
                      "duomir-cli %s: warning: pair %d (%s) has an empty include mask for %s: it "
                      "takes none of them; write \"*\" to take all\n",
-                     command, r, toNative(pair.Source).constData(), what);
+                     command, r, nameForLine(pair.Source).constData(), what);
     }
 }
 

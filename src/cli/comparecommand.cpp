@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <cstdio>
 
+#include "base/nativename.h"
 #include "cli/cliinteraction.h"
 #include "cli/clisetup.h"
 #include "cli/commands.h"
@@ -10,7 +11,6 @@
 #include "cli/rowwriter.h"
 #include "core/engine.h"
 #include "core/filters.h"
-#include "core/platform/nativename.h"
 #include "core/profilefile.h"
 
 namespace duomir::cli {
@@ -123,7 +123,7 @@ int runCompare(const QStringList &args)
         engine.ProfilePath = QFileInfo(pairOptions.profile).absoluteFilePath();
         if (!ReadProfile(engine)) {
             std::fprintf(stderr, "duomir-cli compare: cannot read the profile %s\n",
-                         toNative(engine.ProfilePath).constData());
+                         nameForLine(engine.ProfilePath).constData());
             return ExitUsage;
         }
     }

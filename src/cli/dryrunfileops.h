@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <mutex>
 
+#include "base/nativename.h"
 #include "core/platform/fileops.h"
-#include "core/platform/nativename.h"
 
 namespace duomir::cli {
 

@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/nativename.h"
 #include "cli/commands.h"
-#include "core/platform/nativename.h"
 #include <malloc.h>
 
 namespace {

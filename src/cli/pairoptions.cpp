@@ -4,24 +4,15 @@
 #include <QFileInfo>
 #include <cstdio>
 
+#include "base/nativename.h"
+#include "base/timelag.h"
 #include "cli/commands.h"
 #include "core/engine.h"
 #include "core/pairvalidation.h"
-#include "core/platform/nativename.h"
-#include "settings/timelag.h"
 
 namespace duomir::cli {
 
 namespace {
-
-// A lag as the settings write it, H:MM:SS; anything else ("+1:00:00" too) is refused rather
-// than read as zero.
-std::optional<double> parseLag(const QString &text)
-{
-    if (text.count(u':') != 2)
-        return std::nullopt;
-    return parseTimeLag(text);
-}
 
 // A directory as a stored pair text: absolute, without a trailing separator (except "/").
 QString pairText(const QString &dir)
@@ -66,7 +57,8 @@ QString parsePairOptions(const QStringList &args, const QStringList &valueOption
             std::optional<QString> text;
             error = value(text);
             if (error.isEmpty()) {
-                out.timeLag = parseLag(*text);
+                // What is not a time is refused rather than read as no lag.
+                out.timeLag = parseTimeLag(*text);
                 if (!out.timeLag)
                     error = u"--time-lag wants HH:MM:SS, not '" + *text + u"'";
             }
@@ -141,12 +133,10 @@ int warnUnlistedFolders(const Engine &engine, const char *command)
             if (x.lacks(side) || !x.isDirectory() || !(x.Attributes[size_t(side)] & Attr::Unlisted))
                 continue;
             ++count;
-            QByteArray path;
-            appendEscapedForLine(path, x.path(side));
             std::fprintf(stderr,
                          "duomir-cli %s: warning: a folder could not be listed, so nothing below "
                          "it is deleted or replaced: %s\n",
-                         command, path.constData());
+                         command, nameForLine(x.path(side)).constData());
         }
     }
     return count;
@@ -170,8 +160,8 @@ int refuseNestedPairs(const Engine &engine, const PairOptions &options, const ch
             continue;
         std::fprintf(
             stderr, "duomir-cli %s: %s -> %s: %s\nRefused; --allow-nested runs such a pair.\n",
-            command, toNative(pair.Source).constData(), toNative(pair.Destination).constData(),
-            toNative(engine.FormatMsg(key)).constData());
+            command, nameForLine(pair.Source).constData(),
+            nameForLine(pair.Destination).constData(), toNative(engine.FormatMsg(key)).constData());
         return ExitUsage;
     }
     return 0;

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "core/platform/nativename.h"
+#include "base/nativename.h"
 
 namespace duomir::cli {
 

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <unistd.h>
 
+#include "base/cancelsignals.h"
+#include "base/nativename.h"
 #include "cli/cliinteraction.h"
 #include "cli/clisetup.h"
 #include "cli/commands.h"
@@ -13,7 +15,6 @@
 #include "cli/progressline.h"
 #include "core/comparecommand.h"
 #include "core/engine.h"
-#include "core/platform/nativename.h"
 #include "core/platform/posixfileops.h"
 #include "core/profilefile.h"
 #include "core/synchronize.h"
@@ -147,45 +148,6 @@ QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
     return {};
 }
 
-// Ctrl-C and SIGTERM during the copies set the cancel flag: the copy under way stops between two
-// chunks, removes its temporary file and leaves the old target whole, and the run ends in order.
-// The handler fires once; a second signal ends the program at once.
-volatile std::sig_atomic_t g_interrupted = 0;
-std::atomic<bool> *g_cancel = nullptr; // lock-free, so the handler may store to it
-
-extern "C" void onInterrupt(int)
-{
-    g_interrupted = 1;
-    if (g_cancel)
-        *g_cancel = true;
-}
-
-class InterruptGuard
-{
-public:
-    explicit InterruptGuard(std::atomic<bool> &cancel)
-    {
-        g_cancel = &cancel;
-        struct sigaction sa = {};
-        sa.sa_handler = onInterrupt;
-        sa.sa_flags = SA_RESETHAND | SA_RESTART; // copies stop at the flag, not at EINTR
-        ::sigaction(SIGINT, &sa, &m_oldInt);
-        ::sigaction(SIGTERM, &sa, &m_oldTerm);
-    }
-    ~InterruptGuard()
-    {
-        ::sigaction(SIGINT, &m_oldInt, nullptr);
-        ::sigaction(SIGTERM, &m_oldTerm, nullptr);
-        g_cancel = nullptr;
-    }
-    InterruptGuard(const InterruptGuard &) = delete;
-    InterruptGuard &operator=(const InterruptGuard &) = delete;
-
-private:
-    struct sigaction m_oldInt = {};
-    struct sigaction m_oldTerm = {};
-};
-
 void printSummary(const Engine &engine, bool ran, bool dryRun, int stillDiffering)
 {
     const SyncStats &s = engine.syncStats;
@@ -204,8 +166,8 @@ void printSummary(const Engine &engine, bool ran, bool dryRun, int stillDifferin
     std::printf("Copied %d files (%lld bytes), created %d directories, deleted %d files; "
                 "%d failures%s; %d entries still differ: %s.\n",
                 s.filesCopied, static_cast<long long>(s.bytesCopied), s.directoriesCreated,
-                s.filesDeleted, s.failures, g_interrupted ? "; interrupted" : "", stillDiffering,
-                numbers.constData());
+                s.filesDeleted, s.failures, CancelSignals::received() != 0 ? "; interrupted" : "",
+                stillDiffering, numbers.constData());
 }
 
 } // namespace
@@ -248,7 +210,7 @@ int runSync(const QStringList &args)
         engine.ProfilePath = QFileInfo(pairOptions.profile).absoluteFilePath();
         if (!ReadProfile(engine)) {
             std::fprintf(stderr, "duomir-cli sync: cannot read the profile %s\n",
-                         toNative(engine.ProfilePath).constData());
+                         nameForLine(engine.ProfilePath).constData());
             return ExitUsage;
         }
     }
@@ -354,7 +316,8 @@ int runSync(const QStringList &args)
     }
     bool ran = false;
     {
-        InterruptGuard guard(engine.CancelFlag);
+        // Ctrl-C and SIGTERM during the copies end the run in order; a second one ends it at once.
+        const CancelSignals guard(engine.CancelFlag, {SIGINT, SIGTERM}, {.once = true});
         ran = Synchronize(engine, 0);
     }
 

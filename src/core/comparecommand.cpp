@@ -5,9 +5,9 @@
 #include <future>
 #include <system_error>
 
+#include "base/interaction.h"
 #include "core/engine.h"
 #include "core/filters.h"
-#include "core/interaction.h"
 #include "core/masks.h"
 #include "core/merge.h"
 #include "core/scanner.h"

@@ -3,10 +3,10 @@
 #include <array>
 #include <cerrno>
 
+#include "base/interaction.h"
 #include "core/copypipeline.h"
 #include "core/engine.h"
 #include "core/errorlog.h"
-#include "core/interaction.h"
 #include "core/platform/fileops.h"
 #include "core/syncpaths.h"
 #include "core/walkplaces.h"

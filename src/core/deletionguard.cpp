@@ -1,8 +1,8 @@
 #include "core/deletionguard.h"
 
+#include "base/interaction.h"
 #include "core/engine.h"
 #include "core/errorlog.h"
-#include "core/interaction.h"
 #include "core/syncpaths.h"
 
 namespace duomir {

@@ -1,10 +1,20 @@
 #include "core/engine.h"
 
-#include "core/interaction.h"
+#include "base/inifile.h"
+#include "base/interaction.h"
 #include "core/platform/posixfileops.h"
 
 namespace duomir {
 
 Engine::Engine(Interaction &ui) : fileOps(&PosixFileOps::instance()), m_ui(&ui) {}
+
+void InitSettings(Engine &engine, const SettingsEnvironment &env)
+{
+    engine.ProgramFolder = env.programFolder;
+    engine.ShareFolder = findShareFolder(env.programFolder);
+    engine.DataFolder = InitDataFolder(env);
+    engine.SettingsFile = settingsFilePath(env);
+    engine.settings = LoadSettings(IniFile(engine.SettingsFile));
+}
 
 } // namespace duomir

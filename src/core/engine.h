@@ -19,6 +19,7 @@
 #include "core/textstore.h"
 #include "localization/language.h"
 #include "settings/settings.h"
+#include "settings/settingsfile.h"
 
 namespace duomir {
 
@@ -50,6 +51,18 @@ struct RowCounts
 {
     int files = 0;
     int directories = 0;
+};
+
+// Told before and after the rows a view shows change shape: the comparison's rows or the visible
+// ones. Between the two calls the rows must not be read; after the second they may have any count.
+class RowsObserver
+{
+public:
+    virtual void rowsAboutToChange() = 0;
+    virtual void rowsChanged() = 0;
+
+protected:
+    ~RowsObserver() = default;
 };
 
 // The one object that owns everything a run of Duomir keeps: settings, the pair list, the file
@@ -176,9 +189,39 @@ public:
         return false;
     }
 
+    // Observers hear of every change of the rows' shape; one that goes away says so first.
+    void addRowsObserver(RowsObserver *observer) { m_rowsObservers.push_back(observer); }
+    void removeRowsObserver(RowsObserver *observer) { std::erase(m_rowsObservers, observer); }
+    // While one lives, the rows may change shape; the observers hear of it before and after.
+    // Nested changes tell them once.
+    class RowsChange
+    {
+    public:
+        explicit RowsChange(Engine &engine) : m_engine(engine)
+        {
+            if (m_engine.m_rowsChanging++ == 0) {
+                for (RowsObserver *o : m_engine.m_rowsObservers)
+                    o->rowsAboutToChange();
+            }
+        }
+        ~RowsChange()
+        {
+            if (--m_engine.m_rowsChanging == 0) {
+                for (RowsObserver *o : m_engine.m_rowsObservers)
+                    o->rowsChanged();
+            }
+        }
+        RowsChange(const RowsChange &) = delete;
+        RowsChange &operator=(const RowsChange &) = delete;
+
+    private:
+        Engine &m_engine;
+    };
+
     // Empties the comparison result and, with it, the visible rows that point into it.
     void resetCompareResults()
     {
+        const RowsChange change(*this);
         CompareArray(1).swap(CompareResults);
         RowIndexArray(1, 0).swap(VisibleRows);
         CompareTexts.assign(1, std::make_shared<TextStore>());
@@ -218,6 +261,11 @@ public:
 
 private:
     Interaction *m_ui;
+    std::vector<RowsObserver *> m_rowsObservers;
+    int m_rowsChanging = 0;
 };
+
+// Fills engine.ProgramFolder, ShareFolder, DataFolder, SettingsFile and settings, in that order.
+void InitSettings(Engine &engine, const SettingsEnvironment &env);
 
 } // namespace duomir

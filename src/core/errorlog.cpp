@@ -6,9 +6,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/interaction.h"
+#include "base/nativename.h"
 #include "core/engine.h"
-#include "core/interaction.h"
-#include "core/platform/nativename.h"
 
 namespace duomir {
 

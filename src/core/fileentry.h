@@ -12,6 +12,7 @@
 #include <QLatin1StringView>
 #include <QUtf8StringView>
 
+#include "base/date.h"
 #include "core/platform/freememory.h"
 #include "core/textstore.h"
 
@@ -29,11 +30,6 @@ inline constexpr std::uint32_t Unlisted =
     0x40000000;                                      // a directory whose contents could not be read
 inline constexpr std::uint32_t Invalid = 0xFFFFFFFF; // the root does not exist
 } // namespace Attr
-
-// A date: days since 1899-12-30 00:00, the time of day as the fraction, local time to the second.
-using Date = double;
-// 1970-01-01, where file times count from, as a Date.
-inline constexpr Date UnixEpochAsDate = 25569.0;
 
 enum CompareState : std::int16_t {
     Identical = 0,

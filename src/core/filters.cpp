@@ -1,7 +1,7 @@
 #include "core/filters.h"
 
+#include "base/interaction.h"
 #include "core/engine.h"
-#include "core/interaction.h"
 
 namespace duomir {
 
@@ -91,8 +91,11 @@ QString countText(const Engine &engine, int count, int singularKey, int pluralKe
 void BuildVisibleRows(Engine &engine, int fileFilter)
 {
     engine.filter.FileFilter = fileFilter;
-    engine.VisibleRows = filterRows(engine.CompareResults, engine.filter);
-    engine.visibleCounts = countRows(engine.CompareResults, engine.VisibleRows);
+    {
+        const Engine::RowsChange change(engine);
+        engine.VisibleRows = filterRows(engine.CompareResults, engine.filter);
+        engine.visibleCounts = countRows(engine.CompareResults, engine.VisibleRows);
+    }
     Interaction &ui = engine.ui();
     ui.setStatusLabel(0, countText(engine, engine.visibleCounts.files, 702, 703));
     ui.setStatusLabel(1, QString());

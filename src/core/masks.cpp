@@ -2,7 +2,7 @@
 
 #include <QStringList>
 
-#include "core/casefold.h"
+#include "base/casefold.h"
 
 namespace duomir {
 

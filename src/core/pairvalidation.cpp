@@ -2,8 +2,8 @@
 
 #include <QDir>
 
+#include "base/interaction.h"
 #include "core/dirpair.h"
-#include "core/interaction.h"
 
 namespace duomir {
 

@@ -1,9 +1,9 @@
 #include "core/profilefile.h"
 
+#include "base/inifile.h"
+#include "base/interaction.h"
 #include "core/comparecommand.h"
 #include "core/engine.h"
-#include "core/interaction.h"
-#include "settings/inifile.h"
 
 namespace duomir {
 
@@ -21,6 +21,22 @@ QString text(const QString &value)
 {
     return value.isNull() ? QStringLiteral("") : value;
 }
+
+// A pair's keys in the order the file lists them: the two roots, the switches by their codes,
+// the masks.
+struct TextKey
+{
+    const char16_t *key;
+    QString DirPair::*field;
+};
+constexpr TextKey RootKeys[] = {{u"S", &DirPair::Source}, {u"D", &DirPair::Destination}};
+constexpr PairSwitch SwitchKeys[] = {PairSwitch::SubDirs, PairSwitch::HiddenDirs,
+                                     PairSwitch::HiddenFiles, PairSwitch::SysDirs,
+                                     PairSwitch::SysFiles};
+constexpr TextKey MaskKeys[] = {{u"IS", &DirPair::IncludeDirs},
+                                {u"ES", &DirPair::ExcludeDirs},
+                                {u"IF", &DirPair::IncludeFiles},
+                                {u"EF", &DirPair::ExcludeFiles}};
 
 int filterValue(int value, int highest)
 {
@@ -60,23 +76,12 @@ bool ReadProfile(Engine &engine)
         if (section.isEmpty() || section == ViewSection)
             continue;
         DirPair pair = DirPair::fromProfileDefaults();
-        auto readText = [&](const char16_t *key) {
-            return file.readString(section, QString::fromUtf16(key), QString());
-        };
-        auto readSwitch = [&](const char16_t *key) {
-            return file.readInt(section, QString::fromUtf16(key), 1) != 0;
-        };
-        pair.Source = readText(u"S");
-        pair.Destination = readText(u"D");
-        pair.SubDirs = readSwitch(u"Su");
-        pair.HiddenDirs = readSwitch(u"HD");
-        pair.HiddenFiles = readSwitch(u"HF");
-        pair.SysDirs = readSwitch(u"SD");
-        pair.SysFiles = readSwitch(u"SF");
-        pair.IncludeDirs = readText(u"IS");
-        pair.ExcludeDirs = readText(u"ES");
-        pair.IncludeFiles = readText(u"IF");
-        pair.ExcludeFiles = readText(u"EF");
+        for (const auto &[key, field] : RootKeys)
+            pair.*field = file.readString(section, QString::fromUtf16(key), QString());
+        for (const PairSwitch s : SwitchKeys)
+            switchField(pair, s) = file.readInt(section, switchCode(s), 1) != 0;
+        for (const auto &[key, field] : MaskKeys)
+            pair.*field = file.readString(section, QString::fromUtf16(key), QString());
         engine.pairs.append(pair);
     }
     return true;
@@ -97,33 +102,28 @@ bool SaveProfile(Engine &engine, const QString &path)
     IniFile file(path);
     file.beginBatch();
     bool ok = true;
-    auto write = [&](const QString &section, const char16_t *key, const QString &value) {
-        ok = file.writeString(section, QString::fromUtf16(key), text(value)) && ok;
+    auto write = [&](const QString &section, const QString &key, const QString &value) {
+        ok = file.writeString(section, key, text(value)) && ok;
     };
     const FilterState &filter = engine.filter;
-    write(ViewSection, u"ED", flag(filter.ShowEmptyDirs));
-    write(ViewSection, u"F1", QString::number(filter.FileFilter));
-    write(ViewSection, u"F2", QString::number(filter.SideFilter));
-    write(ViewSection, u"SO0", flag(engine.sync.Src));
-    write(ViewSection, u"SO1", flag(engine.sync.Dest));
-    write(ViewSection, u"SO2", flag(engine.sync.Reverse));
-    write(ViewSection, u"SO3", flag(engine.sync.Delete));
-    write(ViewSection, u"SO4", flag(engine.sync.Mirror));
+    write(ViewSection, u"ED"_qs, flag(filter.ShowEmptyDirs));
+    write(ViewSection, u"F1"_qs, QString::number(filter.FileFilter));
+    write(ViewSection, u"F2"_qs, QString::number(filter.SideFilter));
+    write(ViewSection, u"SO0"_qs, flag(engine.sync.Src));
+    write(ViewSection, u"SO1"_qs, flag(engine.sync.Dest));
+    write(ViewSection, u"SO2"_qs, flag(engine.sync.Reverse));
+    write(ViewSection, u"SO3"_qs, flag(engine.sync.Delete));
+    write(ViewSection, u"SO4"_qs, flag(engine.sync.Mirror));
 
     for (int r = 1; r <= engine.pairs.count(); ++r) {
         const DirPair &pair = engine.pairs[r];
         const QString section = QString::number(r);
-        write(section, u"S", pair.Source);
-        write(section, u"D", pair.Destination);
-        write(section, u"Su", flag(pair.SubDirs));
-        write(section, u"HD", flag(pair.HiddenDirs));
-        write(section, u"HF", flag(pair.HiddenFiles));
-        write(section, u"SD", flag(pair.SysDirs));
-        write(section, u"SF", flag(pair.SysFiles));
-        write(section, u"IS", pair.IncludeDirs);
-        write(section, u"ES", pair.ExcludeDirs);
-        write(section, u"IF", pair.IncludeFiles);
-        write(section, u"EF", pair.ExcludeFiles);
+        for (const auto &[key, field] : RootKeys)
+            write(section, QString::fromUtf16(key), pair.*field);
+        for (const PairSwitch s : SwitchKeys)
+            write(section, switchCode(s), flag(switchValue(pair, s)));
+        for (const auto &[key, field] : MaskKeys)
+            write(section, QString::fromUtf16(key), pair.*field);
     }
     ok = file.endBatch() && ok;
     engine.ProfileModified = false;

@@ -12,13 +12,13 @@
 #include <sys/stat.h>
 #include <vector>
 
+#include "base/interaction.h"
+#include "base/nativename.h"
 #include "core/dirpair.h"
-#include "core/interaction.h"
 #include "core/masks.h"
 #include "core/platform/anchor.h"
 #include "core/platform/coarseclock.h"
 #include "core/platform/dirlister.h"
-#include "core/platform/nativename.h"
 #include "core/sortkeys.h"
 
 namespace duomir {

@@ -5,13 +5,10 @@ set(DUOMIR_CORE_SOURCES
     core/fileentry.h
     core/textstore.h
     core/textstore.cpp
-    core/interaction.h
     core/engine.h
     core/engine.cpp
 
     # scanning, comparison, filters, profiles
-    core/platform/nativename.h
-    core/platform/nativename.cpp
     core/platform/dirlister.h
     core/platform/dirlister.cpp
     core/platform/anchor.h
@@ -22,7 +19,6 @@ set(DUOMIR_CORE_SOURCES
     core/platform/coarseclock.cpp
     core/platform/freememory.h
     core/platform/freememory.cpp
-    core/casefold.h
     core/masks.h
     core/masks.cpp
     core/scanner.h
@@ -49,8 +45,6 @@ set(DUOMIR_CORE_SOURCES
     core/platform/trash.cpp
     core/platform/posixfileops.h
     core/platform/posixfileops.cpp
-    core/platform/faultyfileops.h
-    core/platform/faultyfileops.cpp
     core/syncplan.h
     core/syncplan.cpp
     core/versioning.h

@@ -1,8 +1,8 @@
 #include "core/synccommands.h"
 
+#include "base/interaction.h"
 #include "core/deleteentries.h"
 #include "core/engine.h"
-#include "core/interaction.h"
 #include "core/synchronize.h"
 #include "core/syncplan.h"
 #include "core/versioning.h"

@@ -1,12 +1,12 @@
 #include "core/synchronize.h"
 
+#include "base/interaction.h"
 #include "core/copyentries.h"
 #include "core/deleteentries.h"
 #include "core/deletionguard.h"
 #include "core/engine.h"
 #include "core/errorlog.h"
 #include "core/exitstatus.h"
-#include "core/interaction.h"
 #include "core/syncplan.h"
 #include "core/versioning.h"
 

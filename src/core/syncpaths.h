@@ -2,7 +2,7 @@
 
 #include <QString>
 
-#include "core/casefold.h"
+#include "base/casefold.h"
 #include "core/fileentry.h"
 #include "core/platform/fileops.h"
 

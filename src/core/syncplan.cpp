@@ -3,9 +3,9 @@
 #include <QLocale>
 #include <algorithm>
 
+#include "base/interaction.h"
 #include "core/deletionguard.h"
 #include "core/engine.h"
-#include "core/interaction.h"
 #include "core/syncpaths.h"
 #include "core/versioning.h"
 

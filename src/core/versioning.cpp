@@ -4,9 +4,9 @@
 #include <QRegularExpression>
 #include <sys/stat.h>
 
+#include "base/nativename.h"
 #include "core/engine.h"
 #include "core/errorlog.h"
-#include "core/platform/nativename.h"
 #include "core/syncpaths.h"
 #include "core/walkplaces.h"
 

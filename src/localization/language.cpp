@@ -3,8 +3,8 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include "core/interaction.h"
-#include "settings/inifile.h"
+#include "base/inifile.h"
+#include "base/interaction.h"
 
 namespace duomir {
 

@@ -7,9 +7,8 @@
 #include <charconv>
 #include <cmath>
 
-#include "core/engine.h"
-#include "settings/inifile.h"
-#include "settings/timelag.h"
+#include "base/inifile.h"
+#include "base/timelag.h"
 
 namespace duomir {
 
@@ -137,15 +136,6 @@ Settings LoadSettings(const IniFile &file)
     s.ButtonBarsWithText = on(general, u"ButtonBarsWithText", 0);
     s.Language = file.readString(general, QStringLiteral("Language"), {}, 254);
     return s;
-}
-
-void InitSettings(Engine &engine, const SettingsEnvironment &env)
-{
-    engine.ProgramFolder = env.programFolder;
-    engine.ShareFolder = findShareFolder(env.programFolder);
-    engine.DataFolder = InitDataFolder(env);
-    engine.SettingsFile = settingsFilePath(env);
-    engine.settings = LoadSettings(IniFile(engine.SettingsFile));
 }
 
 void WriteOptions(IniFile &file, const Settings &s)

@@ -7,7 +7,6 @@
 
 namespace duomir {
 
-class Engine;
 class IniFile;
 
 // Where the program runs: the executable's folder and the variables that place the user's data
@@ -39,9 +38,6 @@ QString findShareFolder(const QString &programFolder);
 // Every field of the record from the file, with the defaults of absent keys and the cuts of the
 // read buffers. Nothing is reported: a missing or unreadable file gives the defaults.
 Settings LoadSettings(const IniFile &file);
-
-// Fills engine.ProgramFolder, ShareFolder, DataFolder, SettingsFile and settings, in that order.
-void InitSettings(Engine &engine, const SettingsEnvironment &env);
 
 // The writers. Each writes only the keys it owns; failures are silent, as the record already
 // holds the new values for the rest of the run.

@@ -1,9 +1,5 @@
 set(DUOMIR_SETTINGS_SOURCES
     settings/settings.h
-    settings/inifile.h
-    settings/inifile.cpp
-    settings/timelag.h
-    settings/timelag.cpp
     settings/commandline.h
     settings/commandline.cpp
     settings/settingsfile.h

@@ -20,17 +20,6 @@
 
 namespace duomir {
 
-namespace {
-
-template <typename W> W *named(W *widget, const QString &name, int id)
-{
-    widget->setObjectName(name);
-    setHelpId(widget, id);
-    return widget;
-}
-
-} // namespace
-
 dlgDirs::dlgDirs(Engine &engine, QWidget *parent) : QDialog(parent), m_engine(&engine)
 {
     setObjectName(QStringLiteral("dlgDirs"));

@@ -7,8 +7,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "base/inifile.h"
 #include "core/engine.h"
-#include "settings/inifile.h"
 #include "settings/settingsfile.h"
 #include "ui/helppage.h"
 #include "ui/localizecontrols.h"

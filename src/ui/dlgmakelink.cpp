@@ -44,13 +44,6 @@ QString launcherIcon(const QString &programFolder)
     return QFileInfo::exists(file) ? file : QStringLiteral("duomir");
 }
 
-template <class W> W *named(W *widget, const char *name, int id)
-{
-    widget->setObjectName(QString::fromLatin1(name));
-    setHelpId(widget, id);
-    return widget;
-}
-
 } // namespace
 
 dlgMakeLink::FolderChooser dlgMakeLink::setFolderChooser(FolderChooser chooser)

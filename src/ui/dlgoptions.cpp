@@ -17,11 +17,11 @@
 #include <algorithm>
 #include <optional>
 
+#include "base/inifile.h"
+#include "base/interaction.h"
+#include "base/timelag.h"
 #include "core/engine.h"
-#include "core/interaction.h"
-#include "settings/inifile.h"
 #include "settings/settingsfile.h"
-#include "settings/timelag.h"
 #include "ui/dlgabout.h"
 #include "ui/dlghint.h"
 #include "ui/dlglanguage.h"
@@ -32,36 +32,6 @@
 #include "ui/programversion.h"
 
 namespace duomir {
-
-namespace {
-
-// Text boxes carry no number: localizing one would replace the value it shows.
-template <class W> W *named(W *widget, const char *name, int id)
-{
-    widget->setObjectName(QString::fromLatin1(name));
-    setHelpId(widget, id);
-    return widget;
-}
-
-// The time lag as typed: "0", or hours, minutes and optional seconds separated by colons. Unlike
-// the settings reader, which takes any text and falls back to no lag, this refuses what is not a
-// time, so that a typing error is not silently stored as zero.
-std::optional<double> timeLagInput(const QString &text)
-{
-    static const QRegularExpression re(
-        QStringLiteral("^\\s*(\\d{1,2}):(\\d{1,2})(?::(\\d{1,2}))?\\s*$"));
-    if (text.trimmed() == u"0")
-        return 0.0;
-    const auto m = re.match(text);
-    if (!m.hasMatch())
-        return std::nullopt;
-    const int h = m.captured(1).toInt(), mi = m.captured(2).toInt(), s = m.captured(3).toInt();
-    if (mi > 59 || s > 59)
-        return std::nullopt;
-    return (h * 3600 + mi * 60 + s) / 86400.0;
-}
-
-} // namespace
 
 dlgOptions::dlgOptions(Engine &engine, QWidget *parent) : QDialog(parent), m_engine(engine)
 {
@@ -273,7 +243,9 @@ bool dlgOptions::eventFilter(QObject *watched, QEvent *event)
 
 bool dlgOptions::validateTimeLag()
 {
-    const auto lag = timeLagInput(m_txtTimeLag->text());
+    // Unlike the settings reader, which reads what is not a time as no lag, the box refuses it,
+    // so that a typing error is not silently stored as zero; and the box takes a time of day.
+    const auto lag = parseTimeLag(m_txtTimeLag->text());
     if (lag && *lag < 1.0) {
         m_txtTimeLag->setText(timeLagToText(*lag));
         return true;
@@ -305,7 +277,7 @@ void dlgOptions::apply()
     Settings &s = m_engine.settings;
     s.ExcludeDirs = m_txtExcludeDirs->text();
     s.ExcludeFiles = m_txtExcludeFiles->text();
-    s.TimeLag = timeLagInput(m_txtTimeLag->text()).value_or(0.0);
+    s.TimeLag = parseTimeLag(m_txtTimeLag->text()).value_or(0.0);
     s.LogToFile = m_chkLogToFile->isChecked();
     s.LogActions = m_chkLogActions->isChecked();
     s.ButtonBarsWithText = m_chkButtonBarsWithText->isChecked();

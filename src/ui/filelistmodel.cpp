@@ -50,13 +50,21 @@ FileListModel::FileListModel(Engine &engine, QObject *parent)
                   QStringLiteral("Modified")};
     m_directoryFont.setBold(true);
     m_planner = std::make_unique<SyncPlanner>(engine);
+    m_engine->addRowsObserver(this);
 }
 
-FileListModel::~FileListModel() = default;
+FileListModel::~FileListModel()
+{
+    m_engine->removeRowsObserver(this);
+}
 
-void FileListModel::reload()
+void FileListModel::rowsAboutToChange()
 {
     beginResetModel();
+}
+
+void FileListModel::rowsChanged()
+{
     m_order.clear();
     m_planner = std::make_unique<SyncPlanner>(*m_engine);
     endResetModel();

@@ -8,18 +8,17 @@
 #include <memory>
 #include <vector>
 
+#include "core/engine.h"
+
 namespace duomir {
 
 class SyncPlanner;
-struct CompareEntry;
-
-class Engine;
-struct CompareEntry;
 
 // The file list flexFiles: row r shows the CompareResults entry that Engine::VisibleRows names at
 // r + 1, so a check mark lands where synchronization reads it. Nothing is stored per row but the
-// sort order, so a million rows cost one int vector.
-class FileListModel : public QAbstractTableModel
+// sort order, so a million rows cost one int vector. It watches the engine's rows: every change of
+// their shape resets the model and drops the sort order.
+class FileListModel : public QAbstractTableModel, private RowsObserver
 {
     Q_OBJECT
 
@@ -38,8 +37,12 @@ public:
     explicit FileListModel(Engine &engine, QObject *parent = nullptr);
     ~FileListModel() override;
 
-    // Call after VisibleRows was rebuilt; drops any sort order.
-    void reload();
+    // For rows put in place by hand, without an Engine::RowsChange: shows them anew.
+    void reload()
+    {
+        rowsAboutToChange();
+        rowsChanged();
+    }
     // Directions, Delete, Mirror or a mark changed: the action column shows the run anew.
     void refreshActions();
     // Dates and sizes follow the chosen language.
@@ -68,6 +71,8 @@ public:
     static QString formatDate(double days, const QLocale &locale);
 
 private:
+    void rowsAboutToChange() override;
+    void rowsChanged() override;
     QVariant actionIcon(const CompareEntry &e, int result) const;
     QString actionTip(int result) const;
     void setMarked(int row, bool marked);

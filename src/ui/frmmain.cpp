@@ -19,9 +19,9 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "base/interaction.h"
 #include "core/engine.h"
 #include "core/filters.h"
-#include "core/interaction.h"
 #include "core/profilefile.h"
 #include "ui/checkdelegate.h"
 #include "ui/checkheader.h"
@@ -38,10 +38,7 @@ namespace {
 
 QPushButton *makeButton(QWidget *parent, const QString &name, const QString &text, int id)
 {
-    auto *button = new QPushButton(text, parent);
-    button->setObjectName(name);
-    setHelpId(button, id);
-    return button;
+    return named(new QPushButton(text, parent), name, id);
 }
 
 } // namespace

@@ -19,10 +19,7 @@ namespace {
 
 QAction *makeAction(QObject *parent, const QString &name, const QString &text, int id)
 {
-    auto *action = new QAction(text, parent);
-    action->setObjectName(name);
-    setHelpId(action, id);
-    return action;
+    return named(new QAction(text, parent), name, id);
 }
 
 struct ToolButtonDef

@@ -10,10 +10,10 @@
 #include <QTimer>
 #include <QToolBar>
 
+#include "base/interaction.h"
 #include "core/comparecommand.h"
 #include "core/engine.h"
 #include "core/filters.h"
-#include "core/interaction.h"
 #include "core/synccommands.h"
 #include "ui/checkheader.h"
 #include "ui/filelistmodel.h"
@@ -72,7 +72,6 @@ void frmMain::showCompareResult(bool compared)
 void frmMain::refreshFileList()
 {
     m_fileHeader->setSortIndicatorShown(false);
-    m_fileModel->reload();
     m_tbar[2]->setEnabled(m_engine->filter.FileFilter != 4);
 }
 

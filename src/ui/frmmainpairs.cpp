@@ -10,8 +10,8 @@
 #include <QTextDocument>
 #include <QUrl>
 
+#include "base/interaction.h"
 #include "core/engine.h"
-#include "core/interaction.h"
 #include "core/profilefile.h"
 #include "ui/checkheader.h"
 #include "ui/dirpairmodel.h"

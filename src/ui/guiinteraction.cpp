@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "core/platform/nativename.h"
+#include "base/nativename.h"
 #include "ui/frmmain.h"
 
 namespace duomir {

@@ -6,7 +6,7 @@
 #include <array>
 #include <functional>
 
-#include "core/interaction.h"
+#include "base/interaction.h"
 
 class QWidget;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAnyStringView>
 #include <QString>
 
 class QObject;
@@ -18,6 +19,14 @@ inline constexpr char HelpIdProperty[] = "helpId";
 
 void setHelpId(QObject *object, int id);
 int helpId(const QObject *object);
+
+// Gives a widget or action the name tests and the language file's tools find it by, and its number.
+template <class T> T *named(T *object, QAnyStringView name, int id)
+{
+    object->setObjectName(name.toString());
+    setHelpId(object, id);
+    return object;
+}
 
 // Applies the language's texts and tool tips to `form` (its window title included) and to every
 // widget and action below it. Does nothing when no language file is loaded.

@@ -20,10 +20,7 @@ namespace {
 
 QAction *addEntry(QMenu *menu, const char *name, const QString &text, int id)
 {
-    QAction *action = menu->addAction(text);
-    action->setObjectName(QString::fromLatin1(name));
-    setHelpId(action, id);
-    return action;
+    return named(menu->addAction(text), name, id);
 }
 
 } // namespace

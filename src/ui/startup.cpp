@@ -8,11 +8,11 @@
 #include <QProcess>
 #include <cmath>
 
+#include "base/inifile.h"
+#include "base/interaction.h"
 #include "core/engine.h"
 #include "core/exitstatus.h"
-#include "core/interaction.h"
 #include "settings/commandline.h"
-#include "settings/inifile.h"
 #include "ui/dlghint.h"
 #include "ui/dlglanguage.h"
 #include "ui/localizecontrols.h"

@@ -2,15 +2,16 @@
 
 #include <QObject>
 #include <atomic>
+#include <memory>
+
+#include "base/cancelsignals.h"
 
 class QSocketNotifier;
 
 namespace duomir {
 
 // SIGINT, SIGTERM and SIGHUP end the program in order: the copy under way is cancelled between
-// two chunks (so its temporary file goes and the old target stays whole), then the event loop
-// ends. A signal handler may do almost nothing, so it only sets the cancel flag and writes the
-// signal number into a pipe that the event loop watches.
+// two chunks, then the event loop ends, woken through a socket the signal handler writes to.
 class TerminationGuard : public QObject
 {
     Q_OBJECT
@@ -25,7 +26,9 @@ public:
 private:
     void onSignal();
 
+    int m_fds[2] = {-1, -1};
     QSocketNotifier *m_notifier = nullptr;
+    std::unique_ptr<CancelSignals> m_signals;
 };
 
 } // namespace duomir

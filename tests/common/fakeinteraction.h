@@ -3,7 +3,7 @@
 #include <QList>
 #include <QString>
 
-#include "core/interaction.h"
+#include "base/interaction.h"
 
 namespace duomir::test {
 

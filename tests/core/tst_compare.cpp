@@ -4,12 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/nativename.h"
 #include "common/fakeinteraction.h"
 #include "common/temptree.h"
 #include "core/comparecommand.h"
 #include "core/engine.h"
 #include "core/masks.h"
-#include "core/platform/nativename.h"
 #include "core/scanner.h"
 #include "core/sortkeys.h"
 #include "localization/language.h"

@@ -1,7 +1,7 @@
 #include <QTest>
 
+#include "base/nativename.h"
 #include "core/masks.h"
-#include "core/platform/nativename.h"
 
 using namespace duomir;
 

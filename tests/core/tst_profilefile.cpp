@@ -1,10 +1,10 @@
 #include <QTest>
 
+#include "base/inifile.h"
 #include "common/fakeinteraction.h"
 #include "common/temptree.h"
 #include "core/engine.h"
 #include "core/profilefile.h"
-#include "settings/inifile.h"
 
 using namespace duomir;
 

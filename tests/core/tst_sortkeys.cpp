@@ -4,9 +4,9 @@
 #include <QTest>
 #include <algorithm>
 
-#include "core/casefold.h"
+#include "base/casefold.h"
+#include "base/nativename.h"
 #include "core/merge.h"
-#include "core/platform/nativename.h"
 #include "core/sortkeys.h"
 
 using namespace duomir;

@@ -6,12 +6,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/inifile.h"
+#include "base/nativename.h"
 #include "common/fakeinteraction.h"
 #include "common/temptree.h"
 #include "core/engine.h"
-#include "core/platform/nativename.h"
 #include "core/profilefile.h"
-#include "settings/inifile.h"
 
 using duomir::IniFile;
 using duomir::test::TempTree;

@@ -1,11 +1,11 @@
 #include <QTest>
 
+#include "base/inifile.h"
+#include "base/timelag.h"
 #include "common/fakeinteraction.h"
 #include "common/temptree.h"
 #include "core/engine.h"
-#include "settings/inifile.h"
 #include "settings/settingsfile.h"
-#include "settings/timelag.h"
 
 using namespace duomir;
 using duomir::test::TempTree;

@@ -10,10 +10,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "base/nativename.h"
+#include "common/faultyfileops.h"
 #include "common/temptree.h"
 #include "core/platform/coarseclock.h"
-#include "core/platform/faultyfileops.h"
-#include "core/platform/nativename.h"
 
 using namespace duomir;
 using duomir::test::TempTree;

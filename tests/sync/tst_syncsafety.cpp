@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "common/fakeinteraction.h"
+#include "common/faultyfileops.h"
 #include "common/rowbuilder.h"
 #include "common/temptree.h"
 #include "core/comparecommand.h"
@@ -20,7 +21,6 @@
 #include "core/engine.h"
 #include "core/exitstatus.h"
 #include "core/platform/coarseclock.h"
-#include "core/platform/faultyfileops.h"
 #include "core/synchronize.h"
 
 using namespace duomir;

@@ -6,12 +6,12 @@
 #include <unistd.h>
 
 #include "common/fakeinteraction.h"
+#include "common/faultyfileops.h"
 #include "common/temptree.h"
 #include "core/comparecommand.h"
 #include "core/copyentries.h"
 #include "core/deleteentries.h"
 #include "core/engine.h"
-#include "core/platform/faultyfileops.h"
 #include "core/synchronize.h"
 #include "core/syncplan.h"
 

@@ -7,10 +7,10 @@
 #include <QToolBar>
 #include <QToolButton>
 
+#include "base/inifile.h"
 #include "common/fakeinteraction.h"
 #include "common/temptree.h"
 #include "core/engine.h"
-#include "settings/inifile.h"
 #include "ui/dlglanguage.h"
 #include "ui/frmmain.h"
 #include "ui/localizecontrols.h"

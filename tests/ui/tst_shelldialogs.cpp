@@ -10,9 +10,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include "base/inifile.h"
 #include "common/fakeinteraction.h"
 #include "core/engine.h"
-#include "settings/inifile.h"
 #include "ui/dlgabout.h"
 #include "ui/dlgdirs.h"
 #include "ui/dlghint.h"

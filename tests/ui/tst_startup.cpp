@@ -6,9 +6,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include "base/inifile.h"
 #include "common/fakeinteraction.h"
 #include "core/engine.h"
-#include "settings/inifile.h"
 #include "ui/dlglanguage.h"
 #include "ui/modal.h"
 #include "ui/startup.h"

@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/platform/nativename.h"
+#include "base/nativename.h"
 #include "core/platform/temporaryname.h"
 
 namespace duomir {

@@ -1,4 +1,4 @@
-#include "core/platform/nativename.h"
+#include "base/nativename.h"
 
 #include <QVarLengthArray>
 #include <cstdint>
@@ -260,6 +260,13 @@ void appendEscapedForLine(QByteArray &out, const QString &text)
         else
             escapeUnit(out, static_cast<unsigned char>(c));
     }
+}
+
+QByteArray nameForLine(const QString &text)
+{
+    QByteArray line;
+    appendEscapedForLine(line, text);
+    return line;
 }
 
 QByteArray failureLine(const QString &error, const QString &source, const QString &destination)

@@ -1,4 +1,4 @@
-#include "settings/timelag.h"
+#include "base/timelag.h"
 
 #include <QRegularExpression>
 #include <cmath>
@@ -11,6 +11,8 @@ constexpr double SecondsPerDay = 86400.0;
 
 std::optional<double> parseTimeLag(const QString &text)
 {
+    if (text.trimmed() == u"0")
+        return 0.0;
     static const QRegularExpression time(
         QStringLiteral(R"(^\s*(\d{1,6}):([0-5]?\d)(?::([0-5]?\d))?\s*$)"));
     const QRegularExpressionMatch m = time.match(text);

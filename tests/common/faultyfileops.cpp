@@ -1,4 +1,4 @@
-#include "core/platform/faultyfileops.h"
+#include "common/faultyfileops.h"
 
 #include <cstring>
 #include <dirent.h>

@@ -1,4 +1,4 @@
-#include "settings/inifile.h"
+#include "base/inifile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "core/platform/nativename.h"
+#include "base/nativename.h"
 
 namespace duomir {
 

@@ -38,6 +38,8 @@ namespace duomir {
 // text form a byte that is not UTF-8 shows as \xHH too; the byte form keeps it raw.
 QString escapedForLine(const QString &text);
 void appendEscapedForLine(QByteArray &out, const QString &text);
+// The byte form alone: how a command-line program writes a name into a line of its output.
+QByteArray nameForLine(const QString &text);
 
 // A failed operation as one line for standard error, in both programs:
 // "TEXT: SOURCE -> DESTINATION" (either path may be missing), names as their bytes, escaped.
