@@ -1,27 +1,34 @@
 #include <QAction>
-#include <QCheckBox>
-#include <QLineEdit>
+#include <QComboBox>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTableView>
 #include <QToolBar>
 #include <QtTest>
+#include <numeric>
 
+#include "base/inifile.h"
 #include "common/fakeinteraction.h"
 #include "common/rowbuilder.h"
+#include "common/temptree.h"
 #include "core/engine.h"
 #include "localization/language.h"
 #include "ui/dirpairmodel.h"
-#include "ui/dlgdirs.h"
 #include "ui/filelistmodel.h"
 #include "ui/frmmain.h"
 #include "ui/guiinteraction.h"
 #include "ui/localizecontrols.h"
+#include "ui/modal.h"
+#include "ui/optionsmenu.h"
+#include "ui/startup.h"
 
 using namespace duomir;
 using namespace duomir::test;
 using namespace Qt::StringLiterals;
 using Answer = Interaction::Answer;
+// Watches the file list through a Compare, a filter change and a Synchronize.
+using Tester = QAbstractItemModelTester::FailureReportingMode;
 
 namespace {
 
@@ -33,19 +40,67 @@ DirPair pair(const QString &source, const QString &destination)
     return p;
 }
 
-// A window over an engine with a scripted person; the pair dialog is replaced by `dialog`.
+// A hand-made file row, marked unless identical.
+CompareEntry fileRow(TextStore &texts, const QString &name, std::int16_t state, int size = 10)
+{
+    CompareEntry e;
+    e.State = state;
+    e.Marked = state != Identical;
+    setPaths(e, texts, u"/s/"_s, u"/d/"_s);
+    setNames(e, texts, state == ModifiedInDestination ? QString() : name,
+             state == ModifiedInSource ? QString() : name);
+    e.FullSize = {size, size};
+    return e;
+}
+
+// A window over an engine with a scripted person and a settings file of its own; the pair dialog
+// is replaced by one that changes nothing.
 struct Fixture
 {
-    test::FakeInteraction ui;
+    FakeInteraction ui;
     Engine engine{ui};
     frmMain window{engine};
+    QTemporaryDir home;
+    FileListModel &model = *window.fileModel();
 
     explicit Fixture(int pairs = 0)
     {
+        engine.ShareFolder = qEnvironmentVariable("DUOMIR_SHARE_DIR");
+        engine.SettingsFile = home.filePath(u"Duomir.ini"_s);
         for (int i = 1; i <= pairs; ++i)
             engine.pairs.append(pair(u"/src%1"_s.arg(i), u"/dst%1"_s.arg(i)));
         static_cast<DirPairModel *>(window.pairGrid()->model())->reload();
         window.runDirsDialog = [](int) {};
+    }
+    // One real pair in English, compared: a file new in the source, one only in the destination,
+    // one alike on both sides in a subdirectory.
+    void compare(TempTree &t)
+    {
+        engine.language = Language::load(Language::filePath(engine.ShareFolder, u"English"_s), &ui);
+        window.localize();
+        t.file(u"src/new.txt"_s, "new");
+        t.file(u"dst/old.txt"_s, "old");
+        t.file(u"src/sub/same.txt"_s, "same", 1700000000);
+        t.file(u"dst/sub/same.txt"_s, "same", 1700000000);
+        DirPair p = pair(t.path(u"src"_s), t.path(u"dst"_s));
+        p.IncludeDirs = p.IncludeFiles = u"*"_s;
+        engine.pairs.append(p);
+        QVERIFY(window.runCompare());
+    }
+    QString names()
+    {
+        QStringList shown;
+        for (int row = 0; row < model.rowCount(); ++row)
+            shown << QFileInfo(model.index(row, FileListModel::NameColumn).data().toString())
+                         .fileName();
+        return shown.join(u' ');
+    }
+    QList<bool> marks()
+    {
+        QList<bool> m;
+        for (size_t i = 1; i < engine.CompareResults.size(); ++i)
+            m.append(engine.CompareResults[i].Marked);
+        return m;
     }
 };
 
@@ -57,33 +112,29 @@ class TestFrmMain : public QObject
 
 private Q_SLOTS:
     // Edit marks the list changed even when cancelled: the dialog cannot tell the list which
-    // button ended it.
+    // button ended it. The outcome: the slot the dialog was shown for, the pairs, the current
+    // slot, whether the list is changed and whether it is grey.
     void pairListCommands_data()
     {
-        QTest::addColumn<QString>("command");
+        QTest::addColumn<int>("command"); // Add, Edit, Remove
         QTest::addColumn<int>("pairs");
         QTest::addColumn<bool>("dialogFills");
-        QTest::addColumn<int>("dialogSlot");
-        QTest::addColumn<int>("slotAfter");
-        QTest::addColumn<bool>("modified");
-        QTest::addColumn<bool>("stale");
-        QTest::newRow("add cancelled") << u"add"_s << 1 << false << 2 << 1 << false << false;
-        QTest::newRow("add accepted") << u"add"_s << 1 << true << 2 << 2 << true << true;
-        QTest::newRow("edit cancelled") << u"edit"_s << 2 << false << 2 << 2 << true << true;
+        QTest::addColumn<QString>("outcome");
+        QTest::newRow("add cancelled") << 0 << 1 << false << u"dialog 2, pairs 1, slot 1"_s;
+        QTest::newRow("add accepted")
+            << 0 << 1 << true << u"dialog 2, pairs 2, slot 2, changed, grey"_s;
+        QTest::newRow("edit cancelled")
+            << 1 << 2 << false << u"dialog 2, pairs 2, slot 2, changed, grey"_s;
         QTest::newRow("remove the only pair")
-            << u"remove"_s << 1 << false << -1 << 0 << false << true;
+            << 2 << 1 << false << u"dialog -1, pairs 0, slot 0, grey"_s;
         QTest::newRow("remove moves later pairs up")
-            << u"remove"_s << 3 << false << -1 << 2 << false << true;
+            << 2 << 3 << false << u"dialog -1, pairs 2, slot 2, grey"_s;
     }
     void pairListCommands()
     {
-        QFETCH(QString, command);
+        QFETCH(int, command);
         QFETCH(int, pairs);
         QFETCH(bool, dialogFills);
-        QFETCH(int, dialogSlot);
-        QFETCH(int, slotAfter);
-        QFETCH(bool, modified);
-        QFETCH(bool, stale);
         Fixture f(pairs);
         f.window.setCurrentSlot(qMin(pairs, 2));
         int shownFor = -1;
@@ -92,176 +143,174 @@ private Q_SLOTS:
             if (dialogFills)
                 f.engine.pairs[slot] = pair(u"/n"_s, u"/m"_s);
         };
-        if (command == u"add")
-            f.window.cmdAdd_Click();
-        else if (command == u"edit")
-            f.window.cmdEdit_Click();
-        else
-            f.window.cmdRemove_Click();
-
-        const int count = command == u"remove" ? pairs - 1 : pairs + int(dialogFills);
-        QCOMPARE(shownFor, dialogSlot);
-        QCOMPARE(f.engine.pairs.count(), count);
+        const std::array commands{&frmMain::cmdAdd_Click, &frmMain::cmdEdit_Click,
+                                  &frmMain::cmdRemove_Click};
+        (f.window.*commands[size_t(command)])();
+        const int count = f.engine.pairs.count();
+        QString outcome =
+            u"dialog %1, pairs %2, slot %3"_s.arg(shownFor).arg(count).arg(f.window.currentSlot());
+        outcome += (f.engine.ProfileModified ? u", changed"_s : u""_s);
+        outcome += (f.window.isStale() ? u", grey"_s : u""_s);
+        QTEST(outcome, "outcome");
         QCOMPARE(f.window.pairGrid()->model()->rowCount(), count);
-        QCOMPARE(f.window.currentSlot(), slotAfter);
-        QCOMPARE(f.engine.ProfileModified, modified);
-        QCOMPARE(f.window.isStale(), stale);
         QCOMPARE(f.window.findChild<QPushButton *>(u"cmdRemove"_s)->isEnabled(), count > 0);
-        if (command == u"remove" && count > 1)
+        if (pairs == 3)
             QCOMPARE(f.engine.pairs[2].Source, u"/src3"_s);
     }
 
-    // Columns 2..6 show Su, SD, HD, SF, HF, which is not the record's field order.
-    void clickOnSwitchCellToggles_data()
+    // Synchronize says what it will do and touches nothing unless the answer is Yes; a list that
+    // no longer matches the pairs is not acted on at all, not even from a row's popup menu.
+    void synchronizeAfterItsQuestion_data()
     {
-        QTest::addColumn<int>("column");
-        QTest::addColumn<int>("changed");
-        QTest::newRow("Su") << 2 << int(PairSwitch::SubDirs);
-        QTest::newRow("SD") << 3 << int(PairSwitch::SysDirs);
-        QTest::newRow("HD") << 4 << int(PairSwitch::HiddenDirs);
-        QTest::newRow("SF") << 5 << int(PairSwitch::SysFiles);
-        QTest::newRow("HF") << 6 << int(PairSwitch::HiddenFiles);
+        QTest::addColumn<QString>("how");
+        QTest::addColumn<Answer>("answer");
+        QTest::addColumn<bool>("copied");
+        QTest::newRow("answered Yes") << u"click"_s << Answer::Yes << true;
+        QTest::newRow("answered No") << u"click"_s << Answer::No << false;
+        QTest::newRow("-dontask asks nothing") << u"dontask"_s << Answer::No << true;
+        QTest::newRow("grey list") << u"grey"_s << Answer::Yes << false;
+        QTest::newRow("grey list, a row's popup menu") << u"popup"_s << Answer::Yes << false;
     }
-    void clickOnSwitchCellToggles()
+    void synchronizeAfterItsQuestion()
     {
-        QFETCH(int, column);
-        QFETCH(int, changed);
-        Fixture f(2);
-        f.window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&f.window));
-        const DirPair before = f.engine.pairs[2];
-        QTableView *grid = f.window.pairGrid();
-        const QRect cell = grid->visualRect(grid->model()->index(1, column));
-        QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
-        for (int s = 0; s < PairSwitchCount; ++s) {
-            const auto sw = static_cast<PairSwitch>(s);
-            QCOMPARE(switchValue(f.engine.pairs[2], sw), switchValue(before, sw) != (s == changed));
+        QFETCH(QString, how);
+        QFETCH(Answer, answer);
+        TempTree t;
+        Fixture f;
+        const QAbstractItemModelTester tester(&f.model, Tester::QtTest);
+        f.compare(t);
+        f.engine.DontAsk = how == u"dontask";
+        if (how == u"grey" || how == u"popup")
+            f.window.greyFileList();
+        f.ui.answers = {answer};
+        QTableView *list = f.window.fileList();
+        if (how == u"popup")
+            Q_EMIT list->customContextMenuRequested(
+                list->visualRect(list->model()->index(1, 0)).center());
+        else
+            f.window.cmdSynch_Click();
+        QTEST(t.exists(u"dst/new.txt"_s), "copied");
+        QVERIFY(t.exists(u"dst/old.txt"_s));
+        QCOMPARE(f.ui.shown.isEmpty(), how == u"dontask");
+        if (how == u"grey" || how == u"popup")
+            QCOMPARE(f.ui.shown[0].buttons, Interaction::Buttons::Ok);
+        if (how == u"click")
+            QVERIFY(f.ui.shown[0].text.startsWith(f.engine.FormatMsg(804) + u"\r\n\r\n"));
+    }
+
+    // The filter buttons choose the rows (the pair's root row is "src"); they change a list of
+    // pairs, not an empty one. The side filters mean nothing for identical rows.
+    void filterButtonsChooseTheRows_data()
+    {
+        QTest::addColumn<int>("bar");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<QString>("rows");
+        const QString all = u"src Case.txt new.txt old.txt sub same.txt"_s;
+        QTest::newRow("all") << 1 << 0 << all;
+        QTest::newRow("modified") << 1 << 1 << u"src new.txt old.txt"_s;
+        QTest::newRow("towards the destination") << 1 << 2 << u"src new.txt"_s;
+        QTest::newRow("towards the source") << 1 << 3 << u"src old.txt"_s;
+        QTest::newRow("identical") << 1 << 4 << u"src Case.txt sub same.txt"_s;
+        QTest::newRow("names alike") << 2 << 1 << u"sub same.txt"_s;
+        QTest::newRow("names differ") << 2 << 2 << u"src Case.txt new.txt old.txt"_s;
+        QTest::newRow("empty directories")
+            << 0 << 0 << u"src Case.txt new.txt old.txt empty sub same.txt"_s;
+        QTest::newRow("a direction") << 3 << 1 << all;
+    }
+    void filterButtonsChooseTheRows()
+    {
+        QFETCH(int, bar);
+        QFETCH(int, key);
+        {
+            Fixture empty;
+            empty.window.toolbarButton(bar, key)->trigger();
+            QVERIFY(!empty.engine.ProfileModified);
         }
-        QVERIFY(f.engine.pairs[1] == DirPair(pair(u"/src1"_s, u"/dst1"_s)));
-        QVERIFY(f.window.isStale());
-        QVERIFY(!f.engine.ProfileModified);
+        TempTree t;
+        t.file(u"src/Case.txt"_s, "case", 1700000000);
+        t.file(u"dst/case.txt"_s, "case", 1700000000);
+        t.dir(u"src/empty"_s);
+        t.dir(u"dst/empty"_s);
+        Fixture f;
+        const QAbstractItemModelTester tester(&f.model, Tester::QtTest);
+        f.compare(t);
+        f.window.toolbarButton(bar, key)->trigger();
+        QTEST(f.names(), "rows");
+        QVERIFY(f.engine.ProfileModified);
+        QCOMPARE(f.window.findChild<QToolBar *>(u"tbar2"_s)->isEnabled(), bar != 1 || key != 4);
     }
 
-    void doubleClickBelowRowsAdds()
-    {
-        Fixture f(1);
-        f.window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&f.window));
-        int shownFor = -1;
-        f.window.runDirsDialog = [&](int slot) { shownFor = slot; };
-        QTableView *grid = f.window.pairGrid();
-        QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {},
-                           QPoint(20, grid->viewport()->height() - 5));
-        QCOMPARE(shownFor, 2);
-        const QRect row = grid->visualRect(grid->model()->index(0, 0));
-        QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, row.center());
-        QCOMPARE(shownFor, 1);
-    }
-
-    // Space on a selection sets every selected row as the first one flips; others stay.
-    void spaceFlipsSelectedMarks()
+    // Space on a selection sets every selected row as the first one flips. A check mark set in a
+    // filtered list reaches the entry of CompareResults that the row shows, which is what
+    // Synchronize reads; marking all leaves the hidden rows alone.
+    void checkMarksReachTheRowsShown()
     {
         Fixture f;
-        f.engine.CompareResults.resize(5);
-        for (size_t i = 1; i < 5; ++i) {
-            setNames(f.engine.CompareResults[i], f.engine.texts(), u"n%1"_s.arg(i), QString());
-            f.engine.CompareResults[i].Marked = i != 2;
-        }
-        f.engine.VisibleRows = {0, 1, 2, 3, 4};
-        f.window.fileModel()->reload();
+        TextStore &texts = f.engine.texts();
+        f.engine.CompareResults = {CompareEntry{}, fileRow(texts, u"a"_s, ModifiedInSource),
+                                   fileRow(texts, u"same.txt"_s, Identical),
+                                   fileRow(texts, u"new.txt"_s, ModifiedInSource),
+                                   fileRow(texts, u"old.txt"_s, ModifiedInDestination)};
+        f.engine.VisibleRows = {0, 1, 2, 4};
+        f.model.reload();
         QTableView *list = f.window.fileList();
         list->selectRow(0);
         list->selectionModel()->select(list->model()->index(1, 0),
                                        QItemSelectionModel::Select | QItemSelectionModel::Rows);
         QTest::keyClick(list, Qt::Key_Space);
-        const auto marks = [&] {
-            QList<bool> m;
-            for (size_t i = 1; i < 5; ++i)
-                m.append(f.engine.CompareResults[i].Marked);
-            return m;
-        };
-        QCOMPARE(marks(), (QList<bool>{false, false, true, true}));
+        QCOMPARE(f.marks(), (QList<bool>{false, false, true, true}));
         QTest::keyClick(list, Qt::Key_Space);
-        QCOMPARE(marks(), (QList<bool>{true, true, true, true}));
+        QCOMPARE(f.marks(), (QList<bool>{true, true, true, true}));
+        QVERIFY(f.model.setData(f.model.index(2, 0), Qt::Unchecked, Qt::CheckStateRole));
+        QCOMPARE(f.marks(), (QList<bool>{true, true, true, false}));
+        f.model.markAll(false);
+        QCOMPARE(f.marks(), (QList<bool>{false, false, true, false}));
     }
 
-    // A list that no longer matches the pairs is not acted on: neither Synchronize nor the
-    // commands of a row's popup menu.
-    void staleListIsNotActedOn_data()
+    // A large list: sorting, reading the last row and a mark on it stay on the right entry.
+    void largeListSortsAndMapsRows()
     {
-        QTest::addColumn<bool>("popup");
-        QTest::newRow("Synchronize") << false;
-        QTest::newRow("a row's popup menu") << true;
-    }
-    void staleListIsNotActedOn()
-    {
-        QFETCH(bool, popup);
-        Fixture f(1);
-        f.engine.CompareResults.resize(3);
-        setNames(f.engine.CompareResults[1], f.engine.texts(), u"a"_s, QString());
-        setNames(f.engine.CompareResults[2], f.engine.texts(), u"b"_s, QString());
-        f.engine.VisibleRows = {0, 1, 2};
-        f.window.fileModel()->reload();
-        f.window.greyFileList();
-        if (popup) {
-            QTableView *list = f.window.fileList();
-            const QRect row = list->visualRect(list->model()->index(1, 0));
-            Q_EMIT list->customContextMenuRequested(row.center());
-        } else {
-            f.window.cmdSynch_Click();
-        }
-        QCOMPARE(f.ui.shown.size(), 1);
-        QCOMPARE(f.ui.shown[0].icon, Interaction::Icon::Exclamation);
-        QCOMPARE(f.ui.shown[0].buttons, Interaction::Buttons::Ok);
-    }
-
-    // Delete and Mirror may only go with exactly one direction; otherwise they are released and
-    // off. Pressing one releases the other.
-    void deleteButtonRule_data()
-    {
-        QTest::addColumn<bool>("src");
-        QTest::addColumn<bool>("dest");
-        QTest::addColumn<bool>("deleteEnabled");
-        QTest::addColumn<int>("button"); // 3 Delete, 4 Mirror
-        for (int button : {3, 4}) {
-            const char *name = button == 3 ? "Delete" : "Mirror";
-            QTest::addRow("%s, both directions", name) << true << true << false << button;
-            QTest::addRow("%s, source only", name) << true << false << true << button;
-            QTest::addRow("%s, destination only", name) << false << true << true << button;
-            QTest::addRow("%s, none", name) << false << false << true << button;
-        }
-    }
-    void deleteButtonRule()
-    {
-        QFETCH(bool, src);
-        QFETCH(bool, dest);
-        QFETCH(bool, deleteEnabled);
-        QFETCH(int, button);
+        constexpr int count = 200'000;
         Fixture f;
-        QAction *srcButton = f.window.toolbarButton(3, 0);
-        QAction *destButton = f.window.toolbarButton(3, 1);
-        QAction *otherKind = f.window.toolbarButton(3, button == 3 ? 4 : 3);
-        QAction *del = f.window.toolbarButton(3, button);
-        bool &on = button == 3 ? f.engine.sync.Delete : f.engine.sync.Mirror;
+        for (int i = 0; i < count; ++i)
+            f.engine.CompareResults.push_back(fileRow(f.engine.texts(),
+                                                      u"f%1"_s.arg(count - i, 7, 10, QChar(u'0')),
+                                                      ModifiedInSource, i));
+        f.engine.VisibleRows.resize(count + 1);
+        std::iota(f.engine.VisibleRows.begin(), f.engine.VisibleRows.end(), 0);
+        f.model.reload();
+        QCOMPARE(f.model.rowCount(), count);
+        f.model.sort(FileListModel::NameColumn, Qt::AscendingOrder);
+        QCOMPARE(f.model.index(0, FileListModel::NameColumn).data().toString(), u"f0000001"_s);
+        QVERIFY(f.model.setData(f.model.index(0, 0), Qt::Unchecked, Qt::CheckStateRole));
+        QVERIFY(!f.engine.CompareResults[count].Marked && f.engine.CompareResults[1].Marked);
+        f.model.sort(FileListModel::SourceSizeColumn, Qt::DescendingOrder);
+        QCOMPARE(f.model.resultIndex(0), count);
+        f.model.reload(); // a rebuilt list starts in the engine's order again
+        QCOMPARE(f.model.resultIndex(0), 1);
+    }
 
-        // Press the other kind, then this one while it is allowed, then move to the state under
-        // test.
-        destButton->trigger();
-        otherKind->trigger();
-        del->trigger();
-        QVERIFY(on);
-        QVERIFY(!otherKind->isChecked());
-        QVERIFY(!(f.engine.sync.Delete && f.engine.sync.Mirror));
-        if (srcButton->isChecked() != src)
-            srcButton->trigger();
-        if (destButton->isChecked() != dest)
-            destButton->trigger();
-
-        QCOMPARE(f.engine.sync.Src, src);
-        QCOMPARE(f.engine.sync.Dest, dest);
-        QCOMPARE(del->isEnabled(), deleteEnabled);
-        QCOMPARE(on, deleteEnabled);
-        QCOMPARE(del->isChecked(), deleteEnabled);
+    // Delete and Mirror go only with exactly one direction or none; with both they are grey and
+    // off. Pressing one releases the other.
+    void deleteButtonsNeedOneDirection()
+    {
+        Fixture f;
+        const auto button = [&](int key) { return f.window.toolbarButton(3, key); };
+        const SyncOptions &sync = f.engine.sync;
+        button(1)->trigger(); // one direction
+        button(3)->trigger();
+        button(4)->trigger();
+        QVERIFY(sync.Mirror && !sync.Delete && !button(3)->isChecked());
+        button(3)->trigger();
+        QVERIFY(sync.Delete && !sync.Mirror && !button(4)->isChecked());
+        button(1)->trigger(); // both directions
+        QVERIFY(sync.Src && sync.Dest && !sync.Delete && !sync.Mirror);
+        for (int key : {3, 4})
+            QVERIFY(!button(key)->isEnabled() && !button(key)->isChecked());
+        button(0)->trigger(); // the other direction
+        QVERIFY(!sync.Src && button(3)->isEnabled() && button(4)->isEnabled());
+        button(1)->trigger(); // no direction
+        QVERIFY(!sync.Dest && button(3)->isEnabled() && button(4)->isEnabled());
     }
 
     // The arrow cell shows what Synchronize will do, and changes as soon as a direction or a
@@ -271,19 +320,14 @@ private Q_SLOTS:
         Fixture f;
         CompareEntry root;
         setPaths(root, f.engine.texts(), u"/s"_s, u"/d"_s);
-        CompareEntry only;
-        setPaths(only, f.engine.texts(), u"/s/"_s, u"/d/"_s);
-        setNames(only, f.engine.texts(), u"new"_s, QString());
-        only.State = ModifiedInSource;
-        only.Marked = true;
-        f.engine.CompareResults = {CompareEntry{}, root, only};
+        f.engine.CompareResults = {CompareEntry{}, root,
+                                   fileRow(f.engine.texts(), u"new"_s, ModifiedInSource)};
         f.engine.VisibleRows = {0, 2};
         f.engine.compareCounters = {1, 0, 0};
-        FileListModel *model = f.window.fileModel();
-        model->reload();
-        const QModelIndex cell = model->index(0, FileListModel::StateColumn);
-        QSignalSpy changed(model, &QAbstractItemModel::dataChanged);
-        const auto tip = [&] { return cell.data(Qt::ToolTipRole).toString(); };
+        f.model.reload();
+        const auto tip = [&] {
+            return f.model.index(0, FileListModel::StateColumn).data(Qt::ToolTipRole).toString();
+        };
         QCOMPARE(tip(), f.engine.FormatMsg(1141)); // copy to the destination
         f.window.toolbarButton(3, 1)->trigger();   // destination to source only
         QCOMPARE(tip(), f.engine.FormatMsg(1140));
@@ -291,138 +335,92 @@ private Q_SLOTS:
         f.window.toolbarButton(3, 0)->trigger(); // source to destination only
         f.window.toolbarButton(3, 3)->trigger(); // with Delete: the new file goes
         QCOMPARE(tip(), f.engine.FormatMsg(1143));
-        QVERIFY(!changed.isEmpty());
-        QVERIFY(model->setData(model->index(0, FileListModel::MarkedColumn), Qt::Unchecked,
-                               Qt::CheckStateRole));
+        QVERIFY(f.model.setData(f.model.index(0, 0), Qt::Unchecked, Qt::CheckStateRole));
         QCOMPARE(tip(), f.engine.FormatMsg(1140));
     }
 
-    void filterClickMarksProfileOnlyWithPairs_data()
+    // Leaving a changed list asks first (closing may be cancelled); a Save dialog cancelled after
+    // Yes keeps everything. The window's placement is stored only by a close that goes through.
+    void leavingAChangedList_data()
     {
-        QTest::addColumn<int>("pairs");
-        QTest::addColumn<int>("bar");
-        QTest::addColumn<int>("key");
-        QTest::newRow("file filter, empty list") << 0 << 1 << 2;
-        QTest::newRow("file filter") << 1 << 1 << 2;
-        QTest::newRow("side filter") << 1 << 2 << 1;
-        QTest::newRow("empty directories") << 1 << 0 << 0;
-        QTest::newRow("direction") << 1 << 3 << 1;
-    }
-    void filterClickMarksProfileOnlyWithPairs()
-    {
-        QFETCH(int, pairs);
-        QFETCH(int, bar);
-        QFETCH(int, key);
-        Fixture f(pairs);
-        f.window.toolbarButton(bar, key)->trigger();
-        QCOMPARE(f.engine.ProfileModified, pairs > 0);
-        if (bar == 1)
-            QCOMPARE(f.engine.filter.FileFilter, key);
-        if (bar == 2)
-            QCOMPARE(f.engine.filter.SideFilter, key);
-        if (bar == 0)
-            QVERIFY(f.engine.filter.ShowEmptyDirs);
-    }
-
-    void identicalFilterDisablesSideToolbar()
-    {
-        Fixture f(1);
-        auto *sideBar = f.window.findChild<QToolBar *>(u"tbar2"_s);
-        f.window.toolbarButton(1, 4)->trigger();
-        QVERIFY(!sideBar->isEnabled());
-        f.window.toolbarButton(1, 1)->trigger();
-        QVERIFY(sideBar->isEnabled());
-    }
-
-    void closeAsksToSaveModifiedList_data()
-    {
+        QTest::addColumn<bool>("load");
         QTest::addColumn<bool>("modified");
         QTest::addColumn<Answer>("answer");
-        QTest::addColumn<bool>("closes");
-        QTest::addColumn<int>("saveDialogs");
-        QTest::newRow("unmodified closes unasked") << false << Answer::Cancel << true << 0;
-        QTest::newRow("cancel keeps running") << true << Answer::Cancel << false << 0;
-        QTest::newRow("no leaves without saving") << true << Answer::No << true << 0;
-        QTest::newRow("yes, save dialog cancelled") << true << Answer::Yes << false << 1;
-        QTest::newRow("yes, save dialog cancelled, a profile loaded")
-            << true << Answer::Yes << false << 1;
+        QTest::addColumn<QString>("outcome"); // the file dialogs shown are each cancelled
+        QTest::newRow("close unchanged")
+            << false << false << Answer::Cancel << u"closed, placement stored"_s;
+        QTest::newRow("close, Cancel") << false << true << Answer::Cancel << u"asked; open"_s;
+        QTest::newRow("close, No")
+            << false << true << Answer::No << u"asked; closed, placement stored"_s;
+        QTest::newRow("close, Yes")
+            << false << true << Answer::Yes << u"asked; save dialog; open"_s;
+        QTest::newRow("load unchanged")
+            << true << false << Answer::Cancel << u"load dialog; open, profile let go"_s;
+        QTest::newRow("load, Yes") << true << true << Answer::Yes << u"asked; save dialog; open"_s;
     }
-    void closeAsksToSaveModifiedList()
+    void leavingAChangedList()
     {
+        QFETCH(bool, load);
         QFETCH(bool, modified);
         QFETCH(Answer, answer);
-        QFETCH(bool, closes);
-        QFETCH(int, saveDialogs);
-        Fixture f(1);
+        Fixture f(2);
+        ShellHooks hooks;
+        Startup startup(f.engine, &f.window, hooks);
+        f.window.show();
+        f.engine.ProfilePath = u"/home/u/daily.dyp"_s;
         f.engine.ProfileModified = modified;
-        if (QByteArray(QTest::currentDataTag()).endsWith("loaded"))
-            f.engine.ProfilePath = u"/home/u/daily.dyp"_s;
-        int dialogs = 0;
+        QString outcome;
         f.window.chooseProfileFile = [&](bool save) {
-            dialogs += save ? 1 : 100;
+            outcome += save ? u"save dialog; "_s : u"load dialog; "_s;
             return QString();
         };
         f.ui.answers = {answer};
-        QCOMPARE(f.window.queryClose(), closes);
+        if (load)
+            f.window.mnuPop1_Load_Click();
+        else
+            f.window.close();
+        outcome.prepend(f.ui.shown.isEmpty() ? u""_s : u"asked; "_s);
+        outcome += f.window.isVisible() ? u"open"_s : u"closed"_s;
+        const bool stored = IniFile(f.engine.SettingsFile).contains(u"Form"_s, u"Pos"_s);
+        outcome += stored ? u", placement stored"_s : u""_s;
+        outcome += f.engine.ProfilePath.isEmpty() ? u", profile let go"_s : u""_s;
+        QTEST(outcome, "outcome");
         QCOMPARE(f.ui.shown.size(), int(modified));
-        if (modified)
+        if (modified && !load)
             QCOMPARE(f.ui.shown[0].buttons, Interaction::Buttons::YesNoCancel);
-        QCOMPARE(dialogs, saveDialogs);
+        QVERIFY(f.engine.pairs.count() == 2 && f.engine.ProfileModified == modified);
     }
 
-    // A cancelled Load dialog forgets the profile but keeps the list on screen.
-    void loadCancelledForgetsPathKeepsList()
+    // A language chosen from the options menu shows at once, is stored, and formats the counts of
+    // the last Compare again instead of bringing back "Not yet compared".
+    void languageSwitchRelocalizesAtOnce()
     {
-        Fixture f(2);
-        f.engine.ProfilePath = u"/somewhere/old.dyp"_s;
-        f.window.chooseProfileFile = [](bool) { return QString(); };
-        f.window.mnuPop1_Load_Click();
-        QVERIFY(f.engine.ProfilePath.isEmpty());
-        QCOMPARE(f.engine.pairs.count(), 2);
-        QVERIFY(f.ui.shown.isEmpty());
+        TempTree t;
+        Fixture f;
+        f.compare(t);
+        // The program's interaction hands the engine's status texts to the window.
+        for (int i = 0; i < 3; ++i)
+            f.window.setStatusLabel(i, f.ui.statusLabels[i]);
+        ShellHooks hooks;
+        hooks.localize = [&] { f.window.localize(); };
+        OptionsMenu menu(f.engine, &f.window, hooks);
+        setModalRunner([](QDialog &dlg) {
+            auto *combo = dlg.findChild<QComboBox *>(u"cboLanguage"_s);
+            combo->setCurrentIndex(combo->findData(u"Deutsch"_s));
+            dlg.findChild<QPushButton *>(u"cmdOK"_s)->click();
+            return int(dlg.result());
+        });
+        menu.showLanguage();
+        setModalRunner({});
+        QCOMPARE(f.window.findChild<QPushButton *>(u"cmdCompare"_s)->text(), u"&Vergleichen"_s);
+        QCOMPARE(menu.menu()->actions().first()->text(), u"&Optionen"_s);
+        QCOMPARE(IniFile(f.engine.SettingsFile).readString(u"General"_s, u"Language"_s),
+                 u"Deutsch"_s);
+        QCOMPARE(f.window.statusLabel(0), u"3 Dateien"_s);
+        QCOMPARE(f.window.statusLabel(2), u"1 Verzeichnis"_s);
     }
 
-    // "Save first?" answered Yes and the Save dialog cancelled: no Load dialog, nothing replaced.
-    void loadAfterCancelledSaveKeepsEverything()
-    {
-        Fixture f(2);
-        f.engine.ProfilePath = u"/somewhere/old.dyp"_s;
-        f.engine.ProfileModified = true;
-        QStringList dialogs;
-        f.window.chooseProfileFile = [&](bool save) {
-            dialogs << (save ? u"save"_s : u"load"_s);
-            return QString();
-        };
-        f.ui.answers = {Answer::Yes};
-        f.window.mnuPop1_Load_Click();
-        QCOMPARE(dialogs, QStringList{u"save"_s});
-        QCOMPARE(f.engine.ProfilePath, u"/somewhere/old.dyp"_s);
-        QVERIFY(f.engine.ProfileModified);
-    }
-
-    // A profile gets its ending unless the typed name has it already, in any letter case.
-    void saveAddsTheProfileEnding_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("saved");
-        QTest::newRow("a dot in the name") << u"Daily.backup"_s << u"Daily.backup.dyp"_s;
-        QTest::newRow("no ending") << u"Daily"_s << u"Daily.dyp"_s;
-        QTest::newRow("ending typed") << u"Daily.dyp"_s << u"Daily.dyp"_s;
-        QTest::newRow("ending in capitals") << u"DAILY.DYP"_s << u"DAILY.DYP"_s;
-    }
-    void saveAddsTheProfileEnding()
-    {
-        QFETCH(QString, typed);
-        QFETCH(QString, saved);
-        QTemporaryDir dir;
-        Fixture f(1);
-        f.window.chooseProfileFile = [&](bool) { return dir.filePath(typed); };
-        QVERIFY(f.window.mnuPop1_Save_Click());
-        QCOMPARE(f.engine.ProfilePath, dir.filePath(saved));
-        QVERIFY(QFile::exists(dir.filePath(saved)));
-    }
-
-    // In German the question's buttons, the file list's dates and Qt's own texts are German too.
+    // In German the question's buttons and Qt's own texts are German too.
     void messageButtonsSpeakTheLanguage()
     {
         GuiInteraction gui;
@@ -448,123 +446,7 @@ private Q_SLOTS:
         QCOMPARE(QLocale().name(), u"de_DE"_s);
         ApplyLanguageLocale(Language()); // the next tests run in the default language
     }
-
-    // Every button of the four bars can be reached from the keyboard: a shortcut of its own,
-    // named in its tool tip, and a name a screen reader can say.
-    void barButtonsHaveShortcutsAndNames()
-    {
-        Fixture f;
-        f.window.localize();
-        QSet<QString> keys;
-        for (int bar = 0; bar < 4; ++bar) {
-            for (int key = 0; key < 5; ++key) {
-                QAction *a = f.window.toolbarButton(bar, key);
-                if (!a || !a->isVisible())
-                    continue;
-                const QString shortcut = a->shortcut().toString(QKeySequence::NativeText);
-                QVERIFY2(!shortcut.isEmpty(), qPrintable(a->objectName()));
-                QVERIFY(!keys.contains(shortcut));
-                keys.insert(shortcut);
-                QVERIFY2(a->toolTip().endsWith(u" (" + shortcut + u')'), qPrintable(a->toolTip()));
-                QWidget *button =
-                    f.window.findChild<QToolBar *>(u"tbar%1"_s.arg(bar))->widgetForAction(a);
-                QVERIFY(button && !button->accessibleName().isEmpty());
-                QVERIFY(!button->accessibleName().contains(shortcut));
-            }
-        }
-        f.window.localize(); // again: the shortcut is named once
-        QVERIFY(!f.window.toolbarButton(3, 4)->toolTip().contains(u") ("_s));
-        f.window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&f.window));
-        QTest::keyClick(&f.window, Qt::Key_Left, Qt::ControlModifier);
-        QVERIFY(!f.engine.sync.Dest);
-    }
-
-    void statusAnimationSwingsBetweenOneAndNine()
-    {
-        Fixture f;
-        f.window.setProgressAnimation(true);
-        auto *timer = f.window.findChild<QTimer *>(u"tmrProgress"_s);
-        QVERIFY(timer->isActive());
-        QList<int> seen;
-        for (int i = 0; i < 12; ++i) {
-            f.window.tmrProgress_Timer();
-            seen.append(int(f.window.statusLabel(0).size()));
-        }
-        QCOMPARE(seen, (QList<int>{1, 2, 3, 4, 5, 6, 7, 8, 9, 8, 7, 6}));
-        f.window.setProgressAnimation(false);
-        QVERIFY(!timer->isActive());
-    }
 };
 
-class TestDlgDirs : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void init()
-    {
-        m_ui = test::FakeInteraction();
-        m_engine = std::make_unique<Engine>(m_ui);
-    }
-
-    void newPairStartsWithPathsOfPairAbove()
-    {
-        m_engine->pairs.append(pair(u"/a"_s, u"/b"_s));
-        const int slot = m_engine->pairs.append(DirPair::newFromSettings(m_engine->settings));
-        dlgDirs dialog(*m_engine);
-        dialog.Init(slot);
-        QCOMPARE(dialog.pathBox(0)->text(), u"/a"_s);
-        QCOMPARE(dialog.pathBox(1)->text(), u"/b"_s);
-        QVERIFY(dialog.workingCopy().Source.isEmpty());
-    }
-
-    // A refused OK keeps the dialog open with the trailing separator already gone.
-    void okTrimsSeparatorThenValidates()
-    {
-        m_engine->settings.SubDirs = true;
-        const int slot = m_engine->pairs.append(DirPair::newFromSettings(m_engine->settings));
-        dlgDirs dialog(*m_engine);
-        dialog.Init(slot);
-        dialog.pathBox(0)->setText(u"/data/"_s);
-        dialog.pathBox(1)->setText(u"/data/copy/"_s);
-        m_ui.answers = {Answer::No, Answer::Yes}; // 20830: the destination lies inside the source
-        dialog.cmdOK_Click();
-        QCOMPARE(dialog.result(), int(QDialog::Rejected));
-        QCOMPARE(dialog.pathBox(0)->text(), u"/data"_s);
-        QVERIFY(m_engine->pairs[slot].Source.isEmpty());
-        dialog.cmdOK_Click();
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QCOMPARE(m_engine->pairs[slot].Destination, u"/data/copy"_s);
-    }
-
-    void subdirectoryControlsFollowTheSwitch()
-    {
-        DirPair p = pair(u"/a"_s, u"/b"_s);
-        p.ExcludeDirs = u"tmp"_s;
-        p.SubDirs = false;
-        m_engine->pairs.append(p);
-        dlgDirs dialog(*m_engine);
-        dialog.Init(1);
-        QVERIFY(!dialog.maskBox(0)->isEnabled() && !dialog.maskBox(1)->isEnabled());
-        QVERIFY(dialog.maskBox(2)->isEnabled());
-        dialog.subDirsBox()->click();
-        QVERIFY(dialog.maskBox(1)->isEnabled());
-        QCOMPARE(dialog.maskBox(1)->text(), u"tmp"_s);
-        QVERIFY(dialog.workingCopy().SubDirs);
-    }
-
-private:
-    test::FakeInteraction m_ui;
-    std::unique_ptr<Engine> m_engine;
-};
-
-int main(int argc, char *argv[])
-{
-    QApplication app(argc, argv);
-    TestFrmMain main;
-    TestDlgDirs dirs;
-    return QTest::qExec(&main, argc, argv) | QTest::qExec(&dirs, argc, argv);
-}
-
+QTEST_MAIN(TestFrmMain)
 #include "tst_frmmain.moc"

@@ -1,11 +1,10 @@
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDesktopServices>
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -13,17 +12,15 @@
 #include "base/inifile.h"
 #include "common/fakeinteraction.h"
 #include "core/engine.h"
-#include "ui/dlgabout.h"
 #include "ui/dlgdirs.h"
 #include "ui/dlghint.h"
 #include "ui/dlglanguage.h"
 #include "ui/dlgmakelink.h"
 #include "ui/dlgoptions.h"
-#include "ui/frmmain.h"
-#include "ui/helppage.h"
 #include "ui/modal.h"
 
 using namespace duomir;
+using Answer = Interaction::Answer;
 
 namespace {
 
@@ -44,13 +41,11 @@ template <class W> W *child(QWidget &dlg, const char *name)
 
 } // namespace
 
+// The dialogs around the main window, each over an engine with a scripted person and its own
+// program, share and settings folder.
 class TestShellDialogs : public QObject
 {
     Q_OBJECT
-
-public:
-    // Receives what the dialogs hand to the desktop (links, help pages).
-    Q_INVOKABLE void openUrl(const QUrl &url) { m_opened.append(url); }
 
 private Q_SLOTS:
     void init()
@@ -58,44 +53,123 @@ private Q_SLOTS:
         m_ui = test::FakeInteraction();
         m_engine = std::make_unique<Engine>(m_ui);
         m_dir = std::make_unique<QTemporaryDir>();
-        m_engine->ProgramFolder = m_dir->path();
-        m_engine->ShareFolder = m_dir->path();
+        m_engine->ProgramFolder = m_engine->ShareFolder = m_dir->path();
         m_engine->SettingsFile = m_dir->filePath(u"Duomir.ini"_qs);
-        m_opened.clear();
+        m_engine->settings.SubDirs = true;
+        m_engine->settings.TimeLag = 2.0 / 86400;
         m_beeps = 0;
         setBeeper([this] { ++m_beeps; });
-        for (const char *scheme : {"https", "mailto", "file"})
-            QDesktopServices::setUrlHandler(QString::fromLatin1(scheme), this, "openUrl");
     }
 
     void cleanup()
     {
         setBeeper({});
         dlgMakeLink::setFolderChooser({});
-        for (const char *scheme : {"https", "mailto", "file"})
-            QDesktopServices::unsetUrlHandler(QString::fromLatin1(scheme));
     }
 
-    void makeLinkNeedsNameAndProfile()
+    void timeLagLeavingTheBox_data()
     {
-        dlgMakeLink dlg(*m_engine);
-        auto *ok = child<QPushButton>(dlg, "cmdOK");
-        QVERIFY(!ok->isEnabled());
-        QVERIFY(!child<QCheckBox>(dlg, "chkAuto")->isEnabled());
-        QTest::keyClicks(child<QLineEdit>(dlg, "txtName"), u"x"_qs);
-        QVERIFY(ok->isEnabled());
-        QTest::keyClick(child<QLineEdit>(dlg, "txtName"), Qt::Key_Backspace);
-        QVERIFY(!ok->isEnabled());
-
-        m_engine->ProfilePath = u"/p/list.dyp"_qs;
-        dlgMakeLink withProfile(*m_engine);
-        QVERIFY(child<QCheckBox>(withProfile, "chkAuto")->isEnabled());
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<bool>("accepted");
+        QTest::addColumn<QString>("shownAfter");
+        QTest::newRow("one full day") << u"24:00:00"_qs << false << u"24:00:00"_qs;
+        QTest::newRow("not a time") << u"abc"_qs << false << u"abc"_qs;
+        QTest::newRow("minutes out of range") << u"00:60:00"_qs << false << u"00:60:00"_qs;
+        QTest::newRow("last second of the day") << u"23:59:59"_qs << true << u"23:59:59"_qs;
+        QTest::newRow("short form is normalised") << u"0:0:5"_qs << true << u"00:00:05"_qs;
+        QTest::newRow("plain zero") << u"0"_qs << true << u"00:00:00"_qs;
+    }
+    // A time lag the box refuses is said at once, and the focus goes back into the box.
+    void timeLagLeavingTheBox()
+    {
+        QFETCH(QString, typed);
+        QFETCH(bool, accepted);
+        dlgOptions dlg(*m_engine);
+        dlg.show();
+        QVERIFY(QTest::qWaitForWindowActive(&dlg));
+        auto *lag = child<QLineEdit>(dlg, "txtTimeLag");
+        lag->setFocus();
+        lag->selectAll();
+        QTest::keyClicks(lag, typed);
+        child<QLineEdit>(dlg, "txtSearch1")->setFocus(Qt::TabFocusReason);
+        QTEST(lag->text(), "shownAfter");
+        QCOMPARE(child<QPushButton>(dlg, "cmdApply")->isEnabled(), accepted);
+        QCOMPARE(m_ui.shown.size(), int(!accepted));
+        if (!accepted) {
+            QCOMPARE(m_ui.shown.first().icon, Interaction::Icon::Exclamation);
+            QTRY_VERIFY(lag->hasFocus());
+        }
     }
 
-    // A cancelled folder choice keeps the dialog as it was; the launcher of an automatic run
-    // quotes a profile path with blanks.
+    // Apply stores and keeps the dialog open; Exit then drops only what came after. Without
+    // subdirectories the options for directories are grey.
+    void optionsApplyStoresExitDiscards()
+    {
+        dlgOptions dlg(*m_engine);
+        dlg.show();
+        QSignalSpy applied(&dlg, &dlgOptions::optionsApplied);
+        auto *apply = child<QPushButton>(dlg, "cmdApply");
+        QVERIFY(!apply->isEnabled());
+        child<QCheckBox>(dlg, "chkSubDirs")->click();
+        QVERIFY(!child<QCheckBox>(dlg, "chkSystem0")->isEnabled());
+        QVERIFY(child<QCheckBox>(dlg, "chkSystem1")->isEnabled());
+        QTest::keyClicks(child<QLineEdit>(dlg, "txtSearch1"), u"Temp;Recycled"_qs);
+        child<QLineEdit>(dlg, "txtTimeLag")->setText(u"01:00:00"_qs);
+        auto *folder = child<QLineEdit>(dlg, "txtVersionsFolder");
+        QVERIFY(!folder->isEnabled()); // the engine starts with nothing kept
+        child<QRadioButton>(dlg, "optKeep2")->click();
+        QVERIFY(folder->isEnabled());
+        folder->setText(u"  Old  "_qs);
+        QTest::mouseClick(apply, Qt::LeftButton);
+        const Settings &s = m_engine->settings;
+        QCOMPARE(s.ExcludeDirs, u"Temp;Recycled"_qs);
+        QVERIFY(!s.SubDirs);
+        QCOMPARE(s.TimeLag, 1.0 / 24);
+        QCOMPARE(s.Versioning, int(Settings::ToVersionsFolder));
+        QCOMPARE(s.VersionsFolder, u"Old"_qs);
+        QCOMPARE(applied.size(), 1);
+        QVERIFY(dlg.isVisible() && !apply->isEnabled());
+
+        child<QCheckBox>(dlg, "chkLogToFile")->click();
+        child<QRadioButton>(dlg, "optKeep1")->click();
+        QTest::keyClicks(child<QLineEdit>(dlg, "txtSearch1"), u";x"_qs);
+        QTest::mouseClick(child<QPushButton>(dlg, "cmdExit"), Qt::LeftButton);
+        QVERIFY(!dlg.isVisible() && !s.LogToFile);
+        QCOMPARE(s.Versioning, int(Settings::ToVersionsFolder));
+        QCOMPARE(s.ExcludeDirs, u"Temp;Recycled"_qs);
+    }
+
+    // A new pair starts with the paths of the pair above. A refused OK keeps the dialog open with
+    // the trailing separators already gone; the pair is written only once OK goes through.
+    void pairDialogTrimsThenValidates()
+    {
+        DirPair above;
+        above.Source = u"/a"_qs;
+        above.Destination = u"/b"_qs;
+        m_engine->pairs.append(above);
+        const int slot = m_engine->pairs.append(DirPair::newFromSettings(m_engine->settings));
+        dlgDirs dialog(*m_engine);
+        dialog.Init(slot);
+        QCOMPARE(dialog.pathBox(0)->text(), u"/a"_qs);
+        QCOMPARE(dialog.pathBox(1)->text(), u"/b"_qs);
+        dialog.pathBox(0)->setText(u"/data/"_qs);
+        dialog.pathBox(1)->setText(u"/data/copy/"_qs);
+        m_ui.answers = {Answer::No, Answer::Yes}; // the destination lies inside the source
+        dialog.cmdOK_Click();
+        QCOMPARE(dialog.result(), int(QDialog::Rejected));
+        QCOMPARE(dialog.pathBox(0)->text(), u"/data"_qs);
+        QVERIFY(m_engine->pairs[slot].Source.isEmpty());
+        dialog.cmdOK_Click();
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(m_engine->pairs[slot].Destination, u"/data/copy"_qs);
+    }
+
+    // A launcher needs a name, and an automatic run a saved profile. A cancelled folder choice
+    // keeps the dialog as it was; the launcher quotes a profile path with blanks.
     void makeLinkWritesLauncher()
     {
+        QVERIFY(
+            !child<QCheckBox>(*std::make_unique<dlgMakeLink>(*m_engine), "chkAuto")->isEnabled());
         QTemporaryDir target;
         QString folder;
         dlgMakeLink::setFolderChooser(
@@ -103,16 +177,18 @@ private Q_SLOTS:
         m_engine->ProfilePath = u"/home/u/my lists/backup.dyp"_qs;
         dlgMakeLink dlg(*m_engine);
         dlg.show();
-        child<QLineEdit>(dlg, "txtName")->setText(u"Nightly backup"_qs);
+        auto *ok = child<QPushButton>(dlg, "cmdOK");
+        QVERIFY(!ok->isEnabled());
+        QTest::keyClicks(child<QLineEdit>(dlg, "txtName"), u"Nightly backup"_qs);
         child<QLineEdit>(dlg, "txtDescription")->setText(u"Mirror the photos"_qs);
         for (const char *box : {"chkAuto", "chkDontAsk", "chkHide"})
             child<QCheckBox>(dlg, box)->setChecked(true);
-        QTest::mouseClick(child<QPushButton>(dlg, "cmdOK"), Qt::LeftButton);
+        QTest::mouseClick(ok, Qt::LeftButton);
         QVERIFY(dlg.isVisible());
         QCOMPARE(child<QLineEdit>(dlg, "txtName")->text(), u"Nightly backup"_qs);
 
         folder = target.path();
-        QTest::mouseClick(child<QPushButton>(dlg, "cmdOK"), Qt::LeftButton);
+        QTest::mouseClick(ok, Qt::LeftButton);
         QCOMPARE(dlg.result(), int(QDialog::Accepted));
         QFile f(target.filePath(u"Nightly backup.desktop"_qs));
         QVERIFY(f.open(QIODevice::ReadOnly));
@@ -123,23 +199,8 @@ private Q_SLOTS:
         QVERIFY(f.permissions() & QFileDevice::ExeOwner);
     }
 
-    void languageCannotBeLeftWithoutChoice()
-    {
-        writeFile(m_dir->filePath(u"English.lang"_qs), "1=x\n");
-        dlgLanguage dlg(*m_engine);
-        dlg.show();
-        QSignalSpy changed(&dlg, &dlgLanguage::languageChanged);
-        QTest::keyClick(&dlg, Qt::Key_Escape);
-        QVERIFY(dlg.isVisible());
-        QTest::mouseClick(child<QPushButton>(dlg, "cmdOK"), Qt::LeftButton);
-        QVERIFY(dlg.isVisible());
-        QCOMPARE(m_beeps, 2);
-        QCOMPARE(changed.size(), 0);
-        QVERIFY(m_engine->settings.Language.isEmpty());
-    }
-
     // The file may translate the language names themselves; the stored choice is the file's
-    // name, matched exactly.
+    // name, matched exactly. Neither Escape nor OK leaves the dialog without a choice.
     void languageChoiceLoadsFile()
     {
         writeFile(m_dir->filePath(u"Deutsch.lang"_qs),
@@ -148,8 +209,12 @@ private Q_SLOTS:
         writeFile(m_dir->filePath(u"notes.txt"_qs), "");
         m_engine->settings.Language = u"deutsch"_qs;
         {
-            dlgLanguage other(*m_engine);
-            QCOMPARE(child<QComboBox>(other, "cboLanguage")->currentIndex(), -1);
+            dlgLanguage none(*m_engine);
+            none.show();
+            QCOMPARE(child<QComboBox>(none, "cboLanguage")->currentIndex(), -1);
+            QTest::keyClick(&none, Qt::Key_Escape);
+            QTest::mouseClick(child<QPushButton>(none, "cmdOK"), Qt::LeftButton);
+            QVERIFY(none.isVisible() && m_beeps == 2 && !QFile::exists(m_engine->SettingsFile));
         }
         m_engine->settings.Language = u"Deutsch"_qs;
         m_engine->language = Language::load(m_dir->filePath(u"Deutsch.lang"_qs), &m_ui);
@@ -168,86 +233,26 @@ private Q_SLOTS:
         QCOMPARE(child<QLabel>(dlg, "lblSelect")->text(), u"Please select your language!"_qs);
     }
 
+    // Missing parts of the hint add nothing; the parts carry their own line breaks. The switch is
+    // stored at once, so that the hint appears at the next start.
     void hintJoinsPartsAndStoresSwitch()
     {
-        // Missing parts add nothing; the parts carry their own line breaks.
-        loadLanguage("hint1=First\\r\\n\nhint3=Third\n");
+        writeFile(m_dir->filePath(u"Test.lang"_qs), "hint1=First\\r\\n\nhint3=Third\n");
+        m_engine->language = Language::load(m_dir->filePath(u"Test.lang"_qs), &m_ui);
         m_engine->settings.DontShowHint = true;
         dlgHint dlg(*m_engine);
         QCOMPARE(child<QPlainTextEdit>(dlg, "txtInfo")->toPlainText(), u"First\nThird"_qs);
-        auto *again = child<QCheckBox>(dlg, "chkAgain");
-        QVERIFY(again->isChecked());
-        again->click();
-        // Stored at once, so that the hint appears at the next start.
+        child<QCheckBox>(dlg, "chkAgain")->click();
         QCOMPARE(IniFile(m_engine->SettingsFile).readString(u"General"_qs, u"DontShowHint"_qs),
                  u"0"_qs);
         QVERIFY(child<QLabel>(dlg, "lblVersion")->text().endsWith(QStringLiteral(DUOMIR_VERSION)));
-    }
-
-    void aboutLinks()
-    {
-        loadLanguage("homepage=https://example.invalid/duomir\nemail=team@example.invalid\n");
-        dlgAbout dlg(*m_engine);
-        dlg.show();
-        Q_EMIT child<QLabel>(dlg, "lblHomePage")->linkActivated(u"#"_qs);
-        Q_EMIT child<QLabel>(dlg, "lblMailTo")->linkActivated(u"#"_qs);
-        QCOMPARE(m_opened.size(), 2);
-        QCOMPARE(m_opened[0], QUrl(u"https://example.invalid/duomir"_qs));
-        QCOMPARE(m_opened[1].scheme(), u"mailto"_qs);
-        QCOMPARE(m_opened[1].path(), u"team@example.invalid"_qs);
-        QCOMPARE(m_opened[1].query(QUrl::FullyDecoded),
-                 u"subject=Duomir Version "_qs + QStringLiteral(DUOMIR_VERSION));
-    }
-
-    void f1OpensThePageOfItsWindow_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<QString>("page");
-        QTest::newRow("main window") << u"frmMain"_qs << u"Main.htm"_qs;
-        QTest::newRow("pair dialog") << u"dlgDirs"_qs << u"Dirs.htm"_qs;
-        QTest::newRow("options") << u"dlgOptions"_qs << u"Options.htm"_qs;
-        QTest::newRow("shortcut") << u"dlgMakeLink"_qs << u"Shortcut.htm"_qs;
-    }
-
-    // F1 in a window (over the main window, as the program opens them) opens that window's page in
-    // the help folder of the current language.
-    void f1OpensThePageOfItsWindow()
-    {
-        QFETCH(QString, window);
-        QFETCH(QString, page);
-        m_engine->settings.Language = u"English"_qs;
-        HelpKey helpKey(*m_engine);
-        qApp->installEventFilter(&helpKey);
-        frmMain main(*m_engine);
-        std::unique_ptr<QWidget> dialog;
-        if (window == u"dlgDirs")
-            dialog = std::make_unique<dlgDirs>(*m_engine, &main);
-        else if (window == u"dlgOptions")
-            dialog = std::make_unique<dlgOptions>(*m_engine, &main);
-        else if (window == u"dlgMakeLink")
-            dialog = std::make_unique<dlgMakeLink>(*m_engine, &main);
-        QWidget *target = dialog ? dialog.get() : &main;
-        target->show();
-        QTest::keyClick(target, Qt::Key_F1);
-        qApp->removeEventFilter(&helpKey);
-        QCOMPARE(m_opened.size(), 1);
-        QCOMPARE(m_opened.first().toLocalFile(), m_dir->filePath(u"Help/English/"_qs + page));
     }
 
 private:
     test::FakeInteraction m_ui;
     std::unique_ptr<Engine> m_engine;
     std::unique_ptr<QTemporaryDir> m_dir;
-    QList<QUrl> m_opened;
     int m_beeps = 0;
-
-    void loadLanguage(const QByteArray &content)
-    {
-        const QString file = m_dir->filePath(u"Test.lang"_qs);
-        writeFile(file, content);
-        m_engine->settings.Language = u"Test"_qs;
-        m_engine->language = Language::load(file, &m_ui);
-    }
 };
 
 QTEST_MAIN(TestShellDialogs)
