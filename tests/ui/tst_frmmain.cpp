@@ -234,6 +234,9 @@ private Q_SLOTS:
         Fixture f;
         const QAbstractItemModelTester tester(&f.model, Tester::QtTest);
         f.compare(t);
+        // A list rebuilt by a filter shows the engine's order again, whatever order it had.
+        if (bar != 3)
+            f.model.sort(FileListModel::NameColumn, Qt::DescendingOrder);
         f.window.toolbarButton(bar, key)->trigger();
         QTEST(f.names(), "rows");
         QVERIFY(f.engine.ProfileModified);
