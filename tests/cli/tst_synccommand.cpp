@@ -96,7 +96,9 @@ private Q_SLOTS:
         QCOMPARE(tree.read(u"s/newer-in-d"_qs), QByteArray("destination wins"));
         QCOMPARE(tree.read(u"d/with blanks  here/a b"_qs), QByteArray("blanks"));
         QVERIFY(::access(tree.nativePath("d/" + RawName).constData(), F_OK) == 0);
-        QCOMPARE(QFile::symLinkTarget(tree.path(u"d/link"_qs)), tree.path(u"d/newer-in-s"_qs));
+        char target[64] = {}; // the link as it was, relative
+        ::readlink(tree.nativePath("d/link").constData(), target, sizeof target - 1);
+        QCOMPARE(QByteArray(target), QByteArray("newer-in-s"));
 
         const CliRun again =
             run(tree, u"compare --source @s --destination @d --filter modified"_qs);

@@ -479,7 +479,8 @@ private Q_SLOTS:
         const QString base =
             QFileInfo(u"/dev/shm"_qs).isWritable() ? u"/dev/shm"_qs : QDir::tempPath();
         QTemporaryDir dir(base + u"/duomir-test-XXXXXX");
-        QVERIFY(QDir(dir.path()).mkpath(u"s/big"_qs) && QDir(dir.path()).mkpath(u"d/big"_qs));
+        QVERIFY(dir.isValid() && QDir(dir.path()).mkpath(u"s/big"_qs) &&
+                QDir(dir.path()).mkpath(u"d/big"_qs));
         const QByteArray root = QFile::encodeName(dir.path());
         const auto create = [&](const QByteArray &path, bool old) {
             const int fd = ::open(QByteArray(root + path).constData(), O_CREAT | O_WRONLY, 0644);
