@@ -435,7 +435,7 @@ private Q_SLOTS:
         const QDir d(tree.path(u"d"_qs));
         bool copying = false;
         while (!copying && p->state() == QProcess::Running) {
-            copying = !d.entryList({u".big.duomir-*"_qs}, QDir::Files | QDir::Hidden).isEmpty();
+            copying = !d.entryList({u".duomir-*.tmp"_qs}, QDir::Files | QDir::Hidden).isEmpty();
             if (!copying)
                 p->waitForFinished(1); // also notices a run that has ended
         }
