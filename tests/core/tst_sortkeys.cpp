@@ -6,6 +6,7 @@
 
 #include "base/casefold.h"
 #include "base/nativename.h"
+#include "core/comparecommand.h"
 #include "core/merge.h"
 #include "core/sortkeys.h"
 
@@ -64,33 +65,22 @@ QStringList describe(const FileArray &entries)
     return out;
 }
 
-// Random relative paths over a small alphabet that provokes shared prefixes, case twins, units
-// beyond one byte, escaped raw bytes and the two marker units inside names.
-QStringList randomPaths(quint32 seed, int count, bool wide)
+// The other side's spelling of a path: every ASCII letter's case may flip.
+QString respelled(QString path, QRandomGenerator &rng)
 {
-    QString alphabet = u"aAbB.\x01\x02"_qs;
-    if (wide)
-        alphabet += QString(QChar(0x3A9)) + QChar(0xDCE9) + QChar(0xDF);
-    QRandomGenerator rng(seed);
-    QStringList out;
-    QStringList dirs{QString()};
-    QSet<QString> taken; // a name is a file or a directory, not both
-    while (out.size() < count) {
-        QString name;
-        const int length = 1 + rng.bounded(4);
-        for (int k = 0; k < length; ++k)
-            name += alphabet.at(rng.bounded(alphabet.size()));
-        const QString path = dirs.at(rng.bounded(dirs.size())) + name;
-        if (taken.contains(path))
-            continue;
-        taken.insert(path);
-        if (rng.bounded(5) == 0) {
-            dirs << path + u'/';
-            out << path + u'/';
-        } else {
-            out << path;
-        }
+    for (QChar &c : path) {
+        if (c.unicode() < 0x80 && c.isLetter() && rng.bounded(3) == 0)
+            c = c.isUpper() ? c.toLower() : c.toUpper();
     }
+    return path;
+}
+
+// What may pair with what: the path upper-cased unit by unit, and whether it is a directory.
+QString caseless(const QString &relative)
+{
+    QString out = relative;
+    for (QChar &c : out)
+        c = QChar(upperUnit(c.unicode()));
     return out;
 }
 
@@ -108,22 +98,24 @@ QString randomName(QRandomGenerator &rng)
     return fromNative(bytes);
 }
 
-// The other side's spelling of a path: every ASCII letter's case may flip.
-QString respelled(QString path, QRandomGenerator &rng)
+// Random relative paths ("/" at the end for a directory) of random names, some of them case
+// twins; a path is a file or a directory, not both.
+QStringList randomTree(quint32 seed, int count)
 {
-    for (QChar &c : path) {
-        if (c.unicode() < 0x80 && c.isLetter() && rng.bounded(3) == 0)
-            c = c.isUpper() ? c.toLower() : c.toUpper();
+    QRandomGenerator rng(seed);
+    QStringList out;
+    QStringList dirs{QString()};
+    QSet<QString> taken;
+    while (out.size() < count) {
+        const QString path = dirs.at(int(rng.bounded(dirs.size()))) + randomName(rng);
+        if (taken.contains(path) || (taken.contains(caseless(path)) && rng.bounded(2)))
+            continue; // some twins, not too many
+        taken << path << caseless(path);
+        const bool directory = rng.bounded(4) == 0;
+        if (directory)
+            dirs << path + u'/';
+        out << (directory ? path + u'/' : path);
     }
-    return path;
-}
-
-// What may pair with what: the path upper-cased unit by unit, and whether it is a directory.
-QString caseless(const QString &relative)
-{
-    QString out = relative;
-    for (QChar &c : out)
-        c = QChar(upperUnit(c.unicode()));
     return out;
 }
 
@@ -158,6 +150,20 @@ QString relativeOf(const CompareEntry &row, int side, const QString &root)
     return full.mid(root.size() + 1);
 }
 
+// Sorts both sides and merges them as a comparison of the pair texts `source` and `destination`
+// does.
+CompareArray merged(FileArray a, FileArray b, const QString &source, const QString &destination)
+{
+    const SortKeys ka = MakeSortKeys(keyStart(source));
+    const SortKeys kb = MakeSortKeys(keyStart(destination));
+    SortEntries(a, 0, qsizetype(a.size()) - 1, ka);
+    SortEntries(b, 0, qsizetype(b.size()) - 1, kb);
+    CompareArray rows(1);
+    MergeAndClassify(
+        {a, b, ka, kb, {compareRoot(source), compareRoot(destination)}, true, 0, texts}, rows);
+    return rows;
+}
+
 } // namespace
 
 class TestSortKeys : public QObject
@@ -165,226 +171,181 @@ class TestSortKeys : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void sortFollowsTheKeys_data();
-    void sortFollowsTheKeys();
-    void compareAcrossSides_data();
-    void compareAcrossSides();
-    void pairingFollowsPaths_data();
-    void pairingFollowsPaths();
-    void rootOfTheFileSystemPairs();
-    void namesInEitherForm_data();
-    void namesInEitherForm();
+    void sortFollowsTheKeys_data()
+    {
+        QTest::addColumn<QStringList>("paths");
+        QTest::addColumn<int>("start");
+        QTest::addColumn<bool>("share");
+
+        QTest::newRow("files before subdirectories, case ignored")
+            << QStringList{u"b.txt"_qs, u"sub/"_qs,        u"A.txt"_qs,        u"sub/z"_qs,
+                           u"Sub2/"_qs, u"sub/deeper/"_qs, u"sub/deeper/q"_qs, u"Sub2/y"_qs}
+            << 6 << true;
+        QTest::newRow("case twins keep their exact order")
+            << QStringList{u"a.txt"_qs, u"A.TXT"_qs, u"A.txt"_qs, u"Dir/"_qs,
+                           u"DIR/"_qs,  u"Dir/x"_qs, u"DIR/x"_qs}
+            << 6 << true;
+        const QString escaped(QChar(0xDCE9)); // a byte that is not UTF-8, as the scanner keeps it
+        QTest::newRow("units beyond one byte")
+            << QStringList{u"\u00e9t\u00e9"_qs, u"\u00c9T\u00c9"_qs, u"\u03a9"_qs,
+                           u"\u03c9/"_qs,       escaped + u"raw",    u"z"_qs}
+            << 6 << true;
+        QTest::newRow("marker units inside names")
+            << QStringList{u"a\u0001b/"_qs, u"a/"_qs, u"a/b/"_qs, u"\u0002x"_qs, u"a/\u0001"_qs}
+            << 6 << true;
+        QTest::newRow("text stored without its separator")
+            << QStringList{u"b"_qs, u"a/"_qs, u"a/c"_qs} << 5 << true;
+        QTest::newRow("one entry") << QStringList{u"only"_qs} << 6 << true;
+        for (quint32 seed : {1u, 2u, 3u}) {
+            QTest::addRow("random %u", seed) << randomTree(seed, 400) << 6 << true;
+            QTest::addRow("random, own paths %u", seed) << randomTree(seed, 400) << 6 << false;
+        }
+        // Enough entries to be sorted in two halves at once and merged.
+        QTest::newRow("random, large") << randomTree(4, 70'000) << 6 << true;
+    }
+    // Root "/root" (5 units); the pair text is "/root/" unless the row says otherwise.
+    void sortFollowsTheKeys()
+    {
+        QFETCH(QStringList, paths);
+        QFETCH(int, start);
+        QFETCH(bool, share);
+        const SortKeys keys = MakeSortKeys(start);
+        FileArray entries = entriesFrom(u"/root"_qs, paths, share);
+        // Scan order is arbitrary; reversing it makes the sort move every entry.
+        std::reverse(entries.begin() + 1, entries.end());
+        const FileArray expected = referenceOrder(entries, keys);
+
+        SortEntries(entries, 0, static_cast<qsizetype>(entries.size()) - 1, keys);
+        QCOMPARE(describe(entries), describe(expected));
+        for (std::size_t k = 0; k < entries.size(); ++k)
+            QCOMPARE(entries[k].Attributes, expected[k].Attributes);
+    }
+
+    void compareAcrossSides_data()
+    {
+        QTest::addColumn<QString>("source");      // relative path, "/" at the end for a directory
+        QTest::addColumn<QString>("destination"); // the same for the other side
+        QTest::addColumn<int>("destinationStart");
+
+        // Source root "/s" stored as "/s/" (start 4); destination root "/dest/long".
+        QTest::newRow("same directory, names differ in case")
+            << u"x/a.txt"_qs << u"x/A.TXT"_qs << 12;
+        QTest::newRow("same directory, names differ") << u"x/a"_qs << u"x/b"_qs << 12;
+        QTest::newRow("directories differ only in case") << u"X/a"_qs << u"x/b"_qs << 12;
+        QTest::newRow("prefix directory") << u"x/a"_qs << u"xy/a"_qs << 12;
+        QTest::newRow("file against directory") << u"x"_qs << u"x/"_qs << 12;
+        QTest::newRow("file against file inside") << u"x/"_qs << u"x/y"_qs << 12;
+        QTest::newRow("destination text without separator") << u"a"_qs << u"a"_qs << 11;
+        QTest::newRow("deeper on one side") << u"a/b/c"_qs << u"a/b"_qs << 12;
+    }
+    // The merge compares entries of two sides whose roots differ in length; the shortcut for
+    // files of the same relative directory must agree with the full keys.
+    void compareAcrossSides()
+    {
+        QFETCH(QString, source);
+        QFETCH(QString, destination);
+        QFETCH(int, destinationStart);
+        const SortKeys sk = MakeSortKeys(4);
+        const SortKeys dk = MakeSortKeys(destinationStart);
+        const FileEntry a = entriesFrom(u"/s"_qs, {source}).back();
+        const FileEntry b = entriesFrom(u"/dest/long"_qs, {destination}).back();
+        auto sign = [](int v) { return (v > 0) - (v < 0); };
+        const int expected = sign(sk.text(a).compare(dk.text(b), Qt::CaseSensitive));
+        QCOMPARE(sk.compare(a, dk, b), expected);
+        QCOMPARE(dk.compare(b, sk, a), -expected);
+    }
+
+    void pairingFollowsPaths_data()
+    {
+        QTest::addColumn<quint32>("seed");
+        for (quint32 seed = 1; seed <= 12; ++seed)
+            QTest::addRow("seed %u", seed) << seed;
+    }
+    // Random trees whose names hold every byte value: after sorting and merging, two entries
+    // pair exactly when their paths are equal under the case rule (and, among case twins,
+    // exactly equal).
+    void pairingFollowsPaths()
+    {
+        QFETCH(quint32, seed);
+        const QStringList source = randomTree(seed, 300);
+        // The destination: most of the source, some respelled, and some entries of its own.
+        QRandomGenerator rng(seed);
+        QStringList destination;
+        for (const QString &p : source) {
+            const int fate = int(rng.bounded(6));
+            if (fate == 0)
+                continue;
+            const QString spelled = fate == 1 ? respelled(p, rng) : p;
+            // A respelled entry keeps its folders as the destination has them.
+            const qsizetype cut = spelled.chopped(spelled.endsWith(u'/') ? 1 : 0).lastIndexOf(u'/');
+            const QString parent = spelled.left(cut + 1);
+            if (!parent.isEmpty() && !destination.contains(parent))
+                continue;
+            if (!destination.contains(spelled))
+                destination << spelled;
+        }
+        for (int k = 0; k < 40; ++k)
+            destination << randomName(rng) + u"~new"_qs;
+        destination.removeDuplicates();
+
+        const CompareArray rows =
+            merged(entriesFrom(u"/s"_qs, source), entriesFrom(u"/dest"_qs, destination), u"/s"_qs,
+                   u"/dest"_qs);
+        QStringList pairs;
+        for (std::size_t r = 2; r < rows.size(); ++r) {
+            if (!rows[r].lacks(0) && !rows[r].lacks(1))
+                pairs << relativeOf(rows[r], 0, u"/s"_qs) + u" = "_qs +
+                             relativeOf(rows[r], 1, u"/dest"_qs);
+        }
+        pairs.sort();
+        QCOMPARE(pairs, expectedPairs(source, destination));
+    }
+
+    // "/" as a pair's root pairs with any other root as the empty text would: identical trees
+    // give identical rows, not two one-sided rows each.
+    void rootOfTheFileSystemPairs()
+    {
+        const QStringList tree{u"etc/"_qs, u"etc/hosts"_qs, u"top.txt"_qs};
+        // The scanner's root "/" stores the empty text.
+        const CompareArray rows =
+            merged(entriesFrom(QString(), tree), entriesFrom(u"/mnt/copy"_qs, tree), u"/"_qs,
+                   u"/mnt/copy"_qs);
+        QCOMPARE(rows.size(), std::size_t(5)); // element 0, the roots and three matched rows
+        for (std::size_t r = 2; r < rows.size(); ++r)
+            QVERIFY(!rows[r].lacks(0) && !rows[r].lacks(1));
+    }
+
+    void namesInEitherForm_data()
+    {
+        QTest::addColumn<QString>("a");
+        QTest::addColumn<QString>("b");
+        QTest::addColumn<int>("keys");  // compareNameKeys(a, b)
+        QTest::addColumn<int>("exact"); // compareNamesExactly(a, b)
+        QTest::newRow("equal") << u"IMG_0001.jpg"_qs << u"IMG_0001.jpg"_qs << 0 << 0;
+        QTest::newRow("long common start") << u"IMG_0001.jpg"_qs << u"img_0002.JPG"_qs << -1 << -1;
+        QTest::newRow("case only") << u"abc"_qs << u"ABC"_qs << 0 << 1;
+        QTest::newRow("a start first") << u"abc"_qs << u"abcd"_qs << -1 << -1;
+        QTest::newRow("Latin-1 beyond ASCII")
+            << u"\u00e9t\u00e9"_qs << u"\u00c9T\u00c9"_qs << 0 << 1;
+        // One name kept a byte a unit, the other two: bytes that happen to agree are no equal
+        // units.
+        QTest::newRow("wide against narrow") << u"\u4141\u4141"_qs << u"AAAA"_qs << 1 << 1;
+        QTest::newRow("narrow against wide") << u"AAAA"_qs << u"\u4141\u4141"_qs << -1 << -1;
+        QTest::newRow("both wide") << u"\u65e5\u672c"_qs << u"\u65e5\u672cx"_qs << -1 << -1;
+    }
+    // Names compare by their units whichever form a TextStore keeps them in.
+    void namesInEitherForm()
+    {
+        QFETCH(QString, a);
+        QFETCH(QString, b);
+        QFETCH(int, keys);
+        QFETCH(int, exact);
+        const NameUnits x = NameUnits::of(texts.add(a));
+        const NameUnits y = NameUnits::of(texts.add(b));
+        QCOMPARE(compareNameKeys(x, y), keys);
+        QCOMPARE(compareNamesExactly(x, y), exact);
+    }
 };
 
-void TestSortKeys::sortFollowsTheKeys_data()
-{
-    QTest::addColumn<QStringList>("paths");
-    QTest::addColumn<int>("start");
-    QTest::addColumn<bool>("share");
-
-    QTest::newRow("files before subdirectories, case ignored")
-        << QStringList{u"b.txt"_qs, u"sub/"_qs,        u"A.txt"_qs,        u"sub/z"_qs,
-                       u"Sub2/"_qs, u"sub/deeper/"_qs, u"sub/deeper/q"_qs, u"Sub2/y"_qs}
-        << 6 << true;
-    QTest::newRow("case twins keep their exact order")
-        << QStringList{u"a.txt"_qs, u"A.TXT"_qs, u"A.txt"_qs, u"Dir/"_qs,
-                       u"DIR/"_qs,  u"Dir/x"_qs, u"DIR/x"_qs}
-        << 6 << true;
-    QTest::newRow("units beyond one byte") << QStringList{u"\u00e9t\u00e9"_qs,
-                                                          u"\u00c9T\u00c9"_qs,
-                                                          u"\u03a9"_qs,
-                                                          u"\u03c9/"_qs,
-                                                          QString(QChar(0xDCE9)) + u"raw",
-                                                          u"z"_qs}
-                                           << 6 << true;
-    QTest::newRow("marker units inside names")
-        << QStringList{u"a\x01"
-                       u"b/"_qs,
-                       u"a/"_qs, u"a/b/"_qs, u"\x02x"_qs, u"a/\x01"_qs}
-        << 6 << true;
-    QTest::newRow("text stored without its separator")
-        << QStringList{u"b"_qs, u"a/"_qs, u"a/c"_qs} << 5 << true;
-    QTest::newRow("one entry") << QStringList{u"only"_qs} << 6 << true;
-    for (quint32 seed : {1u, 2u, 3u}) {
-        QTest::addRow("random narrow %u", seed) << randomPaths(seed, 400, false) << 6 << true;
-        QTest::addRow("random wide %u", seed) << randomPaths(seed, 400, true) << 6 << true;
-        QTest::addRow("random, own paths %u", seed) << randomPaths(seed, 400, true) << 6 << false;
-    }
-    // Enough entries to be sorted in two halves at once and merged.
-    QTest::newRow("random, large") << randomPaths(4, 70'000, true) << 6 << true;
-}
-
-// Root "/root" (5 units); the pair text is "/root/" unless the row says otherwise.
-void TestSortKeys::sortFollowsTheKeys()
-{
-    QFETCH(QStringList, paths);
-    QFETCH(int, start);
-    QFETCH(bool, share);
-    const SortKeys keys = MakeSortKeys(start);
-    FileArray entries = entriesFrom(u"/root"_qs, paths, share);
-    // Scan order is arbitrary; reversing it makes the sort move every entry.
-    std::reverse(entries.begin() + 1, entries.end());
-    const FileArray expected = referenceOrder(entries, keys);
-
-    SortEntries(entries, 0, static_cast<qsizetype>(entries.size()) - 1, keys);
-    QCOMPARE(describe(entries), describe(expected));
-    for (std::size_t k = 0; k < entries.size(); ++k)
-        QCOMPARE(entries[k].Attributes, expected[k].Attributes);
-}
-
-void TestSortKeys::compareAcrossSides_data()
-{
-    QTest::addColumn<QString>("source");      // relative path, "/" at the end for a directory
-    QTest::addColumn<QString>("destination"); // the same for the other side
-    QTest::addColumn<int>("destinationStart");
-
-    // Source root "/s" stored as "/s/" (start 4); destination root "/dest/long".
-    QTest::newRow("same directory, names differ in case") << u"x/a.txt"_qs << u"x/A.TXT"_qs << 12;
-    QTest::newRow("same directory, names differ") << u"x/a"_qs << u"x/b"_qs << 12;
-    QTest::newRow("directories differ only in case") << u"X/a"_qs << u"x/b"_qs << 12;
-    QTest::newRow("prefix directory") << u"x/a"_qs << u"xy/a"_qs << 12;
-    QTest::newRow("file against directory") << u"x"_qs << u"x/"_qs << 12;
-    QTest::newRow("file against file inside") << u"x/"_qs << u"x/y"_qs << 12;
-    QTest::newRow("destination text without separator") << u"a"_qs << u"a"_qs << 11;
-    QTest::newRow("deeper on one side") << u"a/b/c"_qs << u"a/b"_qs << 12;
-}
-
-// The merge compares entries of two sides whose roots differ in length; the shortcut for files of
-// the same relative directory must agree with the full keys.
-void TestSortKeys::compareAcrossSides()
-{
-    QFETCH(QString, source);
-    QFETCH(QString, destination);
-    QFETCH(int, destinationStart);
-    const SortKeys sk = MakeSortKeys(4);
-    const SortKeys dk = MakeSortKeys(destinationStart);
-    const FileEntry a = entriesFrom(u"/s"_qs, {source}).back();
-    const FileEntry b = entriesFrom(u"/dest/long"_qs, {destination}).back();
-    auto sign = [](int v) { return (v > 0) - (v < 0); };
-    const int expected = sign(sk.text(a).compare(dk.text(b), Qt::CaseSensitive));
-    QCOMPARE(sk.compare(a, dk, b), expected);
-    QCOMPARE(dk.compare(b, sk, a), -expected);
-}
-
 QTEST_GUILESS_MAIN(TestSortKeys)
-void TestSortKeys::pairingFollowsPaths_data()
-{
-    QTest::addColumn<quint32>("seed");
-    for (quint32 seed = 1; seed <= 12; ++seed)
-        QTest::addRow("seed %u", seed) << seed;
-}
-
-// Random trees whose names hold every byte value: after sorting and merging, two entries pair
-// exactly when their paths are equal under the case rule (and, among case twins, exactly equal).
-void TestSortKeys::pairingFollowsPaths()
-{
-    QFETCH(quint32, seed);
-    QRandomGenerator rng(seed);
-    QStringList source;
-    QStringList dirs{QString()};
-    QSet<QString> taken;
-    while (source.size() < 300) {
-        const QString path = dirs.at(int(rng.bounded(dirs.size()))) + randomName(rng);
-        if (taken.contains(caseless(path)) && rng.bounded(2))
-            continue; // some twins, not too many
-        if (taken.contains(path) || taken.contains(path + u'/') || source.contains(path + u'/'))
-            continue;
-        taken.insert(path);
-        taken.insert(caseless(path));
-        if (rng.bounded(4) == 0) {
-            dirs << path + u'/';
-            source << path + u'/';
-        } else {
-            source << path;
-        }
-    }
-    // The destination: most of the source, some respelled, and some entries of its own.
-    QStringList destination;
-    for (const QString &p : source) {
-        const int fate = int(rng.bounded(6));
-        if (fate == 0)
-            continue;
-        const QString spelled = fate == 1 ? respelled(p, rng) : p;
-        // A respelled entry keeps its folders as the destination has them.
-        const qsizetype cut = spelled.chopped(spelled.endsWith(u'/') ? 1 : 0).lastIndexOf(u'/');
-        const QString parent = spelled.left(cut + 1);
-        if (!parent.isEmpty() && !destination.contains(parent))
-            continue;
-        if (!destination.contains(spelled))
-            destination << spelled;
-    }
-    for (int k = 0; k < 40; ++k)
-        destination << randomName(rng) + u"~new"_qs;
-    destination.removeDuplicates();
-
-    const QString sourceRoot = u"/s"_qs;
-    const QString destinationRoot = u"/dest"_qs;
-    FileArray a = entriesFrom(sourceRoot, source);
-    FileArray b = entriesFrom(destinationRoot, destination);
-    const SortKeys ka = MakeSortKeys(keyStart(sourceRoot));
-    const SortKeys kb = MakeSortKeys(keyStart(destinationRoot));
-    SortEntries(a, 0, qsizetype(a.size()) - 1, ka);
-    SortEntries(b, 0, qsizetype(b.size()) - 1, kb);
-    CompareArray rows(1);
-    MergeAndClassify({a, b, ka, kb, {sourceRoot + u'/', destinationRoot + u'/'}, true, 0, texts},
-                     rows);
-
-    QStringList pairs;
-    for (std::size_t r = 2; r < rows.size(); ++r) {
-        if (!rows[r].lacks(0) && !rows[r].lacks(1))
-            pairs << relativeOf(rows[r], 0, sourceRoot) + u" = "_qs +
-                         relativeOf(rows[r], 1, destinationRoot);
-    }
-    pairs.sort();
-    QCOMPARE(pairs, expectedPairs(source, destination));
-}
-
-// "/" as a pair's root pairs with any other root as the empty text would: identical trees give
-// identical rows, not two one-sided rows each.
-void TestSortKeys::rootOfTheFileSystemPairs()
-{
-    const QStringList tree{u"etc/"_qs, u"etc/hosts"_qs, u"top.txt"_qs};
-    FileArray a = entriesFrom(QString(), tree); // the scanner's root "/" stores the empty text
-    FileArray b = entriesFrom(u"/mnt/copy"_qs, tree);
-    const SortKeys ka = MakeSortKeys(keyStart(u"/"_qs));
-    const SortKeys kb = MakeSortKeys(keyStart(u"/mnt/copy"_qs));
-    SortEntries(a, 0, qsizetype(a.size()) - 1, ka);
-    SortEntries(b, 0, qsizetype(b.size()) - 1, kb);
-    CompareArray rows(1);
-    MergeAndClassify({a, b, ka, kb, {u"/"_qs, u"/mnt/copy/"_qs}, true, 0, texts}, rows);
-    QCOMPARE(rows.size(), std::size_t(5)); // element 0, the roots and three matched rows
-    for (std::size_t r = 2; r < rows.size(); ++r)
-        QVERIFY(!rows[r].lacks(0) && !rows[r].lacks(1));
-}
-
-void TestSortKeys::namesInEitherForm_data()
-{
-    QTest::addColumn<QString>("a");
-    QTest::addColumn<QString>("b");
-    QTest::addColumn<int>("keys");  // compareNameKeys(a, b)
-    QTest::addColumn<int>("exact"); // compareNamesExactly(a, b)
-    QTest::newRow("equal") << u"IMG_0001.jpg"_qs << u"IMG_0001.jpg"_qs << 0 << 0;
-    QTest::newRow("long common start") << u"IMG_0001.jpg"_qs << u"img_0002.JPG"_qs << -1 << -1;
-    QTest::newRow("case only") << u"abc"_qs << u"ABC"_qs << 0 << 1;
-    QTest::newRow("a start first") << u"abc"_qs << u"abcd"_qs << -1 << -1;
-    QTest::newRow("Latin-1 beyond ASCII") << u"\u00e9t\u00e9"_qs << u"\u00c9T\u00c9"_qs << 0 << 1;
-    // One name kept a byte a unit, the other two: bytes that happen to agree are no equal units.
-    QTest::newRow("wide against narrow") << u"\u4141\u4141"_qs << u"AAAA"_qs << 1 << 1;
-    QTest::newRow("narrow against wide") << u"AAAA"_qs << u"\u4141\u4141"_qs << -1 << -1;
-    QTest::newRow("both wide") << u"\u65e5\u672c"_qs << u"\u65e5\u672cx"_qs << -1 << -1;
-}
-
-// Names compare by their units whichever form a TextStore keeps them in.
-void TestSortKeys::namesInEitherForm()
-{
-    QFETCH(QString, a);
-    QFETCH(QString, b);
-    QFETCH(int, keys);
-    QFETCH(int, exact);
-    const NameUnits x = NameUnits::of(texts.add(a));
-    const NameUnits y = NameUnits::of(texts.add(b));
-    QCOMPARE(compareNameKeys(x, y), keys);
-    QCOMPARE(compareNamesExactly(x, y), exact);
-}
-
 #include "tst_sortkeys.moc"
