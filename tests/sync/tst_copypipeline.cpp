@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "core/copypipeline.h"
+#include "core/platform/posixfileops.h"
 
 using namespace duomir;
 using namespace std::chrono_literals;
@@ -17,12 +18,12 @@ constexpr int Made = 2;
 constexpr int Cleared = 3;
 
 // A file layer whose copies run a test's script: each copy learns its source name and may wait on
-// the others. Records which copies started and on which thread.
-class ScriptedOps : public FileOps
+// the others. Records which copies started and on which thread. Files above 100 bytes are large.
+class ScriptedOps : public PosixFileOps
 {
 public:
+    ScriptedOps() : PosixFileOps(100) {}
     std::function<OpResult(const QString &from, const CopyProgress &)> script;
-    std::int64_t limit = 100;
 
     std::mutex mutex;
     std::condition_variable changed;
@@ -31,20 +32,12 @@ public:
     QStringList cleared; // targets made writable
     std::set<std::thread::id> threads;
 
-    OpResult checkDirectory(const TreePath &) override { return {}; }
-    OpResult makeDirectory(const TreePath &, const TreePath &) override { return {}; }
     OpResult clearReadOnly(const TreePath &path) override
     {
         const std::lock_guard lock(mutex);
         cleared << path.relative;
         return {};
     }
-    OpResult removeFile(const TreePath &, const Seen &) override { return {}; }
-    OpResult removeDirectory(const TreePath &) override { return {}; }
-    OpResult removeLeftover(const TreePath &) override { return {}; }
-    OpResult listFolders(const TreePath &, QStringList &) override { return {}; }
-    OpResult removeTree(const TreePath &) override { return {}; }
-    std::int64_t parallelCopyLimit() const override { return limit; }
 
     OpResult copyFile(const TreePath &fromPlace, const Seen &, const TreePath &,
                       const std::optional<Seen> &, const CopyProgress &progress,
@@ -204,8 +197,8 @@ private Q_SLOTS:
         for (int i = 0; i < 30; ++i)
             copyStep(pipeline, i + 1, u"f%1"_qs.arg(i), 1, Cleared);
         pipeline.finish();
-        copyStep(pipeline, 31, u"late"_qs, 1000,
-                 Cleared); // cancelled before it began
+        // Cancelled before it began.
+        copyStep(pipeline, 31, u"late"_qs, 1000, Cleared);
         QVERIFY(run.ops.started.size() < 30);
         QCOMPARE(run.reported.mid(0, 2), QStringList({u"cleared"_qs, u"f0!"_qs}));
         QStringList startedInOrder = run.ops.started;

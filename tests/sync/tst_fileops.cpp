@@ -72,38 +72,69 @@ class TestFileOps : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // A copy carries content, time and mode; every way it can fail leaves the old target whole.
-    // Either way no temporary file stays behind.
+    // A copy carries content, time and mode, and holes in the source stay holes wherever they
+    // lie, on both copy paths; every way a copy can fail leaves the old target whole. Either way
+    // no temporary file stays behind.
     void copy_data()
     {
-        QTest::addColumn<int>("size");
+        QTest::addColumn<QList<int>>("layout"); // alternating hole and data lengths, in bytes
         QTest::addColumn<unsigned>("mode");
         QTest::addColumn<QString>("fault");
         QTest::addColumn<int>("expected");
-        const int big = int(5 * chunk);
-        QTest::newRow("empty") << 0 << 0644u << QString() << 0;
-        QTest::newRow("several chunks") << int(3 * chunk + 17) << 0640u << QString() << 0;
-        QTest::newRow("read-only source") << 1000 << 0444u << QString() << 0;
-        QTest::newRow("read/write fallback") << int(2 * chunk + 5) << 0755u << u"exdev"_qs << 0;
+        const int c = int(chunk);
+        const QList<int> big{0, 5 * c};
+        QTest::newRow("empty") << QList<int>() << 0644u << QString() << 0;
+        QTest::newRow("several chunks") << QList<int>{0, 3 * c + 17} << 0640u << QString() << 0;
+        QTest::newRow("read-only source") << QList<int>{0, 1000} << 0444u << QString() << 0;
+        QTest::newRow("read/write fallback")
+            << QList<int>{0, 2 * c + 5} << 0755u << u"exdev"_qs << 0;
         QTest::newRow("disk full on 2nd write") << big << 0644u << u"write"_qs << ENOSPC;
         QTest::newRow("disk full, read/write") << big << 0644u << u"write exdev"_qs << ENOSPC;
         QTest::newRow("rename refused") << big << 0644u << u"rename"_qs << EACCES;
         QTest::newRow("cancelled mid-file") << big << 0644u << u"cancel"_qs << ECANCELED;
         QTest::newRow("source vanished") << big << 0644u << u"vanish"_qs << ENOENT;
+        QTest::newRow("hole, data, hole")
+            << QList<int>{8 * c, 2 * c, 8 * c} << 0644u << QString() << 0;
+        QTest::newRow("data, hole, data")
+            << QList<int>{0, c, 16 * c, 3 * c} << 0644u << QString() << 0;
+        QTest::newRow("only a hole") << QList<int>{20 * c} << 0644u << QString() << 0;
+        QTest::newRow("holes, read/write fallback")
+            << QList<int>{8 * c, 2 * c, 8 * c} << 0644u << u"exdev"_qs << 0;
     }
     void copy()
     {
-        QFETCH(int, size);
+        QFETCH(QList<int>, layout);
         QFETCH(unsigned, mode);
         QFETCH(QString, fault);
         QFETCH(int, expected);
         TempTree tree;
-        QByteArray data(size, '\0');
-        for (int i = 0; i < size; ++i)
-            data[i] = char(i * 7 + i / 251);
-        tree.file(u"s/f"_qs, data, NEW);
+        tree.dir(u"s"_qs);
+        QByteArray data;
+        {
+            QFile f(tree.path(u"s/f"_qs));
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            for (qsizetype i = 0; i < layout.size(); ++i) {
+                QByteArray part(layout[i], '\0');
+                for (qsizetype b = 0; b < part.size() && i % 2; ++b)
+                    part[b] = char(b * 7 + b / 251 + i);
+                if (i % 2)
+                    f.write(part);
+                else
+                    f.seek(f.pos() + part.size());
+                data += part;
+            }
+            QVERIFY(f.resize(data.size()));
+        }
+        tree.setMtime(u"s/f"_qs, NEW);
         tree.setMode(u"s/f"_qs, mode);
         tree.file(u"d/f"_qs, "previous", OLD);
+        struct stat st;
+        QVERIFY(::stat(tree.nativePath("s/f").constData(), &st) == 0);
+        bool holes = false;
+        for (qsizetype i = 0; i < layout.size(); i += 2)
+            holes = holes || layout[i] > 0;
+        if (holes && st.st_blocks * 512 >= st.st_size)
+            QSKIP("this file system keeps no holes");
         FaultyFileOps ops(chunk);
         ops.copyRangeErrno = fault.contains(u"exdev") ? EXDEV : 0;
         ops.failWriteAt = fault.startsWith(u"write") ? 2 : 0;
@@ -113,7 +144,7 @@ private Q_SLOTS:
         std::int64_t lastDone = 0;
         const auto progress = [&](std::int64_t total, std::int64_t done) {
             QVERIFY(done > lastDone);
-            QCOMPARE(total, std::int64_t(size));
+            QCOMPARE(total, std::int64_t(data.size()));
             lastDone = done;
             cancel = fault == u"cancel" && done >= 2 * chunk;
         };
@@ -122,56 +153,12 @@ private Q_SLOTS:
         QCOMPARE(tree.mtime(u"d/f"_qs), expected ? OLD : NEW);
         if (!expected) {
             QCOMPARE(tree.mode(u"d/f"_qs), mode);
-            QCOMPARE(lastDone, std::int64_t(size));
+            QCOMPARE(lastDone, std::int64_t(data.size()));
         }
         QCOMPARE(leftovers(tree, u"d"_qs), QStringList());
-    }
-
-    // Holes in the source stay holes, on both copy paths, wherever they lie; the data between them
-    // arrives unchanged.
-    void holesStayHoles_data()
-    {
-        QTest::addColumn<int>("copyRangeErrno");
-        QTest::addColumn<QList<int>>("layout"); // alternating hole and data lengths, in chunks
-        QTest::newRow("hole, data, hole") << 0 << QList<int>{8, 2, 8};
-        QTest::newRow("data, hole, data") << 0 << QList<int>{0, 1, 16, 3};
-        QTest::newRow("only a hole") << 0 << QList<int>{20};
-        QTest::newRow("read/write fallback") << EXDEV << QList<int>{8, 2, 8};
-    }
-    void holesStayHoles()
-    {
-        QFETCH(int, copyRangeErrno);
-        QFETCH(QList<int>, layout);
-        TempTree tree;
-        tree.file(u"d/f"_qs, "previous");
-        QByteArray expected;
-        {
-            QFile f(tree.path(u"s"_qs));
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            for (qsizetype i = 0; i < layout.size(); ++i) {
-                const QByteArray part(layout[i] * chunk, i % 2 ? char('a' + i) : '\0');
-                if (i % 2)
-                    f.write(part);
-                else
-                    f.seek(f.pos() + part.size());
-                expected += part;
-            }
-            QVERIFY(f.resize(expected.size()));
-        }
-        struct stat st;
-        QVERIFY(::stat(tree.nativePath("s").constData(), &st) == 0);
-        if (st.st_blocks * 512 >= st.st_size)
-            QSKIP("this file system keeps no holes");
-        FaultyFileOps ops(chunk);
-        ops.copyRangeErrno = copyRangeErrno;
-        std::int64_t lastDone = 0;
-        const auto progress = [&](std::int64_t, std::int64_t done) { lastDone = done; };
-        QCOMPARE(::copy(ops, tree, u"s"_qs, u"d/f"_qs, progress).error, 0);
-        QCOMPARE(tree.read(u"d/f"_qs), expected);
-        QCOMPARE(lastDone, std::int64_t(expected.size()));
         struct stat copied;
         QVERIFY(::stat(tree.nativePath("d/f").constData(), &copied) == 0);
-        QVERIFY2(copied.st_blocks <= st.st_blocks + 16,
+        QVERIFY2(!holes || copied.st_blocks <= st.st_blocks + 16,
                  qPrintable(u"%1 blocks for %2"_qs.arg(copied.st_blocks).arg(st.st_blocks)));
     }
 
