@@ -219,39 +219,32 @@ private Q_SLOTS:
         QTest::addColumn<QString>("operation");
         QTest::addColumn<QString>("trap");
         QTest::addColumn<int>("expected");
-        const int changedFolder = OpError::FolderChanged;
-        const int changed = OpError::ChangedSinceCompare;
-        const int taken = OpError::NotSeen;
-        QTest::newRow("copy through a receiving link")
-            << u"copy"_qs << u"d/sub link"_qs << changedFolder;
-        QTest::newRow("copy through a sending link")
-            << u"copy"_qs << u"s/sub link"_qs << changedFolder;
-        QTest::newRow("copy onto a name taken since") << u"copy"_qs << u"taken"_qs << taken;
-        QTest::newRow("copy onto a case twin") << u"copy"_qs << u"case twin"_qs << taken;
-        QTest::newRow("copy over an edited file") << u"copy"_qs << u"target edited"_qs << changed;
-        QTest::newRow("copy of a file put back older")
-            << u"copy"_qs << u"source edited"_qs << changed;
-        QTest::newRow("copy onto a link in the file's place")
-            << u"copy"_qs << u"target link"_qs << changed;
-        QTest::newRow("delete through a link") << u"delete"_qs << u"d/sub link"_qs << changedFolder;
-        QTest::newRow("delete an edited file") << u"delete"_qs << u"target edited"_qs << changed;
-        QTest::newRow("mkdir through a link") << u"mkdir"_qs << u"d/sub link"_qs << changedFolder;
-        QTest::newRow("mkdir onto a case twin") << u"mkdir"_qs << u"case twin"_qs << taken;
-        QTest::newRow("chmod through a link") << u"chmod"_qs << u"d/sub link"_qs << changedFolder;
-        QTest::newRow("rmdir through a link") << u"rmdir"_qs << u"d/sub link"_qs << changedFolder;
-        QTest::newRow("chmod of a file linked from outside")
-            << u"chmod"_qs << u"hard-linked"_qs << 0;
-        QTest::newRow("copy over a file edited within the second")
-            << u"copy"_qs << u"edited within the second"_qs << changed;
-        QTest::newRow("copy, no trap") << u"copy"_qs << QString() << 0;
-        QTest::newRow("copy to a new name where a link answers EIO (rclone mount)")
-            << u"copy"_qs << u"link EIO"_qs << 0;
-        const int unknown = OpError::PlaceUnknown;
-        for (const char *op : {"copy", "delete", "mkdir", "chmod", "rmdir", "check"})
-            QTest::addRow("%s below a relative root", op)
-                << QString::fromLatin1(op) << u"relative root"_qs << unknown;
-        QTest::newRow("copy from below a relative root")
-            << u"copy"_qs << u"relative source root"_qs << unknown;
+        using namespace OpError;
+        const std::tuple<const char *, const char *, int> rows[] = {
+            {"copy", "through a receiving link", FolderChanged},
+            {"copy", "through a sending link", FolderChanged},
+            {"copy", "onto a name taken since", NotSeen},
+            {"copy", "onto a case twin", NotSeen},
+            {"copy", "over an edited file", ChangedSinceCompare},
+            {"copy", "of a file put back older", ChangedSinceCompare},
+            {"copy", "onto a link in the file's place", ChangedSinceCompare},
+            {"copy", "over a file edited within the second", ChangedSinceCompare},
+            {"copy", "with no trap", 0},
+            {"copy", "to a new name where a link answers EIO (rclone mount)", 0},
+            {"delete", "through a receiving link", FolderChanged},
+            {"delete", "over an edited file", ChangedSinceCompare},
+            {"mkdir", "through a receiving link", FolderChanged},
+            {"mkdir", "onto a case twin", NotSeen},
+            {"chmod", "through a receiving link", FolderChanged},
+            {"chmod", "of a file linked from outside", 0},
+            {"rmdir", "through a receiving link", FolderChanged},
+            {"copy", "from below a relative root", PlaceUnknown}};
+        for (const auto &[operation, trap, expected] : rows)
+            QTest::addRow("%s %s", operation, trap)
+                << QString::fromLatin1(operation) << QString::fromLatin1(trap) << expected;
+        for (const char *operation : {"copy", "delete", "mkdir", "chmod", "rmdir", "check"})
+            QTest::addRow("%s below a relative root", operation)
+                << QString::fromLatin1(operation) << u"below a relative root"_qs << PlaceUnknown;
     }
     void everyChangeStaysInsideAndAsSeen()
     {
@@ -268,42 +261,44 @@ private Q_SLOTS:
         std::optional<Seen> target = seen(tree, "d/sub/a.txt");
         QString to = u"sub/a.txt"_qs;
         FaultyFileOps ops;
-        if (trap.endsWith(u"link")) {
-            const QString side = trap == u"target link" ? u"d/sub/a.txt"_qs : trap.left(5);
+        const bool inPlace = trap == u"onto a link in the file's place";
+        if (trap.startsWith(u"through") || inPlace) {
+            const QString side = inPlace                       ? u"d/sub/a.txt"_qs
+                                 : trap.contains(u"receiving") ? u"d/sub"_qs
+                                                               : u"s/sub"_qs;
             QVERIFY(QFile::remove(tree.path(side)) || QDir(tree.path(side)).removeRecursively());
-            tree.symlink(side,
-                         trap == u"target link" ? "../../outside/sub/a.txt" : "../outside/sub");
-        } else if (trap == u"taken") {
+            tree.symlink(side, inPlace ? "../../outside/sub/a.txt" : "../outside/sub");
+        } else if (trap == u"onto a name taken since") {
             target.reset();
-        } else if (trap == u"link EIO") {
+        } else if (trap.endsWith(u"(rclone mount)")) {
             ops.linkErrno = EIO;
             target.reset();
             to = u"sub/new.txt"_qs;
-        } else if (trap == u"case twin") {
+        } else if (trap == u"onto a case twin") {
             ops.caseBlind = true;
             target.reset();
             to = u"sub/A.TXT"_qs;
-        } else if (trap == u"target edited") {
+        } else if (trap == u"over an edited file") {
             tree.file(u"d/sub/a.txt"_qs, "edited", OLD);
-        } else if (trap == u"source edited") {
+        } else if (trap == u"of a file put back older") {
             tree.setMtime(u"s/sub/a.txt"_qs, 1'400'000'000);
-        } else if (trap == u"hard-linked") {
+        } else if (trap == u"of a file linked from outside") {
             QVERIFY(QFile::remove(tree.path(u"d/sub/a.txt"_qs)));
             QVERIFY(::link(tree.nativePath("outside/sub/a.txt").constData(),
                            tree.nativePath("d/sub/a.txt").constData()) == 0);
-        } else if (trap == u"edited within the second") {
+        } else if (trap == u"over a file edited within the second") {
             tree.file(u"d/sub/a.txt"_qs, "ol!", OLD); // same size, same second
             const struct timespec times[2] = {{OLD, 0}, {OLD, 5000}};
             QVERIFY(::utimensat(AT_FDCWD, tree.nativePath("d/sub/a.txt").constData(), times, 0) ==
                     0);
-        } else if (trap == u"relative root") {
+        } else if (trap == u"below a relative root") {
             tree.setMode(u"d/sub/a.txt"_qs, 0444); // for the chmod to change
         }
         const QString old = QDir::currentPath();
         QDir::setCurrent(tree.root());
         const auto back = qScopeGuard([&] { QDir::setCurrent(old); });
-        const QString s = trap == u"relative source root" ? u"s"_qs : tree.path(u"s"_qs);
-        const QString d = trap == u"relative root" ? u"d"_qs : tree.path(u"d"_qs);
+        const QString s = trap == u"from below a relative root" ? u"s"_qs : tree.path(u"s"_qs);
+        const QString d = trap == u"below a relative root" ? u"d"_qs : tree.path(u"d"_qs);
         const unsigned modeBefore = tree.mode(u"d/sub/a.txt"_qs);
         const QStringList outsideBefore = tree.snapshot(u"outside"_qs);
         const QStringList receivingBefore = tree.snapshot(u"d"_qs);
@@ -314,7 +309,7 @@ private Q_SLOTS:
         else if (operation == u"delete")
             r = ops.removeFile({d, u"sub/a.txt"_qs}, {3, OLD});
         else if (operation == u"mkdir")
-            r = ops.makeDirectory({d, trap == u"case twin" ? u"SUB"_qs : u"sub/x"_qs},
+            r = ops.makeDirectory({d, trap == u"onto a case twin" ? u"SUB"_qs : u"sub/x"_qs},
                                   at(tree, u"s/sub"_qs));
         else if (operation == u"chmod")
             r = ops.clearReadOnly({d, u"sub/a.txt"_qs});
