@@ -82,9 +82,9 @@ struct Fixture
     // Items "path[=content][@seconds after T0]" separated by ", "; "path/" is an empty folder,
     // "path -> target" a link. A file holds its own path unless told otherwise, so that a listing
     // shows where it came from.
-    void files(const QString &spec)
+    void files(const QString &items)
     {
-        for (const QString &item : list(spec)) {
+        for (const QString &item : list(items)) {
             const QString file = item.section(u'@', 0, 0);
             const QString path = file.section(u'=', 0, 0);
             if (item.endsWith(u'/'))
