@@ -185,15 +185,6 @@ struct Fixture
     }
 };
 
-// Runs the test from inside `path` and comes back, so that a path resolved against the working
-// directory would land on files the test watches.
-auto workingDirectory(const QString &path)
-{
-    const QString old = QDir::currentPath();
-    QDir::setCurrent(path);
-    return qScopeGuard([old] { QDir::setCurrent(old); });
-}
-
 // Makes `levels` nested folders of 250-character names below `base` (walking with openat, since
 // the full path may outgrow PATH_MAX) and a file in the innermost one.
 void makeDeep(const QByteArray &base, int levels, const char *file)
@@ -712,7 +703,11 @@ private Q_SLOTS:
     {
         Fixture f;
         f.files(u"s/a, s/b, d/"_qs);
-        const auto cwd = workingDirectory(f.tree.root());
+        // From inside the tree, so that a path resolved against the working directory would land
+        // on files the test watches.
+        const QString old = QDir::currentPath();
+        QDir::setCurrent(f.tree.root());
+        const auto back = qScopeGuard([&] { QDir::setCurrent(old); });
         f.addRow(QString(), QString(), QString(), true);
         for (const QString &name : {u"a"_qs, u"b"_qs}) {
             CompareEntry &row = f.addRow(u"/"_qs, name, QString(), false, ModifiedInSource);
