@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "core/copypipeline.h"
+#include "core/platform/posixfileops.h"
 
 using namespace duomir;
 using namespace std::chrono_literals;
@@ -17,12 +18,12 @@ constexpr int Made = 2;
 constexpr int Cleared = 3;
 
 // A file layer whose copies run a test's script: each copy learns its source name and may wait on
-// the others. Records which copies started and on which thread.
-class ScriptedOps : public FileOps
+// the others. Records which copies started and on which thread. Files above 100 bytes are large.
+class ScriptedOps : public PosixFileOps
 {
 public:
+    ScriptedOps() : PosixFileOps(100) {}
     std::function<OpResult(const QString &from, const CopyProgress &)> script;
-    std::int64_t limit = 100;
 
     std::mutex mutex;
     std::condition_variable changed;
@@ -31,20 +32,12 @@ public:
     QStringList cleared; // targets made writable
     std::set<std::thread::id> threads;
 
-    OpResult checkDirectory(const TreePath &) override { return {}; }
-    OpResult makeDirectory(const TreePath &, const TreePath &) override { return {}; }
     OpResult clearReadOnly(const TreePath &path) override
     {
         const std::lock_guard lock(mutex);
         cleared << path.relative;
         return {};
     }
-    OpResult removeFile(const TreePath &, const Seen &) override { return {}; }
-    OpResult removeDirectory(const TreePath &) override { return {}; }
-    OpResult removeLeftover(const TreePath &) override { return {}; }
-    OpResult listFolders(const TreePath &, QStringList &) override { return {}; }
-    OpResult removeTree(const TreePath &) override { return {}; }
-    std::int64_t parallelCopyLimit() const override { return limit; }
 
     OpResult copyFile(const TreePath &fromPlace, const Seen &, const TreePath &,
                       const std::optional<Seen> &, const CopyProgress &progress,
@@ -78,15 +71,14 @@ public:
     }
 };
 
-// One copy as the walk asks for it; names stand for whole places.
-void copyStep(CopyPipeline &pipeline, int what, int index, const QString &from, const QString &to,
-              std::int64_t size, int clearWhat = 0)
+// One copy as the walk asks for it; the name stands for both places.
+void copyStep(CopyPipeline &pipeline, int index, const QString &name, std::int64_t size,
+              int clearWhat = 0)
 {
     CopyStep step;
-    step.what = what;
+    step.what = Copy;
     step.index = index;
-    step.from = {u"/"_qs, from};
-    step.to = {u"/"_qs, to};
+    step.from = step.to = {u"/"_qs, name};
     step.size = size;
     step.clearWhat = clearWhat;
     pipeline.copy(std::move(step));
@@ -141,11 +133,11 @@ private Q_SLOTS:
         };
         {
             CopyPipeline pipeline(run.ops, run.cancel, run.hooks(), false);
-            copyStep(pipeline, Copy, 1, u"a"_qs, u"to"_qs, 10);
-            copyStep(pipeline, Copy, 2, u"b"_qs, u"to"_qs, 10);
+            copyStep(pipeline, 1, u"a"_qs, 10);
+            copyStep(pipeline, 2, u"b"_qs, 10);
             pipeline.add(Made, 3, OpResult::failure(EACCES));
-            copyStep(pipeline, Copy, 4, u"c"_qs, u"to"_qs, 10);
-            copyStep(pipeline, Copy, 5, u"d"_qs, u"to"_qs, 10);
+            copyStep(pipeline, 4, u"c"_qs, 10);
+            copyStep(pipeline, 5, u"d"_qs, 10);
             pipeline.finish();
         }
         QCOMPARE(run.reported, QStringList({u"a"_qs, u"b!"_qs, u"made!"_qs, u"c"_qs, u"d"_qs}));
@@ -175,11 +167,11 @@ private Q_SLOTS:
             progress << u"%1/%2"_qs.arg(done).arg(total);
         };
         CopyPipeline pipeline(run.ops, run.cancel, hooks, false);
-        copyStep(pipeline, Copy, 1, u"s1"_qs, u"to"_qs, 100);
-        copyStep(pipeline, Copy, 2, u"s2"_qs, u"to"_qs, 0);
-        copyStep(pipeline, Copy, 3, u"big"_qs, u"to"_qs, 101);
+        copyStep(pipeline, 1, u"s1"_qs, 100);
+        copyStep(pipeline, 2, u"s2"_qs, 0);
+        copyStep(pipeline, 3, u"big"_qs, 101);
         QCOMPARE(run.ops.started.last(), u"big"_qs);
-        copyStep(pipeline, Copy, 4, u"s3"_qs, u"to"_qs, 1);
+        copyStep(pipeline, 4, u"s3"_qs, 1);
         pipeline.finish();
         QCOMPARE(reportedBeforeBig, QStringList({u"s1"_qs, u"s2"_qs}));
         QCOMPARE(bigThread, walkThread);
@@ -203,10 +195,10 @@ private Q_SLOTS:
         };
         CopyPipeline pipeline(run.ops, run.cancel, run.hooks(), false);
         for (int i = 0; i < 30; ++i)
-            copyStep(pipeline, Copy, i + 1, u"f%1"_qs.arg(i), u"f%1"_qs.arg(i), 1, Cleared);
+            copyStep(pipeline, i + 1, u"f%1"_qs.arg(i), 1, Cleared);
         pipeline.finish();
-        copyStep(pipeline, Copy, 31, u"late"_qs, u"late"_qs, 1000,
-                 Cleared); // cancelled before it began
+        // Cancelled before it began.
+        copyStep(pipeline, 31, u"late"_qs, 1000, Cleared);
         QVERIFY(run.ops.started.size() < 30);
         QCOMPARE(run.reported.mid(0, 2), QStringList({u"cleared"_qs, u"f0!"_qs}));
         QStringList startedInOrder = run.ops.started;
@@ -248,7 +240,7 @@ private Q_SLOTS:
         };
         CopyPipeline pipeline(run.ops, run.cancel, run.hooks(), true);
         for (int i = 0; i < 30; ++i)
-            copyStep(pipeline, Copy, i + 1, u"f%1"_qs.arg(i), u"to"_qs, 1);
+            copyStep(pipeline, i + 1, u"f%1"_qs.arg(i), 1);
         pipeline.finish();
         // f0 and at most one copy per worker already taken.
         QVERIFY2(startedDuringReport >= 1 && startedDuringReport <= 1 + CopyPipeline::workerCount(),

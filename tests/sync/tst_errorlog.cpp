@@ -13,40 +13,36 @@
 
 using namespace duomir;
 using namespace duomir::test;
-using duomir::test::FakeInteraction;
-using duomir::test::TempTree;
+
+namespace {
+
+struct Setup
+{
+    TempTree tree;
+    FakeInteraction ui;
+    Engine engine{ui};
+    QDateTime at{QDate(2026, 3, 14), QTime(9, 26, 53)};
+
+    // One row whose source is `src` + `name` and destination `dst` + `name`.
+    explicit Setup(const QString &src = u"/a/"_qs, const QString &dst = u"/b/"_qs,
+                   const QString &name = u"x"_qs)
+    {
+        engine.DataFolder = tree.root() + u'/';
+        engine.settings.LogToFile = true;
+        engine.clock = [this] { return at; };
+        CompareEntry e;
+        setPaths(e, engine.texts(), src, dst);
+        setNames(e, engine.texts(), name, name);
+        engine.CompareResults.push_back(e);
+    }
+    QByteArray log(const QString &day = u"20260314"_qs) const { return tree.read(day + u".log"); }
+};
+
+} // namespace
 
 class TestErrorLog : public QObject
 {
     Q_OBJECT
-
-private:
-    struct Setup
-    {
-        TempTree tree;
-        FakeInteraction ui;
-        Engine engine{ui};
-        QDateTime at{QDate(2026, 3, 14), QTime(9, 26, 53)};
-
-        Setup()
-        {
-            engine.DataFolder = tree.root() + u'/';
-            engine.settings.LogToFile = true;
-            engine.clock = [this] { return at; };
-        }
-        // One row whose source is `src` + `name` and destination `dst` + `name`.
-        void row(const QString &src, const QString &dst, const QString &name)
-        {
-            CompareEntry e;
-            setPaths(e, engine.texts(), src, dst);
-            setNames(e, engine.texts(), name, name);
-            engine.CompareResults.push_back(e);
-        }
-        QByteArray log(const QString &day = QStringLiteral("20260314")) const
-        {
-            return tree.read(day + u".log");
-        }
-    };
 
 private Q_SLOTS:
     // The labels appear when the bitwise AND of the two lengths is non-zero. A directory that
@@ -59,16 +55,15 @@ private Q_SLOTS:
         QTest::addColumn<int>("error");
         QTest::addColumn<int>("what");
         QTest::addColumn<QString>("expected"); // after the system's text
-        const QString ab = QStringLiteral("/abcdefgh/");
-        QTest::newRow("10 AND 10") << ab << QStringLiteral("/ijklmnop/") << ENOSPC << 5
+        const QString ab = u"/abcdefgh/"_qs;
+        QTest::newRow("10 AND 10") << ab << u"/ijklmnop/"_qs << ENOSPC << 5
                                    << u"\r\nSource: /abcdefgh/\r\nDestination: /ijklmnop/"_qs;
-        QTest::newRow("4 AND 8") << QStringLiteral("/ab/") << QStringLiteral("/cdefgh/") << ENOSPC
-                                 << 5 << u"\r\n/ab/\r\n/cdefgh/"_qs;
+        QTest::newRow("4 AND 8") << u"/ab/"_qs << u"/cdefgh/"_qs << ENOSPC << 5
+                                 << u"\r\n/ab/\r\n/cdefgh/"_qs;
         QTest::newRow("copy adds the name on both sides")
-            << QStringLiteral("/abcdefg/") << QStringLiteral("/hijklmn/") << ENOSPC << 143
+            << u"/abcdefg/"_qs << u"/hijklmn/"_qs << ENOSPC << 143
             << u"\r\nSource: /abcdefg/x\r\nDestination: /hijklmn/x"_qs;
-        QTest::newRow("source only")
-            << ab << QStringLiteral("/z/") << ENOSPC << 3 << u"\r\n/abcdefgh/x\r\n"_qs;
+        QTest::newRow("source only") << ab << u"/z/"_qs << ENOSPC << 3 << u"\r\n/abcdefgh/x\r\n"_qs;
         QTest::newRow("rmdir not empty") << ab << ab << ENOTEMPTY << 1 << QString();
         QTest::newRow("rmdir EEXIST") << ab << ab << EEXIST << 1 << QString();
         QTest::newRow("mkdir EEXIST is real, destination only")
@@ -82,31 +77,39 @@ private Q_SLOTS:
         QFETCH(int, error);
         QFETCH(int, what);
         QFETCH(QString, expected);
-        Setup s;
-        s.row(src, dst, QStringLiteral("x"));
+        Setup s(src, dst);
         ReportResult(s.engine, OpResult::failure(error), what, 0, 1);
         QCOMPARE(s.log().isEmpty(), expected.isEmpty());
         QCOMPARE(s.ui.shown.size(), expected.isEmpty() ? 0 : 1);
-        if (expected.isEmpty())
-            return;
-        QCOMPARE(s.ui.shown[0].icon, Interaction::Icon::Critical);
-        QCOMPARE(s.ui.shown[0].text, QString::fromLocal8Bit(std::strerror(error)) + expected);
+        if (!expected.isEmpty()) {
+            QCOMPARE(s.ui.shown[0].icon, Interaction::Icon::Critical);
+            QCOMPARE(s.ui.shown[0].text, QString::fromLocal8Bit(std::strerror(error)) + expected);
+        }
     }
 
-    // The receiving side's texts come from side d xor 1; the file name from the sending side.
+    // The receiving side's texts come from side d xor 1; the file name from the sending side. A
+    // name that holds a newline or a tab still makes one line with its columns.
+    void errorLineColumns_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("logged");
+        QTest::newRow("plain name") << u"f.txt"_qs << QByteArray("f.txt");
+        QTest::newRow("forged line") << u"bad\nduomir-cli: error: \tforged"_qs
+                                     << QByteArray("bad\\nduomir-cli: error: \\tforged");
+    }
     void errorLineColumns()
     {
-        Setup s;
-        s.row(QStringLiteral("/src/"), QStringLiteral("/dst/"), QStringLiteral("f.txt"));
+        QFETCH(QString, name);
+        QFETCH(QByteArray, logged);
+        Setup s(u"/src/"_qs, u"/dst/"_qs, name);
         s.engine.CompareResults[1].setName(0, {});
         s.engine.DontAsk = true;
         ReportResult(s.engine, OpResult::failure(EACCES), 143, 1, 1);
         ReportResult(s.engine, OpResult::success(), 143, 1, 1);
         QVERIFY(s.ui.shown.isEmpty());
-        const QByteArray expected = "2026-03-14 09:26:53\t\t" + QByteArray::number(EACCES) + '\t' +
-                                    QByteArray(std::strerror(EACCES)) +
-                                    "\t/dst/f.txt\t/src/f.txt\r\n";
-        QCOMPARE(s.log(), expected);
+        QCOMPARE(s.log(), "2026-03-14 09:26:53\t\t" + QByteArray::number(EACCES) + '\t' +
+                              QByteArray(std::strerror(EACCES)) + "\t/dst/" + logged + "\t/src/" +
+                              logged + "\r\n");
         QCOMPARE(s.engine.syncStats.failures, 1);
     }
 
@@ -114,13 +117,12 @@ private Q_SLOTS:
     {
         Setup s;
         s.at = QDateTime(QDate(2026, 12, 31), QTime(23, 59, 59));
-        WriteLogLine(s.engine, {QStringLiteral("Start"), QStringLiteral("p.dyp"), 1});
+        WriteLogLine(s.engine, {u"Start"_qs, u"p.dyp"_qs, 1});
         s.at = s.at.addSecs(1);
-        WriteLogLine(s.engine, {QStringLiteral("End")});
+        WriteLogLine(s.engine, {u"End"_qs});
         WriteLogLine(s.engine);
-        QCOMPARE(s.log(QStringLiteral("20261231")),
-                 QByteArray("2026-12-31 23:59:59\t\tStart\tp.dyp\t1\r\n"));
-        QCOMPARE(s.log(QStringLiteral("20270101")),
+        QCOMPARE(s.log(u"20261231"_qs), QByteArray("2026-12-31 23:59:59\t\tStart\tp.dyp\t1\r\n"));
+        QCOMPARE(s.log(u"20270101"_qs),
                  QByteArray("2027-01-01 00:00:00\t\tEnd\r\n2027-01-01 00:00:00\t\r\n"));
     }
 
@@ -135,16 +137,15 @@ private Q_SLOTS:
             s.tree.file(u"elsewhere"_qs);
             QVERIFY(QByteArray(place) == "fifo" ? ::mkfifo(log.constData(), 0600) == 0
                                                 : ::symlink("elsewhere", log.constData()) == 0);
-            WriteLogLine(s.engine, {QStringLiteral("Start")});
+            WriteLogLine(s.engine, {u"Start"_qs});
             QCOMPARE(s.tree.read(u"elsewhere"_qs), QByteArray());
         }
         for (bool loggingOn : {false, true}) {
             Setup s;
             s.engine.settings.LogToFile = loggingOn;
             if (loggingOn)
-                s.engine.DataFolder = s.tree.path(QStringLiteral("missing/folder/"));
-            s.row(QStringLiteral("/a/"), QStringLiteral("/b/"), QStringLiteral("x"));
-            WriteLogLine(s.engine, {QStringLiteral("Start")});
+                s.engine.DataFolder = s.tree.path(u"missing/folder/"_qs);
+            WriteLogLine(s.engine, {u"Start"_qs});
             ReportResult(s.engine, OpResult::failure(EIO), 143, 0, 1);
             QCOMPARE(s.ui.shown.size(), 1);
             QCOMPARE(s.tree.snapshot(), QStringList());

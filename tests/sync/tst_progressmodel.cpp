@@ -14,9 +14,9 @@ public:
     QString percent;
     int width = -1;
 
-    void setVisible(bool v) override { calls << QStringLiteral("visible %1").arg(v); }
+    void setVisible(bool v) override { calls << u"visible %1"_qs.arg(v); }
     void setPercentText(const QString &text) override { calls << (percent = text); }
-    void setBarWidth(int w) override { calls << QStringLiteral("width %1").arg(width = w); }
+    void setBarWidth(int w) override { calls << u"width %1"_qs.arg(width = w); }
     void setFrom(const QString &d) override { calls << u"from " + d; }
     void setTo(const QString &d) override { calls << u"to " + d; }
     void setFileName(const QString &n) override { calls << u"file " + n; }
@@ -86,17 +86,14 @@ private Q_SLOTS:
         model.Init(100);
         model.Update(100, 100);
         model.Hide();
-        QCOMPARE(sink.calls.last(), QStringLiteral("visible 0"));
+        QCOMPARE(sink.calls.last(), u"visible 0"_qs);
         sink.calls.clear();
         model.Init(100);
-        model.ShowFile(QStringLiteral("/s/"), QStringLiteral("/d/"), QStringLiteral("a"));
-        model.ShowFile(QStringLiteral("/s/"), QStringLiteral("/d/x/"), QStringLiteral("b"));
+        model.ShowFile(u"/s/"_qs, u"/d/"_qs, u"a"_qs);
+        model.ShowFile(u"/s/"_qs, u"/d/x/"_qs, u"b"_qs);
         model.Update(100, 10);
-        QCOMPARE(sink.calls, QStringList({QStringLiteral("width 0"), QStringLiteral("0 %"),
-                                          QStringLiteral("visible 1"), QStringLiteral("file a"),
-                                          QStringLiteral("from /s"), QStringLiteral("to /d"),
-                                          QStringLiteral("file b"), QStringLiteral("to /d/x"),
-                                          QStringLiteral("10 %"), QStringLiteral("width 40")}));
+        QCOMPARE(sink.calls.join(u", "_qs), u"width 0, 0 %, visible 1, file a, from /s, to /d, "
+                                            u"file b, to /d/x, 10 %, width 40"_qs);
     }
 };
 
