@@ -226,12 +226,13 @@ private Q_SLOTS:
     void missingKeysTakeDefaults()
     {
         ProfileFixture f;
-        f.tree.file(u"p.dyp"_s, "[0]\nF2=9\n[1]\nS=\n");
+        f.tree.file(u"p.dyp"_s, "[0]\nF1=4\nF2=9\n[1]\nS=\n");
         f.engine.filter.SideFilter = 1;
         f.engine.filter.ShowEmptyDirs = true;
         QVERIFY(LoadProfile(f.engine));
         QCOMPARE(f.engine.pairs.count(), 1);
         QCOMPARE(f.engine.pairs[1], DirPair::fromProfileDefaults());
+        QCOMPARE(f.engine.filter.FileFilter, 4); // the last button
         QCOMPARE(f.engine.filter.SideFilter, 0);
         QVERIFY(!f.engine.filter.ShowEmptyDirs);
         QVERIFY(!f.engine.sync.Src);
