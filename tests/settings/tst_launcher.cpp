@@ -1,11 +1,14 @@
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
+#include <QRegularExpression>
 #include <QTest>
 
+#include "common/temptree.h"
+#include "settings/commandline.h"
 #include "settings/launcher.h"
 
 using namespace duomir;
+using duomir::test::TempTree;
 
 namespace {
 
@@ -55,16 +58,12 @@ QStringList splitExec(const QString &exec)
     return args;
 }
 
+// The value of `key`, unescaped; blanks after '=' belong to the syntax, not to the value.
 QString valueOf(const QString &entry, const QString &key)
 {
-    // Blanks after '=' belong to the syntax, not to the value.
     for (const QString &line : entry.split(u'\n')) {
-        if (line.startsWith(key + u'=')) {
-            qsizetype start = key.size() + 1;
-            while (start < line.size() && line[start] == u' ')
-                ++start;
-            return line.mid(start);
-        }
+        if (line.startsWith(key + u'='))
+            return unescapeValue(line.mid(key.size() + 1).remove(QRegularExpression(u"^ +"_qs)));
     }
     return {};
 }
@@ -76,98 +75,123 @@ class TestLauncher : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void arguments_data()
-    {
-        QTest::addColumn<QString>("profile");
-        QTest::addColumn<bool>("autoRun");
-        QTest::addColumn<bool>("dontAsk");
-        QTest::addColumn<bool>("hide");
-        QTest::addColumn<QString>("expected");
-
-        QTest::newRow("no profile, switches keep their blank")
-            << QString() << false << true << true << u" -dontask -hide"_qs;
-        QTest::newRow("nothing at all") << QString() << false << false << false << QString();
-        QTest::newRow("profile only")
-            << u"/p/l.dyp"_qs << false << false << false << u"\"/p/l.dyp\""_qs;
-    }
-
-    void arguments()
-    {
-        QFETCH(QString, profile);
-        QFETCH(bool, autoRun);
-        QFETCH(bool, dontAsk);
-        QFETCH(bool, hide);
-        QFETCH(QString, expected);
-        QCOMPARE(launcherArguments(profile, autoRun, dontAsk, hide), expected);
-    }
-
     void entryRoundTrip_data()
     {
         QTest::addColumn<QString>("program");
         QTest::addColumn<QString>("profile");
+        QTest::addColumn<QStringList>("switches"); // of an automatic run, as Exec must hold them
 
-        QTest::newRow("plain") << u"/usr/bin/duomir"_qs << u"/home/u/list.dyp"_qs;
-        QTest::newRow("blanks") << u"/opt/my apps/duomir"_qs << u"/home/u/my lists/a b.dyp"_qs;
-        QTest::newRow("shell characters")
-            << u"/usr/bin/duomir"_qs << u"/home/u/$HOME `x` & (y);z.dyp"_qs;
-        QTest::newRow("quote and backslash")
-            << u"/usr/bin/duomir"_qs << u"/home/u/it's \\ a.dyp"_qs;
-        QTest::newRow("percent is no field code")
-            << u"/usr/bin/duomir"_qs << u"/home/u/100%f.dyp"_qs;
-        QTest::newRow("non-ASCII") << u"/usr/bin/duomir"_qs << u"/home/u/Übersicht ß.dyp"_qs;
+        const QString bin = u"/usr/bin/duomir"_qs;
+        const QStringList all{u"-auto"_qs, u"-dontask"_qs, u"-hide"_qs};
+        QTest::newRow("plain") << bin << u"/home/u/list.dyp"_qs << all;
+        QTest::newRow("blanks") << u"/opt/my apps/duomir"_qs << u"/home/u/my lists/a b.dyp"_qs
+                                << all;
+        QTest::newRow("shell characters") << bin << u"/home/u/$HOME `x` & (y);z.dyp"_qs << all;
+        QTest::newRow("quote and backslash") << bin << u"/home/u/it's \\ a.dyp"_qs << all;
+        QTest::newRow("percent is no field code") << bin << u"/home/u/100%f.dyp"_qs << all;
+        QTest::newRow("non-ASCII") << bin << u"/home/u/Übersicht ß.dyp"_qs << all;
+        QTest::newRow("no profile, two switches")
+            << bin << QString() << QStringList{u"-dontask"_qs, u"-hide"_qs};
+        QTest::newRow("profile only") << bin << u"/p/l.dyp"_qs << QStringList();
+        QTest::newRow("nothing at all") << bin << QString() << QStringList();
     }
 
     // Whatever the texts hold, a desktop that follows the format reads back exactly the program,
-    // the profile and the three switches as separate arguments, and every other value unchanged.
+    // the profile and the switches as separate arguments, and every other value unchanged.
     void entryRoundTrip()
     {
         QFETCH(QString, program);
         QFETCH(QString, profile);
+        QFETCH(QStringList, switches);
         Launcher l;
         l.program = program;
         l.workingFolder = QFileInfo(program).path();
-        l.arguments = launcherArguments(profile, true, true, true);
+        l.arguments =
+            launcherArguments(profile, switches.contains(u"-auto"), switches.contains(u"-dontask"),
+                              switches.contains(u"-hide"));
         l.icon = u"duomir"_qs;
         l.name = u"Nightly "_qs + QFileInfo(profile).fileName();
         l.description = u" Line one\nline two for "_qs + profile;
         const QString text = desktopEntryText(l);
         QVERIFY(text.startsWith(u"[Desktop Entry]\n"_qs));
-        const auto value = [&](const QString &key) { return unescapeValue(valueOf(text, key)); };
-        QCOMPARE(value(u"Type"_qs), u"Application"_qs);
-        QCOMPARE(splitExec(value(u"Exec"_qs)),
-                 QStringList({program, profile, u"-auto"_qs, u"-dontask"_qs, u"-hide"_qs}));
-        QCOMPARE(value(u"Name"_qs), l.name);
-        QCOMPARE(value(u"Path"_qs), l.workingFolder);
-        QCOMPARE(value(u"Icon"_qs), l.icon);
-        QCOMPARE(value(u"Comment"_qs), l.description);
+        QCOMPARE(valueOf(text, u"Type"_qs), u"Application"_qs);
+        QCOMPARE(splitExec(valueOf(text, u"Exec"_qs)),
+                 QStringList{program} + (profile.isEmpty() ? QStringList() : QStringList{profile}) +
+                     switches);
+        QCOMPARE(valueOf(text, u"Name"_qs), l.name);
+        QCOMPARE(valueOf(text, u"Path"_qs), l.workingFolder);
+        QCOMPARE(valueOf(text, u"Icon"_qs), l.icon);
+        QCOMPARE(valueOf(text, u"Comment"_qs), l.description);
     }
 
     // A stale file of the same name is replaced whole; what cannot be written leaves no file.
     void writesExecutableFileOrNothing()
     {
-        QTemporaryDir dir;
-        const QString path = launcherFilePath(dir.path(), u"My sync"_qs);
-        QCOMPARE(path, dir.path() + u"/My sync.desktop"_qs);
-        {
-            QFile old(path);
-            QVERIFY(old.open(QIODevice::WriteOnly));
-            old.write(
-                "stale content that is longer than the new file will be, by quite a lot......");
-        }
+        TempTree tree;
+        const QString path = launcherFilePath(tree.root(), u"My sync"_qs);
+        QCOMPARE(path, tree.path(u"My sync.desktop"_qs));
+        tree.file(u"My sync.desktop"_qs, "stale content, longer than the new file by quite a lot"
+                                         "................................................");
         Launcher l;
         l.program = u"/usr/bin/duomir"_qs;
         l.name = u"My sync"_qs;
         QVERIFY(CreateShortcut(path, l));
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        QCOMPARE(QString::fromUtf8(f.readAll()), desktopEntryText(l));
-        QVERIFY(f.permissions() & QFileDevice::ExeOwner);
+        QCOMPARE(QString::fromUtf8(tree.read(u"My sync.desktop"_qs)), desktopEntryText(l));
+        QVERIFY(QFile::permissions(path) & QFileDevice::ExeOwner);
 
         QVERIFY(!CreateShortcut(QString(), l));
-        QVERIFY(!CreateShortcut(dir.path() + u"/missing/folder/x.desktop"_qs, l));
+        QVERIFY(!CreateShortcut(tree.path(u"missing/folder/x.desktop"_qs), l));
         l.program.clear();
-        QVERIFY(!CreateShortcut(dir.path() + u"/x.desktop"_qs, l));
-        QVERIFY(!QFile::exists(dir.path() + u"/x.desktop"_qs));
+        QVERIFY(!CreateShortcut(tree.path(u"x.desktop"_qs), l));
+        QVERIFY(!tree.exists(u"x.desktop"_qs));
+    }
+
+    void parseCommandLine_data()
+    {
+        // argv as the program receives it; the flags as "dontask hide auto" in 0/1.
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("profile");
+        QTest::addColumn<QString>("flags");
+
+        QTest::newRow("shortcut run")
+            << QStringList{u"/p/my list.dyp"_qs, u"-auto"_qs, u"-dontask"_qs, u"-hide"_qs}
+            << u"/p/my list.dyp"_qs << u"111"_qs;
+        QTest::newRow("switch in capitals")
+            << QStringList{u"/p/list.dyp"_qs, u"-AUTO"_qs} << u"/p/list.dyp"_qs << u"001"_qs;
+        QTest::newRow("switch only names itself")
+            << QStringList{u"-hide"_qs} << u"-hide"_qs << u"010"_qs;
+        QTest::newRow("switches first")
+            << QStringList{u"-DontAsk"_qs, u"/p/a.dyp"_qs} << u"/p/a.dyp"_qs << u"100"_qs;
+        QTest::newRow("nothing") << QStringList{} << QString() << u"000"_qs;
+        QTest::newRow("empty arguments dropped")
+            << QStringList{QString(), u"/p/a.dyp"_qs} << u"/p/a.dyp"_qs << u"000"_qs;
+        // A switch counts only as a whole argument: a file named like one is just a file.
+        QTest::newRow("switches inside names")
+            << QStringList{u"/p/x-dontask-hide.dyp"_qs, u"-auto-x"_qs}
+            << u"/p/x-dontask-hide.dyp"_qs << u"000"_qs;
+    }
+
+    void parseCommandLine()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, profile);
+        QFETCH(QString, flags);
+        const CommandLine cl = parseArguments(arguments);
+        QCOMPARE(cl.ProfilePath, profile);
+        QCOMPARE(cl.hasProfile(), !profile.isEmpty());
+        const auto b = [](bool v) { return v ? u'1' : u'0'; };
+        QCOMPARE(QString(b(cl.DontAsk)) + b(cl.Hide) + b(cl.AutoRequested), flags);
+    }
+
+    void emptyProfileFile()
+    {
+        TempTree tree;
+        tree.file(u"empty.dyp"_qs);
+        tree.file(u"full.dyp"_qs, "[Pairs]\n");
+        tree.dir(u"folder.dyp"_qs);
+        QVERIFY(isEmptyProfileFile(tree.path(u"empty.dyp"_qs)));
+        for (const QString &other : {u"full.dyp"_qs, u"missing.dyp"_qs, u"folder.dyp"_qs})
+            QVERIFY(!isEmptyProfileFile(tree.path(other)));
     }
 };
 

@@ -20,6 +20,22 @@ Settings loadFrom(TempTree &tree, const QByteArray &content)
     return LoadSettings(IniFile(tree.path(u"Duomir.ini"_qs)));
 }
 
+// The record as text, the switches of a group as 0/1 digits in the order of Settings.
+QMap<QString, QString> fields(const Settings &s)
+{
+    const auto b = [](bool v) { return v ? u"1"_qs : u"0"_qs; };
+    return {{u"Include"_qs,
+             b(s.SubDirs) + b(s.SysDirs) + b(s.SysFiles) + b(s.HiddenDirs) + b(s.HiddenFiles)},
+            {u"General"_qs,
+             b(s.LogToFile) + b(s.LogActions) + b(s.DontShowHint) + b(s.ButtonBarsWithText)},
+            {u"Keeping"_qs,
+             u"%1 %2 %3"_qs.arg(s.Versioning).arg(s.VersionsFolder).arg(s.KeepVersionsDays)},
+            {u"Form"_qs, s.FormPos + u' ' + QString::number(s.FormState)},
+            {u"Language"_qs, s.Language},
+            {u"Exclude"_qs, s.ExcludeDirs + u' ' + s.ExcludeFiles},
+            {u"TimeLag"_qs, timeLagToText(s.TimeLag)}};
+}
+
 } // namespace
 
 class TestSettingsFile : public QObject
@@ -30,66 +46,63 @@ private Q_SLOTS:
     void values_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("field");
-        QTest::addColumn<QString>("expected");
+        QTest::addColumn<QStringList>("expected"); // field, value, field, value...
 
-        QTest::newRow("no file: SubDirs on") << QByteArray() << u"SubDirs"_qs << u"1"_qs;
-        QTest::newRow("no file: HiddenFiles off") << QByteArray() << u"HiddenFiles"_qs << u"0"_qs;
-        QTest::newRow("no file: flags of General off")
-            << QByteArray() << u"General"_qs << u"000"_qs;
-        QTest::newRow("SubDirs 0 off")
-            << QByteArray("[Include]\nSubDirs=0\n") << u"SubDirs"_qs << u"0"_qs;
-        QTest::newRow("SubDirs 7 on")
-            << QByteArray("[Include]\nSubDirs=7\n") << u"SubDirs"_qs << u"1"_qs;
-        QTest::newRow("SubDirs abc off")
-            << QByteArray("[Include]\nSubDirs=abc\n") << u"SubDirs"_qs << u"0"_qs;
-        QTest::newRow("HiddenFiles -1 on")
-            << QByteArray("[include]\nhiddenfiles=-1\n") << u"HiddenFiles"_qs << u"1"_qs;
-        QTest::newRow("State kept as is")
-            << QByteArray("[Form]\nState=2\n") << u"FormState"_qs << u"2"_qs;
-        QTest::newRow("Pos cut at 99") << "[Form]\nPos=" + QByteArray(150, '1') + "\n"
-                                       << u"FormPos"_qs << QString(99, u'1');
-        QTest::newRow("Language cut at 254") << "[General]\nLanguage=" + QByteArray(300, 'L') + "\n"
-                                             << u"Language"_qs << QString(254, u'L');
-        QTest::newRow("Dirs cut at 32766") << "[Exclude]\nDirs=" + QByteArray(40000, 'd') + "\n"
-                                           << u"ExcludeDirs"_qs << QString(32766, u'd');
+        QTest::newRow("no file") << QByteArray()
+                                 << QStringList{u"Include"_qs, u"10000"_qs,
+                                                u"General"_qs, u"0000"_qs,
+                                                u"Keeping"_qs, u"1 Duomir Versions 30"_qs};
+        QTest::newRow("switches, any case, any number")
+            << QByteArray("[include]\nsubdirs=abc\nSysDirs=7\nHIDDENFILES=-1\n"
+                          "[General]\nLogToFile=1\nDontShowHint=1\n")
+            << QStringList{u"Include"_qs, u"01001"_qs, u"General"_qs, u"1010"_qs};
         // A long TimeLag text is cut to 19 characters before it is converted: this one then reads.
-        QTest::newRow("TimeLag cut before conversion")
-            << QByteArray("[General]\nTimeLag=00:00:05           junk\n") << u"TimeLag"_qs
-            << u"00:00:05"_qs;
-        QTest::newRow("no file: the Trash keeps files for 30 days")
-            << QByteArray() << u"Keeping"_qs << u"1 Duomir Versions 30"_qs;
+        // The file is longer than one read of the disk.
+        QTest::newRow("values cut as the read buffers did")
+            << "[Form]\nPos=" + QByteArray(150, '1') +
+                   "\nState=2\n[General]\nLanguage=" + QByteArray(300, 'L') +
+                   "\nTimeLag=00:00:05           junk\n[Exclude]\nDirs=" + QByteArray(70000, 'd') +
+                   "\nFiles=*.tmp\n"
+            << QStringList{u"Form"_qs,     QString(99, u'1') + u" 2"_qs,
+                           u"Language"_qs, QString(254, u'L'),
+                           u"TimeLag"_qs,  u"00:00:05"_qs,
+                           u"Exclude"_qs,  QString(32766, u'd') + u" *.tmp"_qs};
         QTest::newRow("versions folder, kept forever")
             << QByteArray("[General]\nVersioning=2\nVersionsFolder=Old\nKeepVersionsDays=0\n")
-            << u"Keeping"_qs << u"2 Old 0"_qs;
+            << QStringList{u"Keeping"_qs, u"2 Old 0"_qs};
         QTest::newRow("unknown mode and empty folder: the defaults' nearest")
             << QByteArray("[General]\nVersioning=9\nVersionsFolder=\nKeepVersionsDays=-4\n")
-            << u"Keeping"_qs << u"2 Duomir Versions 0"_qs;
-        QTest::newRow("flags of General")
-            << QByteArray("[General]\nLogToFile=1\nDontShowHint=1\n") << u"General"_qs << u"110"_qs;
+            << QStringList{u"Keeping"_qs, u"2 Duomir Versions 0"_qs};
     }
 
     void values()
     {
         QFETCH(QByteArray, content);
-        QFETCH(QString, field);
-        QFETCH(QString, expected);
+        QFETCH(QStringList, expected);
         TempTree tree;
-        const Settings s = loadFrom(tree, content);
-        const auto b = [](bool v) { return v ? u"1"_qs : u"0"_qs; };
-        const QMap<QString, QString> fields{
-            {u"SubDirs"_qs, b(s.SubDirs)},
-            {u"HiddenFiles"_qs, b(s.HiddenFiles)},
-            {u"FormState"_qs, QString::number(s.FormState)},
-            {u"FormPos"_qs, s.FormPos},
-            {u"Language"_qs, s.Language},
-            {u"ExcludeDirs"_qs, s.ExcludeDirs},
-            {u"TimeLag"_qs, timeLagToText(s.TimeLag)},
-            {u"Keeping"_qs,
-             u"%1 %2 %3"_qs.arg(s.Versioning).arg(s.VersionsFolder).arg(s.KeepVersionsDays)},
-            {u"General"_qs, b(s.LogToFile) + b(s.DontShowHint) + b(s.ButtonBarsWithText)}};
-        QCOMPARE(fields.value(field), expected);
+        const QMap<QString, QString> actual = fields(loadFrom(tree, content));
+        for (qsizetype i = 0; i < expected.size(); i += 2)
+            QCOMPARE(actual.value(expected[i]), expected[i + 1]);
         QCOMPARE(tree.exists(u"Duomir.ini"_qs), !content.isNull()); // loading never creates it
+    }
+
+    // What the options dialog and the language and hint choices write reads back as it was set.
+    void writersRoundTrip()
+    {
+        TempTree tree;
+        IniFile ini(tree.path(u"Duomir.ini"_qs));
+        Settings s = LoadSettings(ini);
+        s.ExcludeDirs = u"Temp;Recycled"_qs;
+        s.ExcludeFiles = u"*.tmp;*.bak"_qs;
+        s.TimeLag = 2.0 / 86400;
+        s.LogToFile = s.ButtonBarsWithText = s.HiddenDirs = s.SysFiles = true;
+        s.SubDirs = false;
+        s.Versioning = Settings::ToVersionsFolder;
+        s.VersionsFolder = u"Old"_qs;
+        WriteOptions(ini, s);
+        WriteLanguage(ini, s.Language = u"English"_qs);
+        WriteDontShowHint(ini, s.DontShowHint = true);
+        QCOMPARE(fields(loadFrom(tree, QByteArray())), fields(s));
     }
 
     void timeLag_data()
@@ -97,15 +110,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("seconds");
         QTest::addColumn<QString>("written"); // how the value is written back
-
-        QTest::newRow("five seconds") << u"00:00:05"_qs << 5 << u"00:00:05"_qs;
-        QTest::newRow("one hour, short hour") << u"1:00:00"_qs << 3600 << u"01:00:00"_qs;
-        QTest::newRow("hours and minutes") << u"2:30"_qs << 9000 << u"02:30:00"_qs;
-        QTest::newRow("not a time") << u"x"_qs << 0 << u"00:00:00"_qs;
-        QTest::newRow("minutes out of range") << u"00:75:00"_qs << 0 << u"00:00:00"_qs;
-        QTest::newRow("empty") << QString() << 0 << u"00:00:00"_qs;
-        QTest::newRow("a day and more") << u"25:00:01"_qs << 90001 << u"25:00:01"_qs;
-        QTest::newRow("blanks") << u" 00:01:00 "_qs << 60 << u"00:01:00"_qs;
+        const std::tuple<const char *, int, const char *> rows[] = {
+            {"00:00:05", 5, "00:00:05"},     {"1:00:00", 3600, "01:00:00"},
+            {"2:30", 9000, "02:30:00"},      {"x", 0, "00:00:00"},
+            {"00:75:00", 0, "00:00:00"},     {"", 0, "00:00:00"},
+            {"25:00:01", 90001, "25:00:01"}, {" 00:01:00 ", 60, "00:01:00"}};
+        for (const auto &[text, seconds, written] : rows)
+            QTest::addRow("'%s'", text) << QString::fromLatin1(text) << seconds << written;
     }
 
     void timeLag()
@@ -119,60 +130,28 @@ private Q_SLOTS:
         QCOMPARE(timeLagFromText(written), days);
     }
 
-    // The options dialog writes every key it owns in a fixed order.
-    void optionsRoundTrip()
-    {
-        TempTree tree;
-        IniFile ini(tree.path(u"Duomir.ini"_qs));
-        Settings s;
-        s.ExcludeDirs = u"Temp;Recycled"_qs;
-        s.ExcludeFiles = u"*.tmp;*.bak"_qs;
-        s.TimeLag = 2.0 / 86400;
-        s.LogToFile = true;
-        s.SubDirs = true;
-        s.HiddenDirs = true;
-        s.Versioning = Settings::ToVersionsFolder;
-        s.VersionsFolder = u"Old"_qs;
-        WriteOptions(ini, s);
-        WriteLanguage(ini, u"English"_qs);
-        WriteDontShowHint(ini, true);
-        QCOMPARE(tree.read(u"Duomir.ini"_qs),
-                 QByteArray("[Exclude]\nDirs=Temp;Recycled\nFiles=*.tmp;*.bak\n"
-                            "[General]\nTimeLag=00:00:02\nLogToFile=1\nLogActions=0\nVersioning=2\n"
-                            "VersionsFolder=Old\nButtonBarsWithText=0\n"
-                            "Language=English\nDontShowHint=1\n"
-                            "[Include]\nSubDirs=1\nSysDirs=0\nSysFiles=0\nHiddenDirs=1\n"
-                            "HiddenFiles=0\n"));
-    }
-
     void placementOnClose_data()
     {
         QTest::addColumn<QByteArray>("before");
         QTest::addColumn<int>("state");
         QTest::addColumn<QString>("geometry"); // window placement at close, as "l;t;w;h"
         QTest::addColumn<QByteArray>("after");
-
+        const auto row = [](const char *name, const QByteArray &before, int state,
+                            const char *geometry, const QByteArray &after) {
+            QTest::newRow(name) << before << state << QString::fromLatin1(geometry) << after;
+        };
         const QByteArray stored("[Form]\nPos=10;20\nState=0\n[General]\nFilesColWidth=1;2\n");
-        QTest::newRow("same place: only FilesColWidth goes")
-            << stored << 0 << u"10;20;0;0"_qs
-            << QByteArray("[Form]\nPos=10;20\nState=0\n[General]\n");
-        QTest::newRow("moved") << stored << 0 << u"10;21.5;300;200"_qs
-                               << QByteArray("[Form]\nPos=10;21.5;300;200\nState=0\n[General]\n");
-        QTest::newRow("maximized: no Pos, new State")
-            << stored << 2 << u"0;0;9000;7000"_qs
-            << QByteArray("[Form]\nPos=10;20\nState=2\n[General]\n");
-        QTest::newRow("minimized: neither")
-            << stored << 1 << u"1;1;1;1"_qs
-            << QByteArray("[Form]\nPos=10;20\nState=0\n[General]\n");
-        QTest::newRow("maximized at start and close")
-            << QByteArray("[Form]\nState=2\n") << 2 << u"5;5;5;5"_qs
-            << QByteArray("[Form]\nState=2\n");
-        QTest::newRow("first close writes a file")
-            << QByteArray() << 0 << u"-120;0;1e6;0.1"_qs
-            << QByteArray("[Form]\nPos=-120;0;1000000;0.1\n");
-        QTest::newRow("garbage Pos reads as zeros")
-            << QByteArray("[Form]\nPos=a;;b\n") << 0 << u"0;0;0;0"_qs
-            << QByteArray("[Form]\nPos=a;;b\n");
+        row("same place: only FilesColWidth goes", stored, 0, "10;20;0;0",
+            "[Form]\nPos=10;20\nState=0\n[General]\n");
+        row("moved", stored, 0, "10;21.5;300;200",
+            "[Form]\nPos=10;21.5;300;200\nState=0\n[General]\n");
+        row("maximized: no Pos, new State", stored, 2, "0;0;9000;7000",
+            "[Form]\nPos=10;20\nState=2\n[General]\n");
+        row("minimized: neither", stored, 1, "1;1;1;1", "[Form]\nPos=10;20\nState=0\n[General]\n");
+        row("maximized at start and close", "[Form]\nState=2\n", 2, "5;5;5;5", "[Form]\nState=2\n");
+        row("first close writes a file", QByteArray(), 0, "-120;0;1e6;0.1",
+            "[Form]\nPos=-120;0;1000000;0.1\n");
+        row("garbage Pos reads as zeros", "[Form]\nPos=a;;b\n", 0, "0;0;0;0", "[Form]\nPos=a;;b\n");
     }
 
     void placementOnClose()
@@ -184,8 +163,7 @@ private Q_SLOTS:
         TempTree tree;
         const Settings startup = loadFrom(tree, before);
         IniFile ini(tree.path(u"Duomir.ini"_qs));
-        const Placement p = parsePlacement(geometry);
-        WritePlacementOnClose(ini, startup, WindowState(state), p);
+        WritePlacementOnClose(ini, startup, WindowState(state), parsePlacement(geometry));
         QCOMPARE(tree.read(u"Duomir.ini"_qs), after);
     }
 
@@ -230,7 +208,6 @@ private Q_SLOTS:
         env.dataHome = dataHome == u"rel"   ? dataHome
                        : dataHome.isEmpty() ? QString()
                                             : tree.path(dataHome);
-
         test::FakeInteraction ui;
         Engine engine(ui);
         InitSettings(engine, env);
