@@ -118,12 +118,12 @@ int main(int argc, char *argv[])
     dirs.hide();
 
     auto *progress = window.findChild<dlgProgress *>();
-    engine.progress.Init(10'000'000);
-    engine.progress.ShowFile(tree.path(QStringLiteral("src/Photos/")),
-                             tree.path(QStringLiteral("dst/Photos/")),
-                             QStringLiteral("img_0002.jpg"));
-    engine.progress.FileDone(3'000'000);
-    engine.progress.Update(4'000'000, 1'200'000);
+    engine.run().progress().Init(10'000'000);
+    engine.run().progress().ShowFile(tree.path(QStringLiteral("src/Photos/")),
+                                     tree.path(QStringLiteral("dst/Photos/")),
+                                     QStringLiteral("img_0002.jpg"));
+    engine.run().progress().FileDone(3'000'000);
+    engine.run().progress().Update(4'000'000, 1'200'000);
     QApplication::processEvents();
     progress->grab().save(out + QStringLiteral("/progress-dialog") + suffix +
                           QStringLiteral(".png"));

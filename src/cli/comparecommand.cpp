@@ -37,11 +37,11 @@ QString parseView(const QStringList &rest, ViewOptions &view)
     for (qsizetype i = 0; i < rest.size(); ++i) {
         const QString &a = rest[i];
         const QString value = i + 1 < rest.size() ? rest[i + 1] : QString();
-        auto pick = [&](const QStringList &names, int &target) -> QString {
+        auto pick = [&]<typename T>(const QStringList &names, T &target) -> QString {
             const qsizetype index = names.indexOf(value);
             if (index < 0)
                 return a + u" takes one of " + names.join(u", ") + u", not '" + value + u"'";
-            target = static_cast<int>(index);
+            target = static_cast<T>(index);
             ++i;
             return {};
         };
@@ -137,21 +137,22 @@ int runCompare(const QStringList &args)
 
     warnUnlistedFolders(engine, "compare");
     // The command line decides the view, whatever the profile's toolbars said.
-    engine.filter = view.filter;
-    BuildVisibleRows(engine, view.filter.FileFilter);
+    Comparison &comparison = engine.comparison();
+    comparison.setFilter(view.filter);
+    BuildVisibleRows(comparison, engine.language, engine.ui());
 
     {
         RowWriter writer(stdout, view.format);
-        for (std::size_t r = 1; r < engine.VisibleRows.size(); ++r)
-            writer.row(engine.CompareResults[engine.VisibleRows[r]]);
+        for (int r = 1; r <= comparison.visibleCount(); ++r)
+            writer.row(comparison.visibleRow(r));
         writer.finish();
     }
-    const auto &c = engine.compareCounters;
+    const auto &c = comparison.counters();
+    const RowCounts &shown = comparison.visibleCounts();
     std::fprintf(stderr,
                  "duomir-cli compare: %d rows shown (%d files, %d directories); compared: %d "
                  "newer in source, %d identical, %d newer in destination\n",
-                 static_cast<int>(engine.VisibleRows.size()) - 1, engine.visibleCounts.files,
-                 engine.visibleCounts.directories, c[0], c[1], c[2]);
+                 comparison.visibleCount(), shown.files, shown.directories, c[0], c[1], c[2]);
     return unlisted > 0 ? ExitNoRoot : ExitOk;
 }
 

@@ -127,8 +127,8 @@ QString applyPairOptions(const PairOptions &options, Engine &engine)
 int warnUnlistedFolders(const Engine &engine, const char *command)
 {
     int count = 0;
-    for (std::size_t r = 1; r < engine.CompareResults.size(); ++r) {
-        const CompareEntry &x = engine.CompareResults[r];
+    for (std::size_t r = 1; r < engine.comparison().rows().size(); ++r) {
+        const CompareEntry &x = engine.comparison().rows()[r];
         for (int side = 0; side < 2; ++side) {
             if (x.lacks(side) || !x.isDirectory() || !(x.Attributes[size_t(side)] & Attr::Unlisted))
                 continue;

@@ -150,7 +150,7 @@ QString parseSyncArgs(const QStringList &rest, SyncArgs &out)
 
 void printSummary(const Engine &engine, bool ran, bool dryRun, int stillDiffering)
 {
-    const SyncStats &s = engine.syncStats;
+    const SyncStats &s = engine.run().stats();
     if (!ran) {
         std::printf("Nothing to synchronize.\n");
         return;
@@ -214,35 +214,37 @@ int runSync(const QStringList &args)
             return ExitUsage;
         }
     }
+    SyncOptions o = engine.run().options();
     if (!sync.direction.isEmpty()) {
-        engine.sync.Src = sync.direction != u"to-source";
-        engine.sync.Dest = sync.direction != u"to-destination";
+        o.Src = sync.direction != u"to-source";
+        o.Dest = sync.direction != u"to-destination";
     } else if (pairOptions.adHoc()) {
-        engine.sync.Src = engine.sync.Dest = true;
+        o.Src = o.Dest = true;
     }
-    engine.sync.Reverse = false;
+    o.Reverse = false;
     // The profile's Delete applies as in the window's automatic run, guarded like every deletion;
     // the command line overrides it for this run.
-    const bool profileDeletes = !pairOptions.adHoc() && engine.sync.Delete && !sync.del;
-    const bool profileMirrors = !pairOptions.adHoc() && engine.sync.Mirror && !sync.del;
-    engine.sync.Delete = !sync.mirror && (sync.del || (profileDeletes && !sync.noDelete));
-    engine.sync.Mirror = sync.mirror || (profileMirrors && !sync.noDelete && !engine.sync.Delete);
-    if (engine.sync.Mirror && !sync.mirror && engine.sync.Src == engine.sync.Dest) {
+    const bool profileDeletes = !pairOptions.adHoc() && o.Delete && !sync.del;
+    const bool profileMirrors = !pairOptions.adHoc() && o.Mirror && !sync.del;
+    o.Delete = !sync.mirror && (sync.del || (profileDeletes && !sync.noDelete));
+    o.Mirror = sync.mirror || (profileMirrors && !sync.noDelete && !o.Delete);
+    if (o.Mirror && !sync.mirror && o.Src == o.Dest) {
         std::fprintf(stderr, "duomir-cli sync: note: the profile's Mirror needs exactly one "
                              "direction; nothing is deleted in this run\n");
-        engine.sync.Mirror = false;
+        o.Mirror = false;
     }
-    if (engine.sync.Delete && !sync.del && engine.sync.Src == engine.sync.Dest) {
+    if (o.Delete && !sync.del && o.Src == o.Dest) {
         std::fprintf(stderr, "duomir-cli sync: note: the profile's Delete needs exactly one "
                              "direction; nothing is deleted in this run\n");
-        engine.sync.Delete = false;
+        o.Delete = false;
     }
     if (!pairOptions.adHoc())
         std::fprintf(stderr, "duomir-cli sync: directions from %s%s\n",
                      sync.direction.isEmpty() ? "the profile" : "--direction",
-                     engine.sync.Delete && !sync.del      ? ", Delete from the profile"
-                     : engine.sync.Mirror && !sync.mirror ? ", Mirror from the profile"
-                                                          : "");
+                     o.Delete && !sync.del      ? ", Delete from the profile"
+                     : o.Mirror && !sync.mirror ? ", Mirror from the profile"
+                                                : "");
+    engine.run().setOptions(o);
     if (sync.maxDelete >= 0)
         engine.settings.MaxDeletePercent = sync.maxDelete;
     if (sync.versioning >= 0)
@@ -251,17 +253,17 @@ int runSync(const QStringList &args)
         engine.settings.VersionsFolder = sync.versionsFolder;
     // A profile without its view section (or with both directions off) sends nothing; a
     // scheduled run must not report success for that.
-    if (!engine.sync.Src && !engine.sync.Dest) {
+    if (!o.Src && !o.Dest) {
         std::fprintf(stderr, "duomir-cli sync: no direction chosen: the profile turns both "
                              "directions off (or has no section \"0\"); give --direction\n");
         return ExitFailures;
     }
     if (const int refused = refuseNestedPairs(engine, pairOptions, "sync"); refused != 0)
         return refused;
-    if ((sync.del || sync.mirror) && engine.sync.Src == engine.sync.Dest)
+    if ((sync.del || sync.mirror) && o.Src == o.Dest)
         return usageError((sync.del ? u"--delete"_qs : u"--mirror"_qs) +
                           u" needs exactly one direction; the profile has "_qs +
-                          (engine.sync.Src ? u"both"_qs : u"none"_qs));
+                          (o.Src ? u"both"_qs : u"none"_qs));
 
     if (sync.dryRun) {
         engine.settings.LogToFile = false; // a dry run leaves no trace, not even in the log
@@ -276,11 +278,13 @@ int runSync(const QStringList &args)
     if (checkRoots(engine, "sync", sync.createDestination && !sync.dryRun) > 0)
         return ExitNoRoot;
     // A live line only where somebody watches it (or when asked), never between -v's lines.
-    ProgressLine line(stderr, engine.ByteTotal);
+    ProgressLine line(stderr, engine.run().byteTotal());
     const bool showProgress =
         sync.progress == 1 || (sync.progress < 0 && ::isatty(STDERR_FILENO) && !sync.verbose);
     if (showProgress)
-        ui.onYield = [&] { line.listing(engine.Listed[0], engine.Listed[1]); };
+        ui.onYield = [&] {
+            line.listing(engine.comparison().listedSoFar(0), engine.comparison().listedSoFar(1));
+        };
     int unlisted = 0;
     const bool compared = Compare(engine, &unlisted);
     ui.onYield = nullptr;
@@ -302,9 +306,9 @@ int runSync(const QStringList &args)
     DryRunFileOps dry(PosixFileOps::instance());
     ItemizedFileOps itemized(PosixFileOps::instance());
     if (sync.verbose && !sync.dryRun)
-        engine.fileOps = &itemized;
+        engine.run().setFileOps(itemized);
     if (sync.dryRun) {
-        engine.fileOps = &dry;
+        engine.run().setFileOps(dry);
         // What the run would come to, in the words of the window's confirmation.
         const QByteArray plan = DescribePlan(engine, PlanSynchronize(engine)).toUtf8();
         std::printf("%s\n", QByteArray(plan).replace("\r\n", "\n").constData());
@@ -312,12 +316,12 @@ int runSync(const QStringList &args)
 
     if (showProgress) {
         engine.ProgressWhenUnattended = !sync.dryRun;
-        engine.progress.setSink(&line);
+        engine.run().progress().setSink(&line);
     }
     bool ran = false;
     {
         // Ctrl-C and SIGTERM during the copies end the run in order; a second one ends it at once.
-        const CancelSignals guard(engine.CancelFlag, {SIGINT, SIGTERM}, {.once = true});
+        const CancelSignals guard(engine.run().cancelFlag(), {SIGINT, SIGTERM}, {.once = true});
         ran = Synchronize(engine, 0);
     }
 
@@ -325,7 +329,7 @@ int runSync(const QStringList &args)
     if (ran && !sync.dryRun) {
         int unlistedAfter = 0;
         Compare(engine, &unlistedAfter);
-        stillDiffering = engine.compareCounters[0] + engine.compareCounters[2];
+        stillDiffering = engine.comparison().counters()[0] + engine.comparison().counters()[2];
     }
     printSummary(engine, ran, sync.dryRun, stillDiffering);
 

@@ -44,8 +44,8 @@ bool Compare(Engine &engine, int *unlistedRoots)
         return false;
     }
     Interaction &ui = engine.ui();
-    engine.resetCompareResults();
-    engine.compareCounters = {};
+    Comparison &comparison = engine.comparison();
+    comparison.clear();
 
     bool ok = true;
     for (int p = 1; p <= engine.pairs.count(); ++p) {
@@ -55,7 +55,7 @@ bool Compare(Engine &engine, int *unlistedRoots)
         ui.setStatusLabel(2, QString());
         ui.setStatusLabel(1, engine.FormatMsg(850));
 
-        engine.CompareRoots = {compareRoot(pair.Source), compareRoot(pair.Destination)};
+        const std::array<QString, 2> roots{compareRoot(pair.Source), compareRoot(pair.Destination)};
         const MaskSet directoryMasks = MaskSet::fromTexts(pair.IncludeDirs, pair.ExcludeDirs);
         const MaskSet fileMasks = MaskSet::fromTexts(pair.IncludeFiles, pair.ExcludeFiles);
 
@@ -65,18 +65,16 @@ bool Compare(Engine &engine, int *unlistedRoots)
         // exist, which keeps the peak memory of a large comparison to one pair's scans plus the
         // rows; their texts live on with the rows.
         const int utcOffset = currentUtcOffset();
-        engine.CompareUtcOffset = utcOffset;
         std::array<FileArray, 2> scans;
         const std::array<SharedTexts, 2> texts{std::make_shared<TextStore>(),
                                                std::make_shared<TextStore>()};
         std::array<ScanExtras, 2> extras;
         for (int side = 0; side < 2; ++side) {
-            extras[size_t(side)].skipFolder =
-                versionsFolderBelow(engine, engine.CompareRoots[size_t(side)]);
-            engine.Listed[size_t(side)] = 0;
-            extras[size_t(side)].listed = &engine.Listed[size_t(side)];
+            extras[size_t(side)].skipFolder = versionsFolderBelow(engine, roots[size_t(side)]);
+            comparison.listed(side) = 0;
+            extras[size_t(side)].listed = &comparison.listed(side);
         }
-        auto scanDestination = [&, root = engine.CompareRoots[1]] {
+        auto scanDestination = [&, root = roots[1]] {
             return ScanDirectory(root, directoryMasks, fileMasks, pair, scans[1], *texts[1],
                                  nullptr, utcOffset, &extras[1]);
         };
@@ -87,13 +85,12 @@ bool Compare(Engine &engine, int *unlistedRoots)
             // No thread to be had: the scan runs here when its result is asked for.
             destinationScan = std::async(std::launch::deferred, scanDestination);
         }
-        const bool sourceFailed =
-            ScanDirectory(engine.CompareRoots[0], directoryMasks, fileMasks, pair, scans[0],
-                          *texts[0], &ui, utcOffset, &extras[0]);
+        const bool sourceFailed = ScanDirectory(roots[0], directoryMasks, fileMasks, pair, scans[0],
+                                                *texts[0], &ui, utcOffset, &extras[0]);
         if (sourceFailed) {
             ++unlisted;
             ++engine.UnlistedRootsSeen;
-            warn(engine, 806, {engine.CompareRoots[0]});
+            warn(engine, 806, {roots[0]});
         }
         while (destinationScan.wait_for(YieldInterval) == std::future_status::timeout)
             ui.yieldEvents();
@@ -102,8 +99,8 @@ bool Compare(Engine &engine, int *unlistedRoots)
         if (destinationFailed) {
             ++unlisted;
             ++engine.UnlistedRootsSeen;
-            warn(engine, 807, {engine.CompareRoots[1]});
-            engine.resetCompareResults();
+            warn(engine, 807, {roots[1]});
+            comparison.clear();
             ok = false;
             break;
         }
@@ -118,32 +115,33 @@ bool Compare(Engine &engine, int *unlistedRoots)
         SortEntries(scans[1], 0, static_cast<qsizetype>(scans[1].size()) - 1, destinationKeys);
         ui.yieldEvents();
 
-        const int firstRow = static_cast<int>(engine.CompareResults.size());
         // A copy onto a FAT or exFAT drive gets a time up to two seconds off: within that, files
         // are the same whatever the setting says, or every run would copy them again.
         constexpr Date TwoSeconds = 2.0 / 86400;
         const bool coarse = extras[0].coarseTimes || extras[1].coarseTimes;
         const Date lag =
             coarse ? std::max(engine.settings.TimeLag, TwoSeconds) : engine.settings.TimeLag;
-        MergeAndClassify({scans[0], scans[1], sourceKeys, destinationKeys, engine.CompareRoots,
-                          engine.MarkAll, lag, engine.texts()},
-                         engine.CompareResults);
-        engine.CompareTexts.insert(engine.CompareTexts.end(), texts.begin(), texts.end());
-        if (sourceFailed)
-            engine.UnlistedRows.push_back(
-                {firstRow, static_cast<int>(engine.CompareResults.size()) - 1});
+        PairListing listing;
+        listing.sourceUnlisted = sourceFailed;
+        listing.texts = texts;
         for (int side = 0; side < 2; ++side) {
-            for (QString &path : extras[size_t(side)].leftovers)
-                engine.Leftovers.push_back({firstRow, side, std::move(path)});
-            engine.RootIdentities[firstRow][size_t(side)] = {extras[size_t(side)].rootDevice,
-                                                             extras[size_t(side)].rootInode};
+            listing.leftovers[size_t(side)] = std::move(extras[size_t(side)].leftovers);
+            listing.roots[size_t(side)] = {extras[size_t(side)].rootDevice,
+                                           extras[size_t(side)].rootInode};
         }
+        comparison.addPair(
+            [&](CompareArray &rows) {
+                MergeAndClassify({scans[0], scans[1], sourceKeys, destinationKeys, roots,
+                                  comparison.markAll(), lag, comparison.texts()},
+                                 rows);
+            },
+            std::move(listing), utcOffset);
     }
 
     // After 807 the list on screen is left as it was.
     if (ok) {
-        engine.compareCounters = countStates(engine.CompareResults);
-        BuildVisibleRows(engine, engine.filter.FileFilter);
+        comparison.countStates();
+        BuildVisibleRows(comparison, engine.language, ui);
     }
     ui.setProgressAnimation(false);
     if (unlistedRoots)

@@ -11,8 +11,8 @@ class Engine;
 QString compareRoot(const QString &pairText);
 
 // The Compare command over every pair of engine.pairs, in list order. Rebuilds
-// engine.CompareResults (element 0 plus each pair's rows, each group opening with its root row),
-// engine.compareCounters and, on success, the visible rows and their counts.
+// the comparison's rows (element 0 plus each pair's rows, each group opening with its root row),
+// its counters and, on success, the visible rows and their counts.
 // Messages: 802 for an empty pair list (nothing changes); 806 when a source root cannot be listed
 // (the pair is compared against an empty source); 807 when a destination root cannot be listed
 // (all results are dropped and no later pair is scanned). Status label 1 shows 850 while a pair is

@@ -19,14 +19,17 @@ class CopyWalk
 {
 public:
     CopyWalk(Engine &engine, int d, int mode)
-        : m_engine(engine), m_ops(*engine.fileOps), m_d(d), m_r(d ^ 1), m_mode(mode),
+        : m_engine(engine), m_ops(engine.run().fileOps()), m_d(d), m_r(d ^ 1), m_mode(mode),
           m_counting((mode & CopyMode::CountOnly) != 0),
-          m_pipeline(m_ops, engine.CancelFlag, hooks(), !engine.DontAsk)
+          m_pipeline(m_ops, engine.run().cancelFlag(), hooks(), !engine.DontAsk)
     {}
 
     void singleFile(int index);
     // Nothing goes into a source folder whose files could not be seen.
-    bool receivingUnseen(int index) const { return m_r == 0 && m_engine.isInUnseenSource(index); }
+    bool receivingUnseen(int index) const
+    {
+        return m_r == 0 && m_engine.comparison().isInUnseenSource(index);
+    }
     void tree(int start);
     void finish() { m_pipeline.finish(); }
     // Temporary files of killed runs on the receiving side go before new ones are made.
@@ -49,7 +52,10 @@ private:
             return false;
         return !x.lacks(m_d);
     }
-    const CompareEntry &entry(int index) const { return m_engine.CompareResults[size_t(index)]; }
+    const CompareEntry &entry(int index) const
+    {
+        return m_engine.comparison().rows()[size_t(index)];
+    }
     void enterPair(int rootRow) { m_places.enter(m_engine, rootRow); }
     TreePath place(int side, const QString &full) const { return m_places.place(side, full); }
     bool makeReceivingDirectory(int index, const QString &receiving, const QString &sending);
@@ -77,9 +83,10 @@ void CopyWalk::singleFile(int index)
     const CompareEntry &e = entry(index);
     // A file under the mouse goes only the way the tree walk would send it (or either way for a
     // selected copy): synchronizing one file both ways must not put the older side over the newer.
-    if (!qualifies(e, true) || receivingUnseen(index) || m_engine.isBelowUnlisted(index, m_r))
+    if (!qualifies(e, true) || receivingUnseen(index) ||
+        m_engine.comparison().isBelowUnlisted(index, m_r))
         return;
-    enterPair(pairRootRow(m_engine.CompareResults, index));
+    enterPair(pairRootRow(m_engine.comparison().rows(), index));
     if (!m_counting) {
         const OpResult there = m_ops.checkDirectory(place(m_r, e.path(m_r)));
         if (there.error == ENOENT) {
@@ -97,14 +104,14 @@ void CopyWalk::singleFile(int index)
 void CopyWalk::tree(int start)
 {
     const int first = std::max(start, 1);
-    if (start > 0 && m_engine.isBelowUnlisted(first, m_r))
+    if (start > 0 && m_engine.comparison().isBelowUnlisted(first, m_r))
         return;
     const qsizetype depth = separatorCount(entry(first).path(m_d));
     // The depth alone would not stop at the next pair's root when that lies deeper.
     const QString inside = start > 0 ? insidePrefix(entry(first).path(m_d)) : QString();
     const QString folder = withoutTrailingSeparator(entry(first).path(m_d));
-    const int last = int(m_engine.CompareResults.size()) - 1;
-    enterPair(pairRootRow(m_engine.CompareResults, first));
+    const int last = int(m_engine.comparison().rows().size()) - 1;
+    enterPair(pairRootRow(m_engine.comparison().rows(), first));
     if (start == 0 && !m_counting)
         removeLeftovers();
 
@@ -112,7 +119,7 @@ void CopyWalk::tree(int start)
     // there after all (and newer): nothing is copied into such a directory.
     QString unseenBelow;
     for (int i = first; i <= last; ++i) {
-        if (m_engine.CancelFlag)
+        if (m_engine.run().cancelled())
             return;
         const CompareEntry &x = entry(i);
         if (i > start) {
@@ -152,7 +159,7 @@ void CopyWalk::tree(int start)
 
 void CopyWalk::removeLeftovers()
 {
-    for (const Engine::Leftover &l : m_engine.Leftovers) {
+    for (const Comparison::Leftover &l : m_engine.comparison().leftovers()) {
         if (l.side != m_r)
             continue;
         PairPlaces places;
@@ -186,7 +193,7 @@ bool CopyWalk::receivingFolderUsable(int index)
 void CopyWalk::countOrCopy(int index)
 {
     if (m_counting) {
-        m_engine.ByteTotal += entry(index).FullSize[m_d];
+        m_engine.run().addBytes(entry(index).FullSize[m_d]);
         return;
     }
     const CompareEntry &e = entry(index);
@@ -199,9 +206,9 @@ void CopyWalk::countOrCopy(int index)
     step.index = index;
     step.from = place(m_d, e.path(m_d) + e.name(m_d));
     step.to = place(m_r, e.path(m_r) + receivingName);
-    step.fromSeen = m_engine.seen(e, m_d);
+    step.fromSeen = m_engine.comparison().seen(e, m_d);
     if (replaces)
-        step.toSeen = m_engine.seen(e, m_r);
+        step.toSeen = m_engine.comparison().seen(e, m_r);
     step.size = e.FullSize[m_d];
     step.clearWhat =
         replaces && (e.Attributes[m_r] & Attr::ReadOnly) ? What::ClearReadOnlyForCopy : 0;
@@ -210,7 +217,7 @@ void CopyWalk::countOrCopy(int index)
 
 CopyPipeline::Hooks CopyWalk::hooks()
 {
-    ProgressModel &progress = m_engine.progress;
+    ProgressModel &progress = m_engine.run().progress();
     Interaction &ui = m_engine.ui();
     return {
         .started =
@@ -235,11 +242,11 @@ CopyPipeline::Hooks CopyWalk::hooks()
 void CopyWalk::report(const CopyStep &step)
 {
     if (step.what == What::MakeDirectory && step.result.ok()) {
-        ++m_engine.syncStats.directoriesCreated;
+        ++m_engine.run().stats().directoriesCreated;
         LogAction(m_engine, QStringLiteral("mkdir"), What::MakeDirectory, m_d, step.index);
     }
     if (step.what == What::Copy && step.result.ok()) {
-        SyncStats &stats = m_engine.syncStats;
+        SyncStats &stats = m_engine.run().stats();
         ++stats.filesCopied;
         stats.bytesCopied += step.size;
         ++stats.copies[size_t(m_d)];
@@ -250,25 +257,25 @@ void CopyWalk::report(const CopyStep &step)
     }
     ReportResult(m_engine, step.result, step.what, m_d, step.index);
     if (step.what == What::Copy && (!m_engine.DontAsk || m_engine.ProgressWhenUnattended))
-        m_engine.progress.FileDone(step.size);
+        m_engine.run().progress().FileDone(step.size);
 }
 
 } // namespace
 
 void CopyEntries(Engine &engine, int d, int start, int mode)
 {
-    if (engine.CompareResults.size() < 2)
+    if (engine.comparison().rows().size() < 2)
         return;
     const int first = std::max(start, 1);
     // Start 0 is always the whole list, even when the first pair's root is not a directory.
-    const bool single = start > 0 && !engine.CompareResults[size_t(first)].isDirectory();
+    const bool single = start > 0 && !engine.comparison().rows()[size_t(first)].isDirectory();
     CopyWalk walk(engine, d, mode);
     if (single)
         walk.singleFile(first);
     else
         walk.tree(start);
     walk.finish();
-    engine.fileOps->walkEnded();
+    engine.run().fileOps().walkEnded();
 }
 
 } // namespace duomir

@@ -6,17 +6,17 @@ class Engine;
 
 // Mode bits of CopyEntries.
 namespace CopyMode {
-inline constexpr int CountOnly = 1;        // add the sizes to Engine::ByteTotal, touch nothing
+inline constexpr int CountOnly = 1;        // add the sizes to the run's byte total, touch nothing
 inline constexpr int ReceivingDecides = 2; // leave out what is missing on the receiving side
 inline constexpr int IgnoreState = 4;      // copy whichever side is newer (a selected entry)
 } // namespace CopyMode
 
-// Copies the entries of CompareResults from side `d` to side `d xor 1`: the entry `start` alone
+// Copies the comparison's rows from side `d` to side `d xor 1`: the entry `start` alone
 // when it is a file, its subtree when it is a directory, every pair's rows when `start` is 0.
 // Creates missing directories (sending directory's permission bits), makes read-only targets
 // writable, and copies the marked files whose State names `d` as the newer side (or any marked
-// file with IgnoreState). Stops before the next entry once Engine::CancelFlag is set. Every
-// failure goes to ReportResult and the walk goes on. Drives Engine::progress when it is visible.
+// file with IgnoreState). Stops before the next entry once the run is cancelled. Every
+// failure goes to ReportResult and the walk goes on. Drives the run's progress when it is visible.
 // Small files are copied on worker threads (see CopyPipeline); every result is still reported on
 // the calling thread, in walk order.
 void CopyEntries(Engine &engine, int d, int start, int mode);

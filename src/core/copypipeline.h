@@ -22,7 +22,7 @@ struct CopyStep
 {
     bool isCopy = false;
     int what = 0;  // the failure bits for the report
-    int index = 0; // row of CompareResults
+    int index = 0; // row of the comparison
     TreePath from; // copies only
     TreePath to;
     Seen fromSeen;              // the sending file as the comparison saw it

@@ -21,7 +21,7 @@ class DeleteWalk
 {
 public:
     DeleteWalk(Engine &engine, int side) : m_engine(engine), m_side(side) {}
-    ~DeleteWalk() { m_engine.fileOps->walkEnded(); }
+    ~DeleteWalk() { m_engine.run().fileOps().walkEnded(); }
     DeleteWalk(const DeleteWalk &) = delete;
     DeleteWalk &operator=(const DeleteWalk &) = delete;
 
@@ -46,23 +46,24 @@ private:
 
 void DeleteWalk::deleteFile(int index)
 {
-    const CompareEntry &x = m_engine.CompareResults[size_t(index)];
+    const CompareEntry &x = m_engine.comparison().rows()[size_t(index)];
     if (m_held || m_folders.isBlocked(x.path(m_side)))
         return;
     const QString folder = withoutTrailingSeparator(x.path(m_side));
-    if (const OpResult there = m_folders.check(*m_engine.fileOps, folder, place(folder));
+    if (const OpResult there = m_folders.check(m_engine.run().fileOps(), folder, place(folder));
         !there.ok()) {
         ReportResult(m_engine, there, What::RemoveDirectory, m_side, index);
         return;
     }
     const TreePath file = place(x.path(m_side) + x.name(m_side));
     if (x.Attributes[m_side] & Attr::ReadOnly)
-        ReportResult(m_engine, m_engine.fileOps->clearReadOnly(file), What::ClearReadOnlyForDelete,
-                     m_side, index);
-    const OpResult result = m_engine.fileOps->removeFile(file, m_engine.seen(x, m_side));
+        ReportResult(m_engine, m_engine.run().fileOps().clearReadOnly(file),
+                     What::ClearReadOnlyForDelete, m_side, index);
+    const OpResult result =
+        m_engine.run().fileOps().removeFile(file, m_engine.comparison().seen(x, m_side));
     if (result.ok()) {
-        ++m_engine.syncStats.filesDeleted;
-        ++m_engine.syncStats.deletions[size_t(m_side)];
+        ++m_engine.run().stats().filesDeleted;
+        ++m_engine.run().stats().deletions[size_t(m_side)];
         LogAction(m_engine, QStringLiteral("delete"), What::DeleteFile, m_side, index);
     }
     ReportResult(m_engine, result, What::DeleteFile, m_side, index);
@@ -72,18 +73,18 @@ void DeleteWalk::deleteFile(int index)
 
 void DeleteEntries(Engine &engine, int side, int start, int mode)
 {
-    const CompareArray &rows = engine.CompareResults;
+    const CompareArray &rows = engine.comparison().rows();
     if (rows.size() < 2)
         return;
     const int first = std::max(start, 1);
     const CompareEntry &e = rows[size_t(first)];
     // Against an unlisted source every destination file looks missing there: a pair in that
     // state deletes nothing, whichever side was asked for.
-    if (start > 0 && engine.isInUnlistedPair(first))
+    if (start > 0 && engine.comparison().isInUnlistedPair(first))
         return;
     // Below a folder of the other side that could not be read, nothing is known to be missing.
     if (start > 0 && (mode & DeleteMode::OnlyMissingOnOtherSide) &&
-        engine.isBelowUnlisted(first, side ^ 1))
+        engine.comparison().isBelowUnlisted(first, side ^ 1))
         return;
     DeleteWalk walk(engine, side);
     walk.enterPair(pairRootRow(rows, first));
@@ -100,7 +101,7 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     // Only an already empty directory goes; "not empty" stays silent. A whole-list run (start 0)
     // never removes the pair's root itself: an empty root is still the place the pair names.
     if (start > 0 && !walk.held())
-        ReportResult(engine, engine.fileOps->removeDirectory(walk.place(e.path(side))),
+        ReportResult(engine, engine.run().fileOps().removeDirectory(walk.place(e.path(side))),
                      What::RemoveDirectory, side, first);
 
     const int last = int(rows.size()) - 1;
@@ -131,13 +132,13 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
                 unseenBelow = x.path(side) + u'/';
             const bool unseen = !unseenBelow.isEmpty() && x.path(side).startsWith(unseenBelow);
             if ((mode & DeleteMode::EmptiedFolders) && !unseen && x.Marked && !walk.held() &&
-                !x.lacks(side) && x.lacks(other) && !engine.isInUnlistedPair(i))
+                !x.lacks(side) && x.lacks(other) && !engine.comparison().isInUnlistedPair(i))
                 emptied.push_back(i);
             continue;
         }
         if (!unseenBelow.isEmpty() && x.path(side).startsWith(unseenBelow))
             continue;
-        if (x.lacks(side) || !x.Marked || engine.isInUnlistedPair(i))
+        if (x.lacks(side) || !x.Marked || engine.comparison().isInUnlistedPair(i))
             continue;
         if ((mode & DeleteMode::OnlyMissingOnOtherSide) && !x.lacks(other))
             continue;
@@ -147,11 +148,11 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     for (auto it = emptied.rbegin(); it != emptied.rend(); ++it) {
         const CompareEntry &x = rows[size_t(*it)];
         walk.enterPair(pairRootRow(rows, *it));
-        const OpResult r = engine.fileOps->removeDirectory(walk.place(x.path(side)));
+        const OpResult r = engine.run().fileOps().removeDirectory(walk.place(x.path(side)));
         if (r.error == ENOTEMPTY || r.error == EEXIST)
             continue;
         if (r.ok()) {
-            ++engine.syncStats.folderRemovals[size_t(side)];
+            ++engine.run().stats().folderRemovals[size_t(side)];
             LogAction(engine, QStringLiteral("remove-folder"), What::RemoveDirectory, side, *it);
         }
         ReportResult(engine, r, What::RemoveDirectory, side, *it);

@@ -15,7 +15,7 @@ inline constexpr int EmptiedFolders = 4;
 // Deletes on `side` the entry `start` when it is a file (marked or not), or the marked files of
 // its subtree when it is a directory (all pairs' rows when `start` is 0). A selected directory is
 // removed only when it is already empty; subdirectories always stay. Read-only files are made
-// writable first. Runs to the end regardless of Engine::CancelFlag; every failure goes to
+// writable first. Runs to the end even when the run is cancelled; every failure goes to
 // ReportResult.
 void DeleteEntries(Engine &engine, int side, int start, int mode);
 

@@ -37,7 +37,7 @@ PairCount countPair(const CompareArray &rows, int root, int side)
 std::vector<OversizedDeletion> FindOversizedDeletions(const Engine &engine, int side, int start)
 {
     std::vector<OversizedDeletion> found;
-    const CompareArray &rows = engine.CompareResults;
+    const CompareArray &rows = engine.comparison().rows();
     if (rows.size() < 2)
         return found;
     const int limit = engine.settings.MaxDeletePercent;
@@ -47,7 +47,7 @@ std::vector<OversizedDeletion> FindOversizedDeletions(const Engine &engine, int 
             continue;
         if (start > 0 && root != first)
             break;
-        if (engine.isInUnlistedPair(root))
+        if (engine.comparison().isInUnlistedPair(root))
             continue; // such a pair deletes nothing anyway
         const PairCount c = countPair(rows, root, side);
         const bool emptied = !c.receivingHoldsAnything && c.sendingFiles > 0;

@@ -6,7 +6,7 @@
 
 namespace duomir {
 
-Engine::Engine(Interaction &ui) : fileOps(&PosixFileOps::instance()), m_ui(&ui) {}
+Engine::Engine(Interaction &ui) : m_ui(&ui), m_run(PosixFileOps::instance()) {}
 
 void InitSettings(Engine &engine, const SettingsEnvironment &env)
 {

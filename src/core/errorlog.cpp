@@ -38,14 +38,14 @@ void ReportResult(Engine &engine, OpResult result, int what, int d, int entryInd
 
     QString source;
     QString destination;
-    if (entryIndex >= 0 && size_t(entryIndex) < engine.CompareResults.size()) {
-        const CompareEntry &e = engine.CompareResults[size_t(entryIndex)];
+    if (entryIndex >= 0 && size_t(entryIndex) < engine.comparison().rows().size()) {
+        const CompareEntry &e = engine.comparison().rows()[size_t(entryIndex)];
         if (what & 1)
             source = sideText(e, d, d, what & 2);
         if (what & 4)
             destination = sideText(e, d ^ 1, d, what & 8);
     }
-    ++engine.syncStats.failures;
+    ++engine.run().stats().failures;
 
     if (!engine.DontAsk) {
         // The labels depend on the bitwise AND of the two lengths, so some pairs of non-empty
@@ -71,9 +71,9 @@ void ReportResult(Engine &engine, OpResult result, int what, int d, int entryInd
 void LogAction(const Engine &engine, const QString &action, int what, int d, int entryIndex)
 {
     if (!engine.settings.LogActions || entryIndex < 0 ||
-        size_t(entryIndex) >= engine.CompareResults.size())
+        size_t(entryIndex) >= engine.comparison().rows().size())
         return;
-    const CompareEntry &e = engine.CompareResults[size_t(entryIndex)];
+    const CompareEntry &e = engine.comparison().rows()[size_t(entryIndex)];
     const QString source = (what & 1) ? sideText(e, d, d, what & 2) : QString();
     const QString destination = (what & 4) ? sideText(e, d ^ 1, d, what & 8) : QString();
     WriteLogLine(engine, {action, QString(), source, destination});

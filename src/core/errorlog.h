@@ -23,7 +23,7 @@ inline constexpr int DeleteFile = 35;
 inline constexpr int RemoveDirectory = 1;
 } // namespace What
 
-// Turns a failed file operation on entry `entryIndex` of CompareResults into a message box
+// Turns a failed file operation on row `entryIndex` of the comparison into a message box
 // (Critical, Ok; not with DontAsk) and a log line; a success does nothing. "Directory not empty"
 // (and EEXIST from rmdir) is expected by the deletion walk and stays silent. Never stops a walk.
 void ReportResult(Engine &engine, OpResult result, int what, int d, int entryIndex);

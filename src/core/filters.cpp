@@ -1,41 +1,44 @@
 #include "core/filters.h"
 
 #include "base/interaction.h"
-#include "core/engine.h"
+#include "core/comparison.h"
+#include "localization/language.h"
 
 namespace duomir {
 
 namespace {
 
-bool passesFileFilter(const CompareEntry &row, int fileFilter, std::size_t index)
+bool passesFileFilter(const CompareEntry &row, FileView view, std::size_t index)
 {
     const bool directory = row.isDirectory();
-    switch (fileFilter) {
-    case 1:
+    switch (view) {
+    case FileView::Modified:
         return row.State != Identical || directory;
-    case 2:
+    case FileView::ModifiedInSource:
         return row.State == ModifiedInSource || (directory && row.State != ModifiedInDestination);
-    case 3:
+    case FileView::ModifiedInDestination:
         return row.State == ModifiedInDestination || (directory && row.State != ModifiedInSource);
-    case 4:
+    case FileView::Identical:
         return index == 1 || row.State == Identical;
-    default:
-        return true;
+    case FileView::All:
+        break;
     }
+    return true;
 }
 
-bool passesSideFilter(const CompareEntry &row, int sideFilter)
+bool passesSideFilter(const CompareEntry &row, SideView view)
 {
     if (row.isDirectory())
         return true;
-    switch (sideFilter) {
-    case 1:
+    switch (view) {
+    case SideView::SameNames:
         return row.nameView(0) == row.nameView(1);
-    case 2:
+    case SideView::DifferentNames:
         return row.nameView(0) != row.nameView(1);
-    default:
-        return true;
+    case SideView::All:
+        break;
     }
+    return true;
 }
 
 } // namespace
@@ -45,7 +48,8 @@ RowIndexArray filterRows(const CompareArray &results, const FilterState &filter)
     RowIndexArray kept;
     kept.reserve(results.size());
     kept.push_back(0);
-    const bool sideFilter = filter.FileFilter != 4 && filter.SideFilter != 0;
+    const bool sideFilter =
+        filter.FileFilter != FileView::Identical && filter.SideFilter != SideView::All;
     for (std::size_t r = 1; r < results.size(); ++r) {
         const CompareEntry &row = results[r];
         if (passesFileFilter(row, filter.FileFilter, r) &&
@@ -83,23 +87,19 @@ RowCounts countRows(const CompareArray &results, const RowIndexArray &rows)
     return counts;
 }
 
-QString countText(const Engine &engine, int count, int singularKey, int pluralKey)
+QString countText(const Language &language, int count, int singularKey, int pluralKey)
 {
-    return engine.FormatMsg(count == 1 ? singularKey : pluralKey, {QString::number(count)});
+    return language.FormatMsg(QString::number(count == 1 ? singularKey : pluralKey),
+                              {QString::number(count)});
 }
 
-void BuildVisibleRows(Engine &engine, int fileFilter)
+void BuildVisibleRows(Comparison &comparison, const Language &language, Interaction &ui)
 {
-    engine.filter.FileFilter = fileFilter;
-    {
-        const Engine::RowsChange change(engine);
-        engine.VisibleRows = filterRows(engine.CompareResults, engine.filter);
-        engine.visibleCounts = countRows(engine.CompareResults, engine.VisibleRows);
-    }
-    Interaction &ui = engine.ui();
-    ui.setStatusLabel(0, countText(engine, engine.visibleCounts.files, 702, 703));
+    comparison.rebuildVisibleRows();
+    const RowCounts &counts = comparison.visibleCounts();
+    ui.setStatusLabel(0, countText(language, counts.files, 702, 703));
     ui.setStatusLabel(1, QString());
-    ui.setStatusLabel(2, countText(engine, engine.visibleCounts.directories, 712, 713));
+    ui.setStatusLabel(2, countText(language, counts.directories, 712, 713));
 }
 
 } // namespace duomir

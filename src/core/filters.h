@@ -6,7 +6,9 @@
 
 namespace duomir {
 
-class Engine;
+class Comparison;
+class Interaction;
+class Language;
 struct FilterState;
 struct RowCounts;
 
@@ -27,12 +29,11 @@ RowCounts countRows(const CompareArray &results, const RowIndexArray &rows);
 
 // The text of a count label: `singularKey` when the count is exactly 1, otherwise `pluralKey`
 // (0 included, as "0 files" reads), with the count as %1.
-QString countText(const Engine &engine, int count, int singularKey, int pluralKey);
+QString countText(const Language &language, int count, int singularKey, int pluralKey);
 
-// Stores `fileFilter` in engine.filter, rebuilds engine.VisibleRows from engine.CompareResults
-// with the current selection, counts its rows into engine.visibleCounts and shows the counts in
+// Rebuilds the comparison's visible rows with its filter selection and shows their counts in
 // status labels 0 (files: 702 for one, 703 otherwise) and 2 (directories: 712/713); label 1 is
 // cleared.
-void BuildVisibleRows(Engine &engine, int fileFilter);
+void BuildVisibleRows(Comparison &comparison, const Language &language, Interaction &ui);
 
 } // namespace duomir

@@ -38,9 +38,10 @@ constexpr TextKey MaskKeys[] = {{u"IS", &DirPair::IncludeDirs},
                                 {u"IF", &DirPair::IncludeFiles},
                                 {u"EF", &DirPair::ExcludeFiles}};
 
-int filterValue(int value, int highest)
+// A value that names no button reads as the first one.
+template <typename View> View filterValue(int value, View highest)
 {
-    return value >= 0 && value <= highest ? value : 0;
+    return value >= 0 && value <= int(highest) ? View(value) : View{};
 }
 
 } // namespace
@@ -48,7 +49,7 @@ int filterValue(int value, int highest)
 bool ReadProfile(Engine &engine)
 {
     engine.pairs.clear();
-    engine.MarkAll = true;
+    engine.comparison().setMarkAll(true);
 
     const IniFile file(engine.ProfilePath);
     const QStringList sections = file.sectionNames();
@@ -60,17 +61,22 @@ bool ReadProfile(Engine &engine)
         return false;
     }
 
-    FilterState &filter = engine.filter;
+    FilterState filter;
     filter.ShowEmptyDirs = file.readInt(ViewSection, QStringLiteral("ED"), 0) != 0;
-    filter.FileFilter = filterValue(file.readInt(ViewSection, QStringLiteral("F1"), 0), 4);
-    filter.SideFilter = filterValue(file.readInt(ViewSection, QStringLiteral("F2"), 0), 2);
-    bool *const sync[5] = {&engine.sync.Src, &engine.sync.Dest, &engine.sync.Reverse,
-                           &engine.sync.Delete, &engine.sync.Mirror};
+    filter.FileFilter =
+        filterValue(file.readInt(ViewSection, QStringLiteral("F1"), 0), FileView::Identical);
+    filter.SideFilter =
+        filterValue(file.readInt(ViewSection, QStringLiteral("F2"), 0), SideView::DifferentNames);
+    engine.comparison().setFilter(filter);
+    SyncOptions options;
+    bool *const sync[5] = {&options.Src, &options.Dest, &options.Reverse, &options.Delete,
+                           &options.Mirror};
     for (int i = 0; i < 5; ++i)
         *sync[i] = file.readInt(ViewSection, u"SO" + QString::number(i), 0) != 0;
     // The two kinds of deletion exclude each other; a hand-written profile with both deletes
     // the way the older switch does.
-    engine.sync.Mirror = engine.sync.Mirror && !engine.sync.Delete;
+    options.Mirror = options.Mirror && !options.Delete;
+    engine.run().setOptions(options);
 
     for (const QString &section : sections) {
         if (section.isEmpty() || section == ViewSection)
@@ -105,15 +111,16 @@ bool SaveProfile(Engine &engine, const QString &path)
     auto write = [&](const QString &section, const QString &key, const QString &value) {
         ok = file.writeString(section, key, text(value)) && ok;
     };
-    const FilterState &filter = engine.filter;
+    const FilterState &filter = engine.comparison().filter();
     write(ViewSection, u"ED"_qs, flag(filter.ShowEmptyDirs));
-    write(ViewSection, u"F1"_qs, QString::number(filter.FileFilter));
-    write(ViewSection, u"F2"_qs, QString::number(filter.SideFilter));
-    write(ViewSection, u"SO0"_qs, flag(engine.sync.Src));
-    write(ViewSection, u"SO1"_qs, flag(engine.sync.Dest));
-    write(ViewSection, u"SO2"_qs, flag(engine.sync.Reverse));
-    write(ViewSection, u"SO3"_qs, flag(engine.sync.Delete));
-    write(ViewSection, u"SO4"_qs, flag(engine.sync.Mirror));
+    write(ViewSection, u"F1"_qs, QString::number(int(filter.FileFilter)));
+    write(ViewSection, u"F2"_qs, QString::number(int(filter.SideFilter)));
+    const SyncOptions &options = engine.run().options();
+    write(ViewSection, u"SO0"_qs, flag(options.Src));
+    write(ViewSection, u"SO1"_qs, flag(options.Dest));
+    write(ViewSection, u"SO2"_qs, flag(options.Reverse));
+    write(ViewSection, u"SO3"_qs, flag(options.Delete));
+    write(ViewSection, u"SO4"_qs, flag(options.Mirror));
 
     for (int r = 1; r <= engine.pairs.count(); ++r) {
         const DirPair &pair = engine.pairs[r];

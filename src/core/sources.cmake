@@ -5,6 +5,9 @@ set(DUOMIR_CORE_SOURCES
     core/fileentry.h
     core/textstore.h
     core/textstore.cpp
+    core/comparison.h
+    core/comparison.cpp
+    core/syncrun.h
     core/engine.h
     core/engine.cpp
 

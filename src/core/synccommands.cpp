@@ -39,7 +39,7 @@ SyncGate ConfirmSynchronize(Engine &engine, bool listIsStale)
                             engine.FormatMsg(803));
         return SyncGate::Refused;
     }
-    if (engine.CompareResults.size() <= 1)
+    if (engine.comparison().rows().size() <= 1)
         return engine.Auto ? SyncGate::CloseProgram : SyncGate::Refused;
     // The question says what the run will do, with the numbers of this list and these options.
     if (!confirmed(engine, 804, Interaction::Icon::Exclamation,
@@ -78,7 +78,7 @@ bool ConfirmDeleteSelected(Engine &engine)
 void RunDeleteSelected(Engine &engine, int side, int entry)
 {
     showBusy(engine, 854);
-    engine.syncStats = {};
+    engine.run().stats() = {};
     BeginKeeping(engine, entry);
     DeleteEntries(engine, side, entry, 0);
 }

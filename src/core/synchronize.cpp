@@ -24,7 +24,7 @@ bool refuse(Engine &engine, int key)
 
 void writeRunLine(Engine &engine, const QString &what, int startEntry)
 {
-    const CompareArray &rows = engine.CompareResults;
+    const CompareArray &rows = engine.comparison().rows();
     // Element 0 holds no paths; a whole-list run names the first pair's directories instead.
     std::size_t index = std::size_t(startEntry) < rows.size() ? std::size_t(startEntry) : 0;
     if (index == 0 && rows[0].path(0).isEmpty() && rows.size() > 1)
@@ -33,7 +33,7 @@ void writeRunLine(Engine &engine, const QString &what, int startEntry)
     QVariantList fields{what, engine.ProfilePath, e.path(0), e.path(1)};
     // With every change logged, the end of a run says what it came to.
     if (engine.settings.LogActions && what == u"End") {
-        const SyncStats &s = engine.syncStats;
+        const SyncStats &s = engine.run().stats();
         fields << QStringLiteral("copied %1 files (%2 bytes), created %3 folders, deleted %4 "
                                  "files, %5 failures")
                       .arg(s.filesCopied)
@@ -49,15 +49,15 @@ void writeRunLine(Engine &engine, const QString &what, int startEntry)
 void endRun(Engine &engine)
 {
     engine.ui().setInputEnabled(true);
-    engine.progress.Hide();
+    engine.run().progress().Hide();
 }
 
 } // namespace
 
 bool Synchronize(Engine &engine, int startEntry)
 {
-    const SyncOptions &o = engine.sync;
-    const auto &counter = engine.compareCounters;
+    const SyncOptions &o = engine.run().options();
+    const auto &counter = engine.comparison().counters();
     if (!o.Src && !o.Dest)
         return refuse(engine, 808);
     if (counter[0] == 0 && counter[2] == 0)
@@ -68,8 +68,7 @@ bool Synchronize(Engine &engine, int startEntry)
         return refuse(engine, 810);
 
     writeRunLine(engine, QStringLiteral("Start"), startEntry);
-    engine.CancelFlag = false;
-    engine.syncStats = {};
+    engine.run().begin();
     engine.ui().setInputEnabled(false);
     BeginKeeping(engine, startEntry);
 
@@ -89,13 +88,12 @@ bool Synchronize(Engine &engine, int startEntry)
     }
 
     const int receivingDecides = oneWay && o.Delete ? CopyMode::ReceivingDecides : 0;
-    engine.ByteTotal = 0;
     if (o.Src)
         CopyEntries(engine, 0, startEntry, CopyMode::CountOnly | receivingDecides);
     if (o.Dest)
         CopyEntries(engine, 1, startEntry, CopyMode::CountOnly | receivingDecides);
     if (!engine.DontAsk || engine.ProgressWhenUnattended)
-        engine.progress.Init(engine.ByteTotal);
+        engine.run().progress().Init(engine.run().byteTotal());
     if (o.Src)
         CopyEntries(engine, 0, startEntry, receivingDecides);
     if (o.Dest)
@@ -108,14 +106,12 @@ bool Synchronize(Engine &engine, int startEntry)
 
 void CopySelected(Engine &engine, int d, int startEntry)
 {
-    engine.CancelFlag = false;
-    engine.syncStats = {};
-    engine.ByteTotal = 0;
+    engine.run().begin();
     BeginKeeping(engine, startEntry);
     CopyEntries(engine, d, startEntry, CopyMode::CountOnly | CopyMode::IgnoreState);
     engine.ui().setInputEnabled(false);
     if (!engine.DontAsk || engine.ProgressWhenUnattended)
-        engine.progress.Init(engine.ByteTotal);
+        engine.run().progress().Init(engine.run().byteTotal());
     CopyEntries(engine, d, startEntry, CopyMode::IgnoreState);
     endRun(engine);
 }
@@ -128,7 +124,7 @@ ExitStatus RunExitStatus(const Engine &engine)
         return ExitUsage;
     if (engine.DeletionsRefused > 0)
         return ExitDeletionRefused;
-    if (engine.syncStats.failures > 0 || engine.CancelFlag)
+    if (engine.run().stats().failures > 0 || engine.run().cancelled())
         return ExitFailures;
     return ExitOk;
 }

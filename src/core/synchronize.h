@@ -4,7 +4,7 @@ namespace duomir {
 
 class Engine;
 
-// The synchronize driver over Engine::CompareResults. `startEntry` 0 runs every row; a positive
+// The synchronize driver over the comparison's rows. `startEntry` 0 runs every row; a positive
 // index runs that row and, for a directory, its subtree. Checks the preconditions on the compare
 // counters and the directions (messages 808, 809, 810 with the profile path; silent with
 // DontAsk) and returns false when one refuses. Otherwise writes the "Start" log line, deletes on

@@ -97,7 +97,7 @@ void expireRunFolders(Engine &engine, const TreePath &folder, const QDateTime &o
 {
     static const QRegularExpression runName(QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d{6}$"));
     QStringList names;
-    if (!engine.fileOps->listFolders(folder, names).ok())
+    if (!engine.run().fileOps().listFolders(folder, names).ok())
         return;
     for (const QString &name : std::as_const(names)) {
         const QDateTime made = QDateTime::fromString(name, RunFolderFormat);
@@ -105,11 +105,11 @@ void expireRunFolders(Engine &engine, const TreePath &folder, const QDateTime &o
             continue;
         TreePath old = folder;
         old.relative = old.relative.isEmpty() ? name : old.relative + u'/' + name;
-        if (engine.fileOps->removeTree(old).ok())
+        if (engine.run().fileOps().removeTree(old).ok())
             WriteLogLine(engine,
                          {QStringLiteral("remove-old-versions"), QString(), QString(), old.full()});
     }
-    engine.fileOps->walkEnded();
+    engine.run().fileOps().walkEnded();
 }
 
 } // namespace
@@ -117,7 +117,7 @@ void expireRunFolders(Engine &engine, const TreePath &folder, const QDateTime &o
 void BeginKeeping(Engine &engine, int start)
 {
     const Keeping keeping = keepingFor(engine);
-    engine.fileOps->setKeeping(keeping);
+    engine.run().fileOps().setKeeping(keeping);
     const int days = engine.settings.KeepVersionsDays;
     if (keeping.mode != Keeping::Mode::Folder || days <= 0)
         return;
@@ -127,7 +127,7 @@ void BeginKeeping(Engine &engine, int start)
         expireRunFolders(engine, TreePath(keeping.folder, QString()), oldest);
         return;
     }
-    const CompareArray &rows = engine.CompareResults;
+    const CompareArray &rows = engine.comparison().rows();
     const int first = start > 0 ? pairRootRow(rows, start) : 1;
     for (int root = first; root < int(rows.size()); ++root) {
         if (!isPairRootRow(rows[size_t(root)]))

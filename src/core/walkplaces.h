@@ -16,9 +16,9 @@ class PairPlaces
 public:
     void enter(const Engine &engine, int rootRow)
     {
-        const CompareEntry &root = engine.CompareResults[size_t(rootRow)];
+        const CompareEntry &root = engine.comparison().rows()[size_t(rootRow)];
         m_roots = {pairRoot(root, 0), pairRoot(root, 1)};
-        m_ids = engine.RootIdentities.value(rootRow);
+        m_ids = engine.comparison().rootIdentities(rootRow);
     }
     TreePath place(int side, const QString &full) const
     {

@@ -123,7 +123,7 @@ int dlgProgress::fullBarWidth() const
 
 void dlgProgress::cmdCancel_Click()
 {
-    m_engine->CancelFlag = true;
+    m_engine->run().cancel();
     m_cmdCancel->setEnabled(false);
 }
 

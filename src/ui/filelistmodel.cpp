@@ -50,12 +50,12 @@ FileListModel::FileListModel(Engine &engine, QObject *parent)
                   QStringLiteral("Modified")};
     m_directoryFont.setBold(true);
     m_planner = std::make_unique<SyncPlanner>(engine);
-    m_engine->addRowsObserver(this);
+    m_engine->comparison().addRowsObserver(this);
 }
 
 FileListModel::~FileListModel()
 {
-    m_engine->removeRowsObserver(this);
+    m_engine->comparison().removeRowsObserver(this);
 }
 
 void FileListModel::rowsAboutToChange()
@@ -132,21 +132,21 @@ int FileListModel::resultIndex(int row) const
     const int v = visibleIndex(row);
     if (v <= 0)
         return 0;
-    const int r = m_engine->VisibleRows[static_cast<size_t>(v)];
+    const int r = m_engine->comparison().visibleRows()[static_cast<size_t>(v)];
     // A failed Compare drops the results while the list still names them.
-    return r > 0 && static_cast<size_t>(r) < m_engine->CompareResults.size() ? r : 0;
+    return r > 0 && static_cast<size_t>(r) < m_engine->comparison().rows().size() ? r : 0;
 }
 
 const CompareEntry *FileListModel::entry(int row) const
 {
     const int r = resultIndex(row);
-    return r > 0 ? &m_engine->CompareResults[static_cast<size_t>(r)] : nullptr;
+    return r > 0 ? &m_engine->comparison().rows()[static_cast<size_t>(r)] : nullptr;
 }
 
 void FileListModel::setMarked(int row, bool marked)
 {
     if (const int r = resultIndex(row); r > 0)
-        m_engine->CompareResults[static_cast<size_t>(r)].Marked = marked;
+        m_engine->comparison().setMarked(r, marked);
 }
 
 void FileListModel::markAll(bool marked)
@@ -163,7 +163,7 @@ int FileListModel::rowCount(const QModelIndex &parent) const
 {
     if (parent.isValid())
         return 0;
-    return std::max(0, static_cast<int>(m_engine->VisibleRows.size()) - 1);
+    return std::max(0, static_cast<int>(m_engine->comparison().visibleRows().size()) - 1);
 }
 
 int FileListModel::columnCount(const QModelIndex &parent) const
@@ -271,8 +271,8 @@ QVariant FileListModel::headerData(int section, Qt::Orientation orientation, int
 
 void FileListModel::sort(int column, Qt::SortOrder order)
 {
-    const CompareArray &results = m_engine->CompareResults;
-    const RowIndexArray &visible = m_engine->VisibleRows;
+    const CompareArray &results = m_engine->comparison().rows();
+    const RowIndexArray &visible = m_engine->comparison().visibleRows();
     const int count = rowCount();
     // Sort keys are read through the visible index; a dangling one reads as the empty root row.
     static const CompareEntry none;

@@ -14,8 +14,8 @@ namespace duomir {
 
 class SyncPlanner;
 
-// The file list flexFiles: row r shows the CompareResults entry that Engine::VisibleRows names at
-// r + 1, so a check mark lands where synchronization reads it. Nothing is stored per row but the
+// The file list flexFiles: row r shows the comparison row that its visible row r + 1 names,
+// so a check mark lands where synchronization reads it. Nothing is stored per row but the
 // sort order, so a million rows cost one int vector. It watches the engine's rows: every change of
 // their shape resets the model and drops the sort order.
 class FileListModel : public QAbstractTableModel, private RowsObserver
@@ -37,12 +37,6 @@ public:
     explicit FileListModel(Engine &engine, QObject *parent = nullptr);
     ~FileListModel() override;
 
-    // For rows put in place by hand, without an Engine::RowsChange: shows them anew.
-    void reload()
-    {
-        rowsAboutToChange();
-        rowsChanged();
-    }
     // Directions, Delete, Mirror or a mark changed: the action column shows the run anew.
     void refreshActions();
     // Dates and sizes follow the chosen language.
@@ -50,7 +44,7 @@ public:
     // Headings in column order, split at "|"; empty parts keep the built-in ones.
     void setHeadings(const QString &headings);
 
-    // The VisibleRows index shown in a model row, and the CompareResults index of that entry
+    // The visible-row index shown in a model row, and the comparison row of that entry
     // (0 when there is none).
     int visibleIndex(int row) const;
     int resultIndex(int row) const;

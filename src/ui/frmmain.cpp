@@ -68,15 +68,15 @@ frmMain::frmMain(Engine &engine, QWidget *parent) : QMainWindow(parent), m_engin
     resize(1000, 700);
 
     m_progress = new dlgProgress(engine, this);
-    engine.progress.setSink(m_progress);
+    engine.run().progress().setSink(m_progress);
     if (auto *gui = dynamic_cast<GuiInteraction *>(&engine.ui()))
         gui->setWindow(this);
 }
 
 frmMain::~frmMain()
 {
-    if (m_engine->progress.sink() == m_progress)
-        m_engine->progress.setSink(nullptr);
+    if (m_engine->run().progress().sink() == m_progress)
+        m_engine->run().progress().setSink(nullptr);
 }
 
 void frmMain::buildLayout()
@@ -234,9 +234,9 @@ QWidget *frmMain::buildFilePane()
                           24;
     for (int c : {FileListModel::SourceDateColumn, FileListModel::DestinationDateColumn})
         m_fileHeader->resizeSection(c, dateWidth);
-    m_fileHeader->setChecked(m_engine->MarkAll);
+    m_fileHeader->setChecked(m_engine->comparison().markAll());
     connect(m_fileHeader, &CheckHeader::toggled, this, [this](bool on) {
-        m_engine->MarkAll = on;
+        m_engine->comparison().setMarkAll(on);
         m_fileModel->markAll(on);
     });
     connect(m_fileHeader, &QHeaderView::sectionClicked, this, [this](int section) {
@@ -292,9 +292,10 @@ void frmMain::localize()
     describeButtons();
     if (showsCounts) {
         m_lblFilesAndDirs[1]->setText(middle);
-        const RowCounts &counts = m_engine->visibleCounts;
-        const std::array<QString, 2> texts{countText(*m_engine, counts.files, 702, 703),
-                                           countText(*m_engine, counts.directories, 712, 713)};
+        const RowCounts &counts = m_engine->comparison().visibleCounts();
+        const std::array<QString, 2> texts{
+            countText(m_engine->language, counts.files, 702, 703),
+            countText(m_engine->language, counts.directories, 712, 713)};
         for (size_t i = 0; i < texts.size(); ++i) {
             if (!texts[i].isEmpty())
                 m_lblFilesAndDirs[i * 2]->setText(texts[i]);

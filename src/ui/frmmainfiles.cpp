@@ -43,9 +43,9 @@ bool frmMain::runCompare()
         QTimer listed;
         connect(&listed, &QTimer::timeout, this, [this] {
             for (int side = 0; side < 2; ++side)
-                setStatusLabel(side * 2,
-                               m_engine->FormatMsg(855, {QLocale().toString(qint64(
-                                                            m_engine->Listed[size_t(side)]))}));
+                setStatusLabel(side * 2, m_engine->FormatMsg(
+                                             855, {QLocale().toString(qint64(
+                                                      m_engine->comparison().listedSoFar(side)))}));
         });
         listed.start(250);
         compared = Compare(*m_engine);
@@ -72,21 +72,22 @@ void frmMain::showCompareResult(bool compared)
 void frmMain::refreshFileList()
 {
     m_fileHeader->setSortIndicatorShown(false);
-    m_tbar[2]->setEnabled(m_engine->filter.FileFilter != 4);
+    m_tbar[2]->setEnabled(m_engine->comparison().filter().FileFilter != FileView::Identical);
 }
 
 void frmMain::tbar_ButtonClick(int bar, int key)
 {
-    FilterState &filter = m_engine->filter;
+    Comparison &comparison = m_engine->comparison();
+    FilterState filter = comparison.filter();
     switch (bar) {
     case 0:
         filter.ShowEmptyDirs = m_buttons[0][0]->isChecked();
         break;
     case 1:
-        filter.FileFilter = key;
+        filter.FileFilter = FileView(key);
         break;
     case 2:
-        filter.SideFilter = key;
+        filter.SideFilter = SideView(key);
         break;
     case 3:
         applySyncButtons(key);
@@ -98,9 +99,10 @@ void frmMain::tbar_ButtonClick(int bar, int key)
         m_engine->ProfileModified = true;
     if (bar == 3)
         return;
+    comparison.setFilter(filter);
     {
         const MousePointer busy;
-        BuildVisibleRows(*m_engine, filter.FileFilter);
+        BuildVisibleRows(comparison, m_engine->language, m_engine->ui());
     }
     refreshFileList();
 }
@@ -109,7 +111,7 @@ void frmMain::tbar_ButtonClick(int bar, int key)
 // three; pressing one of the two releases the other.
 void frmMain::applySyncButtons(int pressed)
 {
-    SyncOptions &sync = m_engine->sync;
+    SyncOptions sync = m_engine->run().options();
     sync.Src = m_buttons[3][0]->isChecked();
     sync.Dest = m_buttons[3][1]->isChecked();
     sync.Reverse = m_buttons[3][2]->isChecked();
@@ -127,17 +129,18 @@ void frmMain::applySyncButtons(int pressed)
     }
     sync.Delete = del->isChecked();
     sync.Mirror = mirror->isChecked();
+    m_engine->run().setOptions(sync);
     m_fileModel->refreshActions();
 }
 
 void frmMain::applyToolbarsFromEngine()
 {
-    const FilterState &filter = m_engine->filter;
-    const SyncOptions &sync = m_engine->sync;
+    const FilterState &filter = m_engine->comparison().filter();
+    const SyncOptions &sync = m_engine->run().options();
     m_buttons[0][0]->setChecked(filter.ShowEmptyDirs);
     // A value that names no button leaves its toolbar without a pressed one.
     for (int bar : {1, 2}) {
-        const int value = bar == 1 ? filter.FileFilter : filter.SideFilter;
+        const int value = bar == 1 ? int(filter.FileFilter) : int(filter.SideFilter);
         const auto &buttons = m_buttons[static_cast<size_t>(bar)];
         QActionGroup *group = buttons[0]->actionGroup();
         if (QAction *checked = group->checkedAction())
@@ -152,7 +155,7 @@ void frmMain::applyToolbarsFromEngine()
     m_buttons[3][3]->setChecked(sync.Delete);
     m_buttons[3][4]->setChecked(sync.Mirror && !sync.Delete);
     applySyncButtons();
-    m_tbar[2]->setEnabled(filter.FileFilter != 4);
+    m_tbar[2]->setEnabled(filter.FileFilter != FileView::Identical);
 }
 
 void frmMain::setInputEnabled(bool enabled)

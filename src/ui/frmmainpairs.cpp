@@ -273,7 +273,7 @@ bool frmMain::LoadProfile()
         const MousePointer busy;
         loaded = ReadProfile(*m_engine);
     }
-    m_fileHeader->setChecked(m_engine->MarkAll);
+    m_fileHeader->setChecked(m_engine->comparison().markAll());
     m_pairModel->reload();
     resizePairRows();
     applyToolbarsFromEngine();

@@ -110,7 +110,7 @@ int main(int argc, char *argv[])
                       [&engine](const QString &text) {
                           duomir::WriteLogLine(engine, {QStringLiteral("Message"), text});
                       });
-    const duomir::TerminationGuard termination(engine.CancelFlag);
+    const duomir::TerminationGuard termination(engine.run().cancelFlag());
     duomir::frmMain window(engine);
     gui.setWindow(&window);
 
@@ -130,7 +130,7 @@ int main(int argc, char *argv[])
             const QString profile = QFileInfo(engine.ProfilePath).fileName();
             duomir::notifyDesktop(
                 engine.FormatMsg(870, {profile}),
-                engine.FormatMsg(871, {QString::number(engine.syncStats.failures),
+                engine.FormatMsg(871, {QString::number(engine.run().stats().failures),
                                        duomir::logFilePath(engine, engine.now())}));
         }
         return status;

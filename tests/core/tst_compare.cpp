@@ -74,17 +74,17 @@ struct Fixture
     {
         QCOMPARE(Compare(engine), ok);
         std::array<int, 3> states{};
-        for (size_t r = 1; ok && r < engine.CompareResults.size(); ++r)
-            ++states[size_t(engine.CompareResults[r].State + 1)];
+        for (size_t r = 1; ok && r < engine.comparison().rows().size(); ++r)
+            ++states[size_t(engine.comparison().rows()[r].State + 1)];
         if (ok)
-            QCOMPARE(engine.compareCounters, states);
+            QCOMPARE(engine.comparison().counters(), states);
     }
 
     QStringList rows() const
     {
         QStringList out;
-        for (std::size_t r = 1; r < engine.CompareResults.size(); ++r)
-            out << describe(engine.CompareResults[r], tree.root() + u'/');
+        for (std::size_t r = 1; r < engine.comparison().rows().size(); ++r)
+            out << describe(engine.comparison().rows()[r], tree.root() + u'/');
         return out;
     }
 };
@@ -262,7 +262,7 @@ private Q_SLOTS:
         }
         for (const QString &pair : list(c.pairs))
             f.addPair(pair.section(u'>', 0, 0), pair.section(u'>', 1));
-        f.engine.MarkAll = c.markAll;
+        f.engine.comparison().setMarkAll(c.markAll);
         f.compare(c.ok);
         QCOMPARE(f.rows(), list(c.rows));
         QStringList shown;
@@ -306,7 +306,7 @@ private Q_SLOTS:
         QFETCH(int, sideFilter);
         QFETCH(bool, showEmpty);
         QFETCH(QList<int>, rows);
-        const FilterState filter{fileFilter, sideFilter, showEmpty};
+        const FilterState filter{FileView(fileFilter), SideView(sideFilter), showEmpty};
         const RowIndexArray visible = filterRows(sampleRows(), filter);
         QCOMPARE(QList<int>(visible.begin() + 1, visible.end()), rows);
     }
@@ -315,16 +315,17 @@ private Q_SLOTS:
     void countsAndLabels()
     {
         Fixture f;
-        f.engine.CompareResults = sampleRows();
-        f.engine.filter.ShowEmptyDirs = true;
-        BuildVisibleRows(f.engine, 3);
-        QCOMPARE(f.engine.filter.FileFilter, 3);
-        QCOMPARE(f.engine.visibleCounts.files, 1);
-        QCOMPARE(f.engine.visibleCounts.directories, 4);
+        Comparison &comparison = f.engine.comparison();
+        comparison.editRows() = sampleRows();
+        comparison.setFilter({FileView::ModifiedInDestination, SideView::All, true});
+        BuildVisibleRows(comparison, f.engine.language, f.ui);
+        QCOMPARE(comparison.visibleCounts().files, 1);
+        QCOMPARE(comparison.visibleCounts().directories, 4);
         QCOMPARE(f.ui.statusLabels, QStringList({u"1 file"_qs, QString(), u"4 folders"_qs}));
 
-        f.engine.CompareResults.resize(2); // the root alone
-        BuildVisibleRows(f.engine, 0);
+        comparison.editRows().resize(2); // the root alone
+        comparison.setFilter({});
+        BuildVisibleRows(comparison, f.engine.language, f.ui);
         QCOMPARE(f.ui.statusLabels, QStringList({u"0 files"_qs, QString(), u"0 folders"_qs}));
     }
 
@@ -498,7 +499,7 @@ private Q_SLOTS:
             names << row.section(u' ', 3, 3).mid(2);
         if (switches.contains(u'f')) {
             QVERIFY(names.removeOne(u"pipe"_qs));
-            const auto &rows = f.engine.CompareResults;
+            const auto &rows = f.engine.comparison().rows();
             QVERIFY(std::any_of(rows.begin(), rows.end(), [](const CompareEntry &r) {
                 return r.name(0) == u"pipe" && (r.Attributes[0] & Attr::System);
             }));
@@ -531,7 +532,7 @@ private Q_SLOTS:
 
         QStringList kinds;
         bool sawRaw = false;
-        for (const CompareEntry &row : f.engine.CompareResults) {
+        for (const CompareEntry &row : f.engine.comparison().rows()) {
             if (row.name(0) == u"again" || row.name(0) == u"broken")
                 kinds << row.name(0) + u':' +
                              QString::number(row.Attributes[0] & Attr::Reparse, 16);
@@ -586,9 +587,9 @@ private Q_SLOTS:
         engine.pairs.append(pair);
         QVERIFY(Compare(engine));
 
-        const CompareArray &rows = engine.CompareResults;
+        const CompareArray &rows = engine.comparison().rows();
         QCOMPARE(rows.size(), size_t(count + 3)); // element 0, the root, big, the files
-        QCOMPARE(engine.compareCounters, (std::array<int, 3>{count, 2, 0}));
+        QCOMPARE(engine.comparison().counters(), (std::array<int, 3>{count, 2, 0}));
         for (int k = 0; k < count; ++k) {
             const CompareEntry &row = rows[static_cast<size_t>(k + 3)];
             if (row.name(0).mid(1).toInt() != k + count || row.lacks(1) != (k % 10 != 0))

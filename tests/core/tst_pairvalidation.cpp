@@ -200,13 +200,14 @@ private Q_SLOTS:
         QCOMPARE(engine.pairs[1].SubDirs, false);
         QCOMPARE(engine.pairs[1].ExcludeFiles, u"*.tmp"_s);
         QCOMPARE(engine.pairs[2].IncludeDirs, u"*"_s);
-        QCOMPARE(engine.filter.FileFilter, 3);
-        QVERIFY(engine.sync.Reverse && !engine.sync.Src && !engine.sync.Dest);
+        QCOMPARE(engine.comparison().filter().FileFilter, FileView::ModifiedInDestination);
+        QVERIFY(engine.run().options().Reverse && !engine.run().options().Src &&
+                !engine.run().options().Dest);
         QVERIFY(!engine.ProfileModified);
         QVERIFY(f.ui.shown.isEmpty());
-        QVERIFY(engine.CompareResults.size() > 1); // loading compares
+        QVERIFY(engine.comparison().rows().size() > 1); // loading compares
 
-        engine.filter.ShowEmptyDirs = true;
+        engine.comparison().setFilter({.ShowEmptyDirs = true});
         engine.pairs[2].ExcludeDirs.clear();
         QVERIFY(SaveProfile(engine, engine.ProfilePath));
         const IniFile file(engine.ProfilePath);
@@ -218,7 +219,7 @@ private Q_SLOTS:
 
         QVERIFY(LoadProfile(engine));
         QCOMPARE(engine.pairs.count(), 4);
-        QVERIFY(engine.filter.ShowEmptyDirs);
+        QVERIFY(engine.comparison().filter().ShowEmptyDirs);
     }
 
     // Missing switches load as on, missing view keys as 0; a filter number naming no button is
@@ -227,15 +228,14 @@ private Q_SLOTS:
     {
         ProfileFixture f;
         f.tree.file(u"p.dyp"_s, "[0]\nF1=4\nF2=9\n[1]\nS=\n");
-        f.engine.filter.SideFilter = 1;
-        f.engine.filter.ShowEmptyDirs = true;
+        f.engine.comparison().setFilter({.SideFilter = SideView::SameNames, .ShowEmptyDirs = true});
         QVERIFY(LoadProfile(f.engine));
         QCOMPARE(f.engine.pairs.count(), 1);
         QCOMPARE(f.engine.pairs[1], DirPair::fromProfileDefaults());
-        QCOMPARE(f.engine.filter.FileFilter, 4); // the last button
-        QCOMPARE(f.engine.filter.SideFilter, 0);
-        QVERIFY(!f.engine.filter.ShowEmptyDirs);
-        QVERIFY(!f.engine.sync.Src);
+        QCOMPARE(f.engine.comparison().filter().FileFilter, FileView::Identical); // the last button
+        QCOMPARE(f.engine.comparison().filter().SideFilter, SideView::All);
+        QVERIFY(!f.engine.comparison().filter().ShowEmptyDirs);
+        QVERIFY(!f.engine.run().options().Src);
         QCOMPARE(f.ui.shown.size(), 2); // the pair's empty roots: 806, then 807
     }
 

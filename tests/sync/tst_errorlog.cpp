@@ -31,9 +31,9 @@ struct Setup
         engine.settings.LogToFile = true;
         engine.clock = [this] { return at; };
         CompareEntry e;
-        setPaths(e, engine.texts(), src, dst);
-        setNames(e, engine.texts(), name, name);
-        engine.CompareResults.push_back(e);
+        setPaths(e, engine.comparison().texts(), src, dst);
+        setNames(e, engine.comparison().texts(), name, name);
+        engine.comparison().editRows().push_back(e);
     }
     QByteArray log(const QString &day = u"20260314"_qs) const { return tree.read(day + u".log"); }
 };
@@ -102,7 +102,7 @@ private Q_SLOTS:
         QFETCH(QString, name);
         QFETCH(QByteArray, logged);
         Setup s(u"/src/"_qs, u"/dst/"_qs, name);
-        s.engine.CompareResults[1].setName(0, {});
+        s.engine.comparison().editRows()[1].setName(0, {});
         s.engine.DontAsk = true;
         ReportResult(s.engine, OpResult::failure(EACCES), 143, 1, 1);
         ReportResult(s.engine, OpResult::success(), 143, 1, 1);
@@ -110,7 +110,7 @@ private Q_SLOTS:
         QCOMPARE(s.log(), "2026-03-14 09:26:53\t\t" + QByteArray::number(EACCES) + '\t' +
                               QByteArray(std::strerror(EACCES)) + "\t/dst/" + logged + "\t/src/" +
                               logged + "\r\n");
-        QCOMPARE(s.engine.syncStats.failures, 1);
+        QCOMPARE(s.engine.run().stats().failures, 1);
     }
 
     void runLinesAndDays()

@@ -21,6 +21,7 @@
 #include "core/engine.h"
 #include "core/exitstatus.h"
 #include "core/platform/coarseclock.h"
+#include "core/scanner.h"
 #include "core/synchronize.h"
 #include "core/syncplan.h"
 
@@ -73,7 +74,7 @@ struct Fixture
 
     Fixture()
     {
-        engine.fileOps = &ops;
+        engine.run().setFileOps(ops);
         tree.dir(u"log"_qs);
         engine.DataFolder = tree.path(u"log/"_qs);
         engine.settings.LogToFile = true;
@@ -138,8 +139,8 @@ struct Fixture
     int row(const QString &relative) const
     {
         const QString full = tree.path(relative);
-        for (size_t i = 1; i < engine.CompareResults.size(); ++i) {
-            const CompareEntry &e = engine.CompareResults[i];
+        for (size_t i = 1; i < engine.comparison().rows().size(); ++i) {
+            const CompareEntry &e = engine.comparison().rows()[i];
             for (int side : {0, 1}) {
                 // A folder's row has its full path, a file's row its folder and name.
                 if (e.path(side) == full ||
@@ -151,7 +152,7 @@ struct Fixture
     }
     void sync(SyncOptions options, int startRow = 0)
     {
-        engine.sync = options;
+        engine.run().setOptions(options);
         QVERIFY(Synchronize(engine, startRow));
     }
     // A row made by hand, as a comparison that could not see everything leaves it; an empty name
@@ -161,14 +162,15 @@ struct Fixture
                          bool directory, int state = Identical)
     {
         CompareEntry e;
-        setPaths(e, engine.texts(), tree.path(u"s"_qs + place), tree.path(u"d"_qs + place));
-        setNames(e, engine.texts(), source, destination);
+        setPaths(e, engine.comparison().texts(), tree.path(u"s"_qs + place),
+                 tree.path(u"d"_qs + place));
+        setNames(e, engine.comparison().texts(), source, destination);
         const std::uint32_t attributes = directory ? Attr::Directory : 0u;
         e.Attributes = {attributes, attributes};
         e.State = state;
         e.Marked = true;
-        engine.CompareResults.push_back(e);
-        return engine.CompareResults.back();
+        engine.comparison().editRows().push_back(e);
+        return engine.comparison().editRows().back();
     }
     QString log() const
     {
@@ -365,7 +367,7 @@ private Q_SLOTS:
                 f.pair(command.section(u' ', 1, 1), place);
                 continue;
             }
-            if (f.engine.CompareResults.size() == 1) {
+            if (f.engine.comparison().rows().size() == 1) {
                 if (f.engine.pairs.isEmpty())
                     f.pair(u"s"_qs, u"d"_qs);
                 f.engine.pairs[1].ExcludeFiles = u"*.tmp"_qs;
@@ -383,12 +385,12 @@ private Q_SLOTS:
                         command.contains(u" delete"), command.contains(u" mirror")},
                        row);
         }
-        const SyncStats &done = f.engine.syncStats;
+        const SyncStats &done = f.engine.run().stats();
         const QString seen =
             u"%1 failed, %2 copied, %3 deleted, %4 bytes, %5 folders removed"_qs.arg(done.failures)
                 .arg(done.filesCopied)
                 .arg(done.filesDeleted)
-                .arg(f.engine.ByteTotal)
+                .arg(f.engine.run().byteTotal())
                 .arg(done.folderRemovals[1]);
         QCOMPARE(seen.left(counts.size()), counts);
         QCOMPARE(f.listing(), list(after));
@@ -403,11 +405,11 @@ private Q_SLOTS:
         makeDeep(QFile::encodeName(f.tree.path(u"d/sub"_qs)), 20, "from-destination.txt");
         f.compare();
         // The root, sub and its 20 levels on both sides; one file newer on each side.
-        QCOMPARE(f.engine.compareCounters, (std::array<int, 3>{1, 22, 1}));
+        QCOMPARE(f.engine.comparison().counters(), (std::array<int, 3>{1, 22, 1}));
         f.sync({true, true});
-        QCOMPARE(f.engine.syncStats.failures, 0);
+        QCOMPARE(f.engine.run().stats().failures, 0);
         f.compare();
-        QCOMPARE(f.engine.compareCounters, (std::array<int, 3>{0, 24, 0}));
+        QCOMPARE(f.engine.comparison().counters(), (std::array<int, 3>{0, 24, 0}));
     }
 
     // A folder swapped for a link between the comparison and the change (made certain through
@@ -469,7 +471,7 @@ private Q_SLOTS:
         f.sync({true, false});
         QCOMPARE(f.tree.read(edited), QByteArray("edited since"));
         QCOMPARE(f.tree.read(u"d/a.txt"_qs), QByteArray("s/a.txt"));
-        QCOMPARE(f.engine.syncStats.failures, 1);
+        QCOMPARE(f.engine.run().stats().failures, 1);
         QVERIFY2(f.log().contains(edited == u"d/c.txt"_qs
                                       ? u"exists on the receiving side but was not seen"_qs
                                       : u"changed since the comparison"_qs),
@@ -499,10 +501,10 @@ private Q_SLOTS:
         const QStringList source = f.tree.snapshot(u"s"_qs);
         for (int run = 0; run < 3; ++run) {
             f.compare();
-            f.engine.sync = {true, true};
+            f.engine.run().setOptions({true, true});
             Synchronize(f.engine, 0);
             QCOMPARE(f.tree.snapshot(u"s"_qs), source);
-            QVERIFY2(f.engine.syncStats.failures == 2,
+            QVERIFY2(f.engine.run().stats().failures == 2,
                      qPrintable(f.log())); // one file twin, one folder twin
         }
         QCOMPARE(f.tree.snapshot(u"d"_qs).size(), 3); // one file, one folder and its file
@@ -533,11 +535,11 @@ private Q_SLOTS:
         f.pair(u"s"_qs, u"stick"_qs);
         f.compare();
         f.sync({true, false});
-        QCOMPARE(f.engine.syncStats.failures, 0);
-        QCOMPARE(f.engine.syncStats.filesCopied, 2);
+        QCOMPARE(f.engine.run().stats().failures, 0);
+        QCOMPARE(f.engine.run().stats().filesCopied, 2);
         f.compare();
-        QCOMPARE(f.engine.compareCounters[0], 0);
-        QCOMPARE(f.engine.compareCounters[2], 0);
+        QCOMPARE(f.engine.comparison().counters()[0], 0);
+        QCOMPARE(f.engine.comparison().counters()[2], 0);
     }
 
     // A full disk for real: the copy fails with the system's text, the old file stays whole, no
@@ -561,7 +563,7 @@ private Q_SLOTS:
         f.pair(u"s"_qs, u"small"_qs);
         f.compare();
         f.sync({true, false});
-        QCOMPARE(f.engine.syncStats.failures, 1);
+        QCOMPARE(f.engine.run().stats().failures, 1);
         QCOMPARE(f.tree.read(u"small/big"_qs), old);
         QCOMPARE(QDir(small).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
                  (QStringList{u"big"_qs, u"z"_qs}));
@@ -612,7 +614,7 @@ private Q_SLOTS:
         f.engine.DontAsk = person.isEmpty();
         f.ui.answers = {person == u"yes"_qs ? Interaction::Answer::Yes : Interaction::Answer::No};
         f.sync({true, false, false, !mirror, mirror});
-        QCOMPARE(f.engine.syncStats.filesDeleted, deleted);
+        QCOMPARE(f.engine.run().stats().filesDeleted, deleted);
         QCOMPARE(QDir(f.tree.path(losing)).entryList(QDir::Files).size(), 10 - deleted);
         const bool held = deleted == 0;
         QCOMPARE(f.engine.DeletionsRefused, held ? 1 : 0);
@@ -635,13 +637,13 @@ private Q_SLOTS:
         f.engine.clock = [] { return QDateTime(QDate(2026, 11, 24), QTime(14, 0)); };
         f.compare();
         f.sync({true, false, false, true});
-        QCOMPARE(f.engine.syncStats.failures, 0);
+        QCOMPARE(f.engine.run().stats().failures, 0);
         QCOMPARE(f.listing(), list(u"d/Old/2026-11-24 140000/a=d/a, d/a=s/a, d/sub/kept, "
                                    u"s/Old/2026-10-25 140001/y, "
                                    u"s/Old/2026-11-24 140000/sub/gone=s/sub/gone, s/Old/notes/z, "
                                    u"s/a, s/sub/"_qs));
         f.compare();
-        for (const CompareEntry &e : f.engine.CompareResults)
+        for (const CompareEntry &e : f.engine.comparison().rows())
             QVERIFY2(!e.path(0).contains(u"/Old"_qs) && !e.path(1).contains(u"/Old"_qs),
                      qPrintable(e.path(0) + e.path(1)));
     }
@@ -689,8 +691,8 @@ private Q_SLOTS:
         f.pair(u"s"_qs, u"d"_qs);
         f.engine.pairs[1].HiddenFiles = true;
         f.compare();
-        for (size_t r = 1; r < f.engine.CompareResults.size(); ++r)
-            QVERIFY(!f.engine.CompareResults[r].name(1).contains(u"duomir"_qs));
+        for (size_t r = 1; r < f.engine.comparison().rows().size(); ++r)
+            QVERIFY(!f.engine.comparison().rows()[r].name(1).contains(u"duomir"_qs));
         f.sync({true, true});
         ::close(held);
         QCOMPARE(f.listing(),
@@ -712,13 +714,13 @@ private Q_SLOTS:
         for (const QString &name : {u"a"_qs, u"b"_qs}) {
             CompareEntry &row = f.addRow(u"/"_qs, name, QString(), false, ModifiedInSource);
             if (name == u"a")
-                setPaths(row, f.engine.texts(), f.tree.path(u"s/"_qs), QString());
+                setPaths(row, f.engine.comparison().texts(), f.tree.path(u"s/"_qs), QString());
             row.FullSize[0] = 3;
-            row.Modified[0] = FileTimeToDate(T0, f.engine.CompareUtcOffset);
+            row.Modified[0] = FileTimeToDate(T0, f.engine.comparison().utcOffset());
         }
-        f.engine.compareCounters = {2, 0, 0};
+        f.engine.comparison().countStates();
         f.sync({true, false});
-        QCOMPARE(f.engine.syncStats.failures, 1);
+        QCOMPARE(f.engine.run().stats().failures, 1);
         QCOMPARE(f.listing(), list(u"d/b=s/b, s/a, s/b"_qs)); // nothing in the working directory
         QVERIFY2(f.log().contains(u"No absolute path"), qPrintable(f.log()));
     }
@@ -734,13 +736,13 @@ private Q_SLOTS:
         f.pair(u"s"_qs, u"d"_qs);
         f.addRow(u"/"_qs, QString(), QString(), true);
         f.addRow(u"/"_qs, QString(), u"f.txt"_qs, false, ModifiedInDestination).FullSize[1] = 7;
-        f.engine.UnlistedRows.push_back({1, 2});
-        f.engine.compareCounters = {0, 0, 1};
+        f.engine.comparison().markSourceUnlisted(1, 2);
+        f.engine.comparison().countStates();
         CopySelected(f.engine, 1, 2); // the row alone, whichever side is newer
         QCOMPARE(f.tree.read(u"s/f.txt"_qs), QByteArray("s/f.txt"));
         f.sync({false, true}); // the whole list (and a fresh comparison after)
         QCOMPARE(f.tree.read(u"s/f.txt"_qs), QByteArray("s/f.txt"));
-        QCOMPARE(f.engine.syncStats.filesCopied, 0);
+        QCOMPARE(f.engine.run().stats().filesCopied, 0);
     }
 
     // A folder of the destination that could not be listed hides what it holds. A folder or file
@@ -769,8 +771,8 @@ private Q_SLOTS:
         f.addRow(u"/u/sub/"_qs, u"f.txt"_qs, QString(), false, ModifiedInSource).FullSize[0] = 13;
         CompareEntry &after = f.addRow(u"/"_qs, u"z.txt"_qs, QString(), false, ModifiedInSource);
         after.FullSize[0] = 7;
-        after.Modified[0] = FileTimeToDate(T0, f.engine.CompareUtcOffset);
-        f.engine.compareCounters = {3, 2, 0};
+        after.Modified[0] = FileTimeToDate(T0, f.engine.comparison().utcOffset());
+        f.engine.comparison().countStates();
         if (copyOnly)
             CopySelected(f.engine, 0, row);
         else
@@ -827,7 +829,7 @@ private Q_SLOTS:
         if (sourceIsFile)
             after += u", gone"_qs;
         QCOMPARE(f.listing(), list(after));
-        QCOMPARE(f.engine.syncStats.failures > 0,
+        QCOMPARE(f.engine.run().stats().failures > 0,
                  dest && !del); // with Delete the receiving side decides
     }
 
@@ -851,10 +853,10 @@ private Q_SLOTS:
         f.files(u"s/newer-s@100, d/newer-s, s/newer-d, d/newer-d@100, s/only-s, d/only-d, "
                 u"s/same=same, d/same=same, s/dir-s/in, d/dir-d/in"_qs);
         f.compare();
-        f.engine.sync = {options[0] == u'1', options[1] == u'1', false, options[2] == u'1',
-                         options[3] == u'1'};
+        f.engine.run().setOptions({options[0] == u'1', options[1] == u'1', false,
+                                   options[2] == u'1', options[3] == u'1'});
         f.engine.settings.MaxDeletePercent = 100;
-        for (CompareEntry &e : f.engine.CompareResults)
+        for (CompareEntry &e : f.engine.comparison().editRows())
             e.Marked = e.Marked && marked;
         const QStringList names{u"newer-s"_qs, u"newer-d"_qs,  u"only-s"_qs,  u"only-d"_qs,
                                 u"same"_qs,    u"dir-s/in"_qs, u"dir-d/in"_qs};
@@ -879,7 +881,7 @@ private Q_SLOTS:
             QCOMPARE(f.tree.read(u"s/"_qs + name), expected[name][0]);
             QCOMPARE(f.tree.read(u"d/"_qs + name), expected[name][1]);
         }
-        const SyncStats &done = f.engine.syncStats;
+        const SyncStats &done = f.engine.run().stats();
         QCOMPARE(done.copies, plan.copies);
         QCOMPARE(done.replaces, plan.replaces);
         QCOMPARE(done.deletions, plan.deletions);
@@ -893,20 +895,20 @@ private Q_SLOTS:
         Fixture f;
         NullSink sink;
         f.engine.DontAsk = false;
-        f.engine.progress.setSink(&sink);
+        f.engine.run().progress().setSink(&sink);
         f.files(u"s/a@100, d/b, s/c@100"_qs);
         f.tree.file(u"s/b"_qs, QByteArray(1 << 20, 'b'), T0 + 100);
         f.compare();
         f.ui.onYield = [&] {
-            if (f.engine.progress.lastPercent() >= 10)
-                f.engine.CancelFlag = true;
+            if (f.engine.run().progress().lastPercent() >= 10)
+                f.engine.run().cancel();
         };
         f.sync({true, true});
         QCOMPARE(f.tree.read(u"d/a"_qs), QByteArray("s/a"));
         QCOMPARE(f.tree.read(u"d/b"_qs), QByteArray("d/b"));
         QVERIFY(!f.tree.exists(u"d/c"_qs));
         QCOMPARE(f.tree.snapshot().filter(u".duomir-"_qs), QStringList());
-        QVERIFY(!f.engine.progress.isVisible());
+        QVERIFY(!f.engine.run().progress().isVisible());
         QCOMPARE(f.ui.shown.size(), 1); // the cancelled copy is reported like any failure
         QVERIFY(f.ui.shown[0].text.startsWith(QString::fromLocal8Bit(std::strerror(ECANCELED))));
         QVERIFY(f.log().split(u"\r\n"_qs, Qt::SkipEmptyParts).last().contains(u"\tEnd\t"));
@@ -922,8 +924,8 @@ private Q_SLOTS:
         f.compare();
         const int row = f.row(u"s/f"_qs);
         QVERIFY(::rmdir(f.tree.nativePath("d").constData()) == 0);
-        f.engine.CompareResults[size_t(row)].State = Identical;
-        f.engine.CompareResults[size_t(row)].Marked = false;
+        f.engine.comparison().editRows()[size_t(row)].State = Identical;
+        f.engine.comparison().editRows()[size_t(row)].Marked = false;
         CopySelected(f.engine, 0, row);
         QCOMPARE(f.tree.read(u"d/f"_qs), QByteArray("s/f"));
         QCOMPARE(f.tree.mode(u"d"_qs), 0750u);
@@ -947,7 +949,7 @@ private Q_SLOTS:
         QCOMPARE(f.listing(), list(u"d/a, d/b, d/c=s/c, s/a, s/b, s/c"_qs));
         QCOMPARE(f.tree.mode(u"d/b"_qs), 0654u);
         QCOMPARE(f.tree.mode(u"d/c"_qs), 0604u);
-        QCOMPARE(f.engine.syncStats.failures, 2);
+        QCOMPARE(f.engine.run().stats().failures, 2);
         const QStringList log = f.log().split(u"\r\n"_qs, Qt::SkipEmptyParts);
         QCOMPARE(log.size(), 4);
         QVERIFY2(log[1].endsWith(u'\t' + f.failureLine(ENOSPC, u"s/a"_qs, u"d/a"_qs)),
@@ -985,7 +987,7 @@ private Q_SLOTS:
             f.files(u"s/x=x@%1, d/x=x, s/y=y, d/y=y@%2"_qs.arg(newerInSource ? 100 : 0)
                         .arg(newerInDestination ? 100 : 0));
             f.compare();
-            f.engine.sync = {src, dest};
+            f.engine.run().setOptions({src, dest});
             QCOMPARE(Synchronize(f.engine, 0), runs);
             QCOMPARE(f.ui.shown.size(), runs || dontAsk ? 0 : 1);
             if (!runs && !dontAsk)

@@ -98,8 +98,8 @@ struct Fixture
     QList<bool> marks()
     {
         QList<bool> m;
-        for (size_t i = 1; i < engine.CompareResults.size(); ++i)
-            m.append(engine.CompareResults[i].Marked);
+        for (size_t i = 1; i < engine.comparison().rows().size(); ++i)
+            m.append(engine.comparison().rows()[i].Marked);
         return m;
     }
 };
@@ -244,18 +244,18 @@ private Q_SLOTS:
     }
 
     // Space on a selection sets every selected row as the first one flips. A check mark set in a
-    // filtered list reaches the entry of CompareResults that the row shows, which is what
+    // filtered list reaches the comparison's row that the list row shows, which is what
     // Synchronize reads; marking all leaves the hidden rows alone.
     void checkMarksReachTheRowsShown()
     {
         Fixture f;
-        TextStore &texts = f.engine.texts();
-        f.engine.CompareResults = {CompareEntry{}, fileRow(texts, u"a"_s, ModifiedInSource),
-                                   fileRow(texts, u"same.txt"_s, Identical),
-                                   fileRow(texts, u"new.txt"_s, ModifiedInSource),
-                                   fileRow(texts, u"old.txt"_s, ModifiedInDestination)};
-        f.engine.VisibleRows = {0, 1, 2, 4};
-        f.model.reload();
+        TextStore &texts = f.engine.comparison().texts();
+        f.engine.comparison().editRows() = {CompareEntry{},
+                                            fileRow(texts, u"a"_s, ModifiedInSource),
+                                            fileRow(texts, u"same.txt"_s, Identical),
+                                            fileRow(texts, u"new.txt"_s, ModifiedInSource),
+                                            fileRow(texts, u"old.txt"_s, ModifiedInDestination)};
+        f.engine.comparison().showRows({0, 1, 2, 4});
         QTableView *list = f.window.fileList();
         list->selectRow(0);
         list->selectionModel()->select(list->model()->index(1, 0),
@@ -276,20 +276,21 @@ private Q_SLOTS:
         constexpr int count = 200'000;
         Fixture f;
         for (int i = 0; i < count; ++i)
-            f.engine.CompareResults.push_back(fileRow(f.engine.texts(),
-                                                      u"f%1"_s.arg(count - i, 7, 10, QChar(u'0')),
-                                                      ModifiedInSource, i));
-        f.engine.VisibleRows.resize(count + 1);
-        std::iota(f.engine.VisibleRows.begin(), f.engine.VisibleRows.end(), 0);
-        f.model.reload();
+            f.engine.comparison().editRows().push_back(
+                fileRow(f.engine.comparison().texts(), u"f%1"_s.arg(count - i, 7, 10, QChar(u'0')),
+                        ModifiedInSource, i));
+        RowIndexArray all(count + 1);
+        std::iota(all.begin(), all.end(), 0);
+        f.engine.comparison().showRows(std::move(all));
         QCOMPARE(f.model.rowCount(), count);
         f.model.sort(FileListModel::NameColumn, Qt::AscendingOrder);
         QCOMPARE(f.model.index(0, FileListModel::NameColumn).data().toString(), u"f0000001"_s);
         QVERIFY(f.model.setData(f.model.index(0, 0), Qt::Unchecked, Qt::CheckStateRole));
-        QVERIFY(!f.engine.CompareResults[count].Marked && f.engine.CompareResults[1].Marked);
+        QVERIFY(!f.engine.comparison().rows()[count].Marked &&
+                f.engine.comparison().rows()[1].Marked);
         f.model.sort(FileListModel::SourceSizeColumn, Qt::DescendingOrder);
         QCOMPARE(f.model.resultIndex(0), count);
-        f.model.reload(); // a rebuilt list starts in the engine's order again
+        f.engine.comparison().rebuildVisibleRows(); // a rebuilt list starts in the rows' order
         QCOMPARE(f.model.resultIndex(0), 1);
     }
 
@@ -299,7 +300,7 @@ private Q_SLOTS:
     {
         Fixture f;
         const auto button = [&](int key) { return f.window.toolbarButton(3, key); };
-        const SyncOptions &sync = f.engine.sync;
+        const SyncOptions &sync = f.engine.run().options();
         button(1)->trigger(); // one direction
         button(3)->trigger();
         button(4)->trigger();
@@ -322,12 +323,12 @@ private Q_SLOTS:
     {
         Fixture f;
         CompareEntry root;
-        setPaths(root, f.engine.texts(), u"/s"_s, u"/d"_s);
-        f.engine.CompareResults = {CompareEntry{}, root,
-                                   fileRow(f.engine.texts(), u"new"_s, ModifiedInSource)};
-        f.engine.VisibleRows = {0, 2};
-        f.engine.compareCounters = {1, 0, 0};
-        f.model.reload();
+        setPaths(root, f.engine.comparison().texts(), u"/s"_s, u"/d"_s);
+        f.engine.comparison().editRows() = {
+            CompareEntry{}, root,
+            fileRow(f.engine.comparison().texts(), u"new"_s, ModifiedInSource)};
+        f.engine.comparison().showRows({0, 2});
+        f.engine.comparison().countStates();
         const auto tip = [&] {
             return f.model.index(0, FileListModel::StateColumn).data(Qt::ToolTipRole).toString();
         };
