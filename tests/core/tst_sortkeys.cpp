@@ -144,12 +144,6 @@ QStringList expectedPairs(const QStringList &source, const QStringList &destinat
     return out;
 }
 
-QString relativeOf(const CompareEntry &row, int side, const QString &root)
-{
-    const QString full = row.path(side) + (row.isDirectory() ? u"/"_qs : row.name(side));
-    return full.mid(root.size() + 1);
-}
-
 // Sorts both sides and merges them as a comparison of the pair texts `source` and `destination`
 // does.
 CompareArray merged(FileArray a, FileArray b, const QString &source, const QString &destination)
@@ -285,11 +279,15 @@ private Q_SLOTS:
         const CompareArray rows =
             merged(entriesFrom(u"/s"_qs, source), entriesFrom(u"/dest"_qs, destination), u"/s"_qs,
                    u"/dest"_qs);
+        // A row's path below its side's root ("/s" or "/dest"), "/" at the end for a directory.
+        const auto relative = [](const CompareEntry &row, int side) {
+            return QString(row.path(side) + (row.isDirectory() ? u"/"_qs : row.name(side)))
+                .mid(side ? 6 : 3);
+        };
         QStringList pairs;
         for (std::size_t r = 2; r < rows.size(); ++r) {
             if (!rows[r].lacks(0) && !rows[r].lacks(1))
-                pairs << relativeOf(rows[r], 0, u"/s"_qs) + u" = "_qs +
-                             relativeOf(rows[r], 1, u"/dest"_qs);
+                pairs << relative(rows[r], 0) + u" = "_qs + relative(rows[r], 1);
         }
         pairs.sort();
         QCOMPARE(pairs, expectedPairs(source, destination));
