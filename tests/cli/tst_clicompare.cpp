@@ -1,7 +1,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -79,9 +78,7 @@ private Q_SLOTS:
     {
         const CliRun r = run(u"@p.dyp --format json --filter modified --side both"_qs);
         QCOMPARE(r.code, 0);
-        QJsonParseError error;
-        const QJsonArray rows = QJsonDocument::fromJson(r.out, &error).array();
-        QCOMPARE(error.error, QJsonParseError::NoError);
+        const QJsonArray rows = QJsonDocument::fromJson(r.out).array();
         QStringList kinds;
         for (const QJsonValue &v : rows) {
             const QJsonObject o = v.toObject();
@@ -131,7 +128,7 @@ private Q_SLOTS:
             QVERIFY(r.out.isEmpty());
         // A nested pair is refused with the pair dialog's own text.
         const QByteArray tag = QTest::currentDataTag();
-        if (exitCode == 2 && (tag.contains("inside") || tag.contains("same")))
+        if (tag.contains("inside") || tag.contains("same"))
             QVERIFY2(r.err.contains("Refused; --allow-nested"), r.err.constData());
     }
 
@@ -140,16 +137,14 @@ private Q_SLOTS:
     {
         m_tree.rawFile("r\xff/inner");
         // QProcess would encode every argument as UTF-8; the shell passes the byte as it is.
-        QProcess p;
-        p.setProcessEnvironment(environmentIn(m_tree.path(u"home"_qs)));
-        p.start(u"/bin/sh"_qs, {u"-c"_qs,
-                                u"exec \"$0\" compare --source \"$1$(printf '\\377')\" "
-                                u"--destination \"$2\""_qs,
-                                qEnvironmentVariable("DUOMIR_BIN_DIR") + u"/duomir-cli",
-                                m_tree.path(u"r"_qs), m_tree.path(u"d"_qs)});
-        QVERIFY(p.waitForFinished(30000));
-        QCOMPARE(p.exitCode(), 0);
-        QCOMPARE(lineWith(p.readAllStandardOutput(), "inner"),
+        const CliRun r =
+            runCli({u"-c"_qs,
+                    u"exec \"$0\" compare --source \"$1$(printf '\\377')\" --destination \"$2\""_qs,
+                    qEnvironmentVariable("DUOMIR_BIN_DIR") + u"/duomir-cli", m_tree.path(u"r"_qs),
+                    m_tree.path(u"d"_qs)},
+                   m_tree.path(u"home"_qs), u"/bin/sh"_qs);
+        QCOMPARE(r.code, 0);
+        QCOMPARE(lineWith(r.out, "inner"),
                  "-1\t1\tf\t" + m_tree.nativePath("r\xff") + "/inner\t\t0\t\tT\t");
     }
 

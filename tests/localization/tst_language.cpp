@@ -45,10 +45,7 @@ private Q_SLOTS:
         row("value cut at 254", "1=" + QByteArray(300, 'x') + "|tip\n", "1", QString(254, u'x'),
             QString());
         row("name keys ignore case", "English=Englisch\n", "ENGLISH", u"Englisch"_qs, QString());
-        row("empty header section", "; texts\n[]\n5 = five \n", "5", u"five"_qs, QString());
         row("empty parts not stored", "1=|\n2=||\n=4\n", "1", QString(), QString());
-        row("other sections ignored", "[Other]\n5=five\n", "5", QString(), QString());
-        row("utf-8", "5=Schlie\xc3\x9f\x65n\n", "5", u"Schließen"_qs, QString());
     }
 
     void lookup()
