@@ -70,6 +70,7 @@ struct Fixture
     HookedInteraction ui;
     Engine engine{ui};
     FaultyFileOps ops{64 * 1024};
+    int unlistedRoots = 0; // by the last comparison
 
     Fixture()
     {
@@ -132,7 +133,7 @@ struct Fixture
     {
         if (engine.pairs.isEmpty())
             pair(u"s"_qs, u"d"_qs);
-        QVERIFY(Compare(engine));
+        QVERIFY(Compare(engine, &unlistedRoots));
     }
     // The row of a file or folder named by its path in the tree, on either side.
     int row(const QString &relative) const
@@ -418,6 +419,8 @@ private Q_SLOTS:
                 .arg(done.folderRemovals[1]);
         QCOMPARE(seen.left(counts.size()), counts);
         QCOMPARE(f.listing(), list(after));
+        QCOMPARE(f.unlistedRoots,
+                 commands.contains(u"pair gone") ? 1 : 0); // the unlisted rows' root
     }
 
     // Folders deeper than PATH_MAX are listed and copied like any other, both ways.
@@ -619,8 +622,7 @@ private Q_SLOTS:
     }
 
     // With a versions folder, a run keeps what it deletes and replaces under its start time,
-    // removes the run folders older than the days to keep, and never compares the folder itself
-    // (else s/Old/notes/z, which the destination lacks, would go).
+    // removes the run folders older than the days to keep, and never compares the folder itself.
     void versionsFolderKeepsAndExpires()
     {
         Fixture f;
@@ -638,6 +640,10 @@ private Q_SLOTS:
                                    u"s/Old/2026-10-25 140001/y, "
                                    u"s/Old/2026-11-24 140000/sub/gone=s/sub/gone, s/Old/notes/z, "
                                    u"s/a, s/sub/"_qs));
+        f.compare();
+        for (const CompareEntry &e : f.engine.CompareResults)
+            QVERIFY2(!e.path(0).contains(u"/Old"_qs) && !e.path(1).contains(u"/Old"_qs),
+                     qPrintable(e.path(0) + e.path(1)));
     }
 
     // With every change logged, a run can be read afterwards: one line per copy, replacement,
@@ -891,6 +897,7 @@ private Q_SLOTS:
         QCOMPARE(f.tree.mode(u"d/c"_qs), 0604u);
         f.failed(2, f.failureLine(ENOSPC, u"s/a"_qs, u"d/a"_qs));
         f.failed(2, f.failureLine(EACCES, u"s/b"_qs, u"d/b"_qs));
+        QCOMPARE(f.log().count(u"\r\n"_qs), 4); // Start, the two failures, End
     }
 
     // Refusals leave the disk and the log alone; the message waits for the person unless DontAsk.
