@@ -69,14 +69,14 @@ ssize_t FaultyFileOps::sysCopyRange(int in, int out, size_t length)
     if (copyRangeErrno != 0)
         return fail(copyRangeErrno);
     if (writeFails())
-        return fail(writeErrno);
+        return fail(ENOSPC);
     return PosixFileOps::sysCopyRange(in, out, length);
 }
 
 ssize_t FaultyFileOps::sysWrite(int fd, const void *data, size_t length)
 {
     if (writeFails())
-        return fail(writeErrno);
+        return fail(ENOSPC);
     return PosixFileOps::sysWrite(fd, data, length);
 }
 
@@ -104,8 +104,6 @@ int FaultyFileOps::sysLink(int dir, const char *from, const char *to)
 
 int FaultyFileOps::sysMkdir(int dir, const char *name, mode_t mode)
 {
-    if (mkdirErrno != 0 && hits(name))
-        return fail(mkdirErrno);
     if (caseBlind && !caseTwin(dir, name).empty())
         return fail(EEXIST);
     return PosixFileOps::sysMkdir(dir, name, mode);
@@ -115,9 +113,6 @@ int FaultyFileOps::sysUnlink(int dir, const char *name, int flags)
 {
     if (onChange)
         onChange();
-    const int error = (flags & AT_REMOVEDIR) ? rmdirErrno : unlinkErrno;
-    if (error != 0 && hits(name))
-        return fail(error);
     return PosixFileOps::sysUnlink(dir, name, flags);
 }
 
@@ -125,8 +120,6 @@ int FaultyFileOps::sysKeep(int fromDir, const char *from, int toDir, const char 
 {
     if (onChange)
         onChange();
-    if (keepErrno != 0 && hits(from))
-        return fail(keepErrno);
     if (caseBlind && byLink)
         return fail(EPERM);
     return PosixFileOps::sysKeep(fromDir, from, toDir, to, byLink);
@@ -140,13 +133,6 @@ int FaultyFileOps::sysLookup(int dir, const char *name, struct stat *st)
             return PosixFileOps::sysLookup(dir, twin.c_str(), st);
     }
     return PosixFileOps::sysLookup(dir, name, st);
-}
-
-int FaultyFileOps::sysChmod(int dir, const char *name, mode_t mode)
-{
-    if (chmodErrno != 0 && hits(name))
-        return fail(chmodErrno);
-    return PosixFileOps::sysChmod(dir, name, mode);
 }
 
 } // namespace duomir

@@ -10,24 +10,18 @@
 namespace duomir {
 
 // The real operations with chosen faults, for tests: a full disk on the Nth data write, a refused
-// rename, failing mkdir/unlink/rmdir/chmod, a source that vanished before it was opened, a file
-// system that matches names without case, and a hook that runs just before an operation reaches
-// for its place (to swap a folder for a link at that moment). A fault with a non-empty
-// `onlyPathsWith` hits only names that contain those bytes.
+// rename, a source that vanished before it was opened, a file system that matches names without
+// case, and a hook that runs just before an operation reaches for its place (to swap a folder for
+// a link at that moment). A fault with a non-empty `onlyPathsWith` hits only names that contain
+// those bytes.
 class FaultyFileOps : public PosixFileOps
 {
 public:
     using PosixFileOps::PosixFileOps;
 
-    int failWriteAt = 0; // 1-based count of data writes over the object's life; 0 = never
-    int writeErrno = ENOSPC;
+    int failWriteAt = 0; // 1-based count of data writes over the object's life (ENOSPC); 0 = never
     int copyRangeErrno = 0; // e.g. EXDEV: forces the read/write path
     int renameErrno = 0;    // 0 = no fault
-    int mkdirErrno = 0;
-    int unlinkErrno = 0;
-    int rmdirErrno = 0;
-    int chmodErrno = 0;
-    int keepErrno = 0; // moving or linking a file to where it is kept
     // A hard link answers this (rclone mount: EIO), and there is no exclusive rename either.
     int linkErrno = 0;
     bool sourcesVanish = false;
@@ -56,7 +50,6 @@ protected:
     int sysLink(int dir, const char *from, const char *to) override;
     int sysMkdir(int dir, const char *name, mode_t mode) override;
     int sysUnlink(int dir, const char *name, int flags) override;
-    int sysChmod(int dir, const char *name, mode_t mode) override;
     int sysLookup(int dir, const char *name, struct stat *st) override;
     int sysKeep(int fromDir, const char *from, int toDir, const char *to, bool byLink) override;
 

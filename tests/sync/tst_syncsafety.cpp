@@ -71,6 +71,7 @@ struct Fixture
     HookedInteraction ui;
     Engine engine{ui};
     FaultyFileOps ops{64 * 1024};
+    int unlistedRoots = 0; // by the last comparison
 
     Fixture()
     {
@@ -133,7 +134,7 @@ struct Fixture
     {
         if (engine.pairs.isEmpty())
             pair(u"s"_qs, u"d"_qs);
-        QVERIFY(Compare(engine));
+        QVERIFY(Compare(engine, &unlistedRoots));
     }
     // The row of a file or folder named by its path in the tree, on either side.
     int row(const QString &relative) const
@@ -179,11 +180,17 @@ struct Fixture
             all += QString::fromUtf8(tree.read(u"log/" + f));
         return all;
     }
+    // The run's failures, and a text its log must hold.
+    void failed(int failures, const QString &logged = {}) const
+    {
+        QCOMPARE(engine.run().stats().failures, failures);
+        QVERIFY2(log().contains(logged), qPrintable(log()));
+    }
     // The end of a failure's log line.
     QString failureLine(int code, const QString &from, const QString &to) const
     {
-        return u"\t%1\t%2\t%3\t%4"_qs.arg(code).arg(QString::fromLocal8Bit(std::strerror(code)),
-                                                    tree.path(from), tree.path(to));
+        return u"\t\t%1\t%2\t%3\t%4\r\n"_qs.arg(code).arg(
+            QString::fromLocal8Bit(std::strerror(code)), tree.path(from), tree.path(to));
     }
 };
 
@@ -350,6 +357,26 @@ private Q_SLOTS:
             << u"s<d"_qs
             << u"outside/a.txt=precious, d/sub/a.txt, d/sub/b.txt, s/sub -> ../outside"_qs
             << u"1 failed, 0 copied"_qs;
+        // A source that cannot be listed (missing, or a file) is compared as empty, so every
+        // destination file looks missing in the source. Whatever the directions and Delete, the
+        // destination keeps every file; copies towards the source fail, reported, as there is no
+        // folder to take them (a walk makes no root). A second, healthy pair is synchronized.
+        for (const QString &gone : {QString(), u"gone, "_qs}) {
+            for (const QString &dirs :
+                 {u"s<>d"_qs, u"s<d delete"_qs, u"s>d delete"_qs, u"s<d"_qs}) {
+                const bool src = dirs.contains(u'>'), dest = dirs.contains(u'<');
+                const bool del = dirs.contains(u"delete");
+                QString after = gone + u"d1/kept, d1/sub/deep, s2/new, d2/new"_qs;
+                after += src ? u"=s2/new"_qs : QString();
+                after += dest && del ? QString() : u", d2/only-d"_qs;
+                after += dest && !del ? u", s2/only-d=d2/only-d"_qs : QString();
+                QTest::addRow("unlisted source%s, %s", gone.isEmpty() ? "" : " is a file",
+                              qPrintable(dirs))
+                    << gone + u"d1/kept, d1/sub/deep, s2/new@100, d2/new, d2/only-d"_qs
+                    << u"pair gone d1; pair s2 d2; "_qs + dirs << after
+                    << (dest && !del ? u"1 failed"_qs : u"0 failed"_qs);
+            }
+        }
     }
     void walks()
     {
@@ -394,6 +421,8 @@ private Q_SLOTS:
                 .arg(done.folderRemovals[1]);
         QCOMPARE(seen.left(counts.size()), counts);
         QCOMPARE(f.listing(), list(after));
+        QCOMPARE(f.unlistedRoots,
+                 commands.contains(u"pair gone") ? 1 : 0); // the unlisted rows' root
     }
 
     // Folders deeper than PATH_MAX are listed and copied like any other, both ways.
@@ -412,70 +441,72 @@ private Q_SLOTS:
         QCOMPARE(f.engine.comparison().counters(), (std::array<int, 3>{0, 24, 0}));
     }
 
-    // A folder swapped for a link between the comparison and the change (made certain through
-    // the file layer's hook): neither the deletion nor the copy reaches the folder it names.
-    void folderSwappedForALinkMidRun_data()
+    // Changes made after the comparison are kept, and reported: a receiving file edited while
+    // the run goes on, a sending file put back from an older backup, a receiving name taken. A
+    // folder swapped for a link between the comparison and the change (made certain through the
+    // file layer's hook): neither a deletion nor a copy reaches the folder it names.
+    void changesDuringTheRun_data()
     {
+        QTest::addColumn<QString>("files");
+        QTest::addColumn<QString>(
+            "change"); // "edit PATH" or "swap FOLDER", when a.txt or sub/ is next
         QTest::addColumn<bool>("deletion");
-        QTest::addColumn<bool>("root"); // the pair's root itself instead of a folder below it
-        QTest::newRow("deletion on the sending side") << true << false;
-        QTest::newRow("copy into the receiving side") << false << false;
-        QTest::newRow("deletion, the sending root swapped") << true << true;
-        QTest::newRow("copy, the receiving root swapped") << false << true;
+        QTest::addColumn<QString>("log");
+        const QString edits = u"s/a.txt@100, s/b.txt@100, s/c.txt@100, d/a.txt, d/b.txt"_qs;
+        const QString changed = u"changed since the comparison"_qs;
+        QTest::newRow("receiving file edited") << edits << u"edit d/b.txt"_qs << false << changed;
+        QTest::newRow("sending file put back older")
+            << edits << u"edit s/b.txt"_qs << false << changed;
+        QTest::newRow("name taken on the receiving side")
+            << edits << u"edit d/c.txt"_qs << false
+            << u"exists on the receiving side but was not seen"_qs;
+        const QString gone = u"s/sub/x.txt, s/keep=, d/keep="_qs;
+        const QString copied = gone + u", d/sub/x.txt@-100"_qs;
+        const QString swapped = u"no longer the one the comparison saw"_qs;
+        QTest::newRow("deletion on the sending side")
+            << gone << u"swap s/sub"_qs << true << swapped;
+        QTest::newRow("copy into the receiving side")
+            << copied << u"swap d/sub"_qs << false << swapped;
+        QTest::newRow("deletion, the sending root swapped")
+            << gone << u"swap s"_qs << true << swapped;
+        QTest::newRow("copy, the receiving root swapped")
+            << copied << u"swap d"_qs << false << swapped;
     }
-    void folderSwappedForALinkMidRun()
+    void changesDuringTheRun()
     {
+        QFETCH(QString, files);
+        QFETCH(QString, change);
         QFETCH(bool, deletion);
-        QFETCH(bool, root);
+        QFETCH(QString, log);
         Fixture f;
-        f.files(deletion ? u"s/sub/x.txt, s/keep=, d/keep="_qs
-                         : u"s/sub/x.txt, s/keep=, d/keep=, d/sub/x.txt@-100"_qs);
+        f.files(files);
         f.compare();
+        const bool swap = change.startsWith(u"swap");
+        const QString victim = change.section(u' ', 1);
         // Outside the pair, a copy of what the swapped folder held: the same names, sizes and
         // times, so that only the place tells them apart.
-        const QString victim = (deletion ? u"s"_qs : u"d"_qs) + (root ? u""_qs : u"/sub"_qs);
-        QVERIFY(QProcess::execute(
-                    u"cp"_qs, {u"-a"_qs, f.tree.path(victim), f.tree.path(u"outside"_qs)}) == 0);
+        if (swap)
+            QCOMPARE(QProcess::execute(u"cp"_qs,
+                                       {u"-a"_qs, f.tree.path(victim), f.tree.path(u"outside"_qs)}),
+                     0);
         const QStringList outside = f.tree.snapshot(u"outside"_qs);
+        bool done = false;
         f.ops.onResolve = [&](const TreePath &place) {
-            const bool inSub = place.relative == u"sub"_qs || place.relative.startsWith(u"sub/"_qs);
-            if (!inSub || f.tree.exists(victim + u".moved"_qs))
+            if (done || !place.relative.startsWith(swap ? u"sub"_qs : u"a.txt"_qs))
                 return;
+            done = true;
+            if (!swap)
+                return f.tree.file(victim, "edited since", T0 + 50);
             QVERIFY(QDir().rename(f.tree.path(victim), f.tree.path(victim + u".moved"_qs)));
             f.tree.symlink(victim, QFile::encodeName(f.tree.path(u"outside"_qs)));
         };
         f.sync({true, false, false, deletion});
         QCOMPARE(f.tree.snapshot(u"outside"_qs), outside);
-        QVERIFY2(f.log().contains(u"no longer the one the comparison saw"_qs), qPrintable(f.log()));
-    }
-
-    // Changes made after the comparison are kept: a receiving file edited while the run goes
-    // on, and a sending file put back from an older backup, are skipped and reported.
-    void changesAfterTheComparisonAreKept_data()
-    {
-        QTest::addColumn<QString>("edited");
-        QTest::newRow("receiving file edited") << u"d/b.txt"_qs;
-        QTest::newRow("sending file put back older") << u"s/b.txt"_qs;
-        QTest::newRow("name taken on the receiving side") << u"d/c.txt"_qs;
-    }
-    void changesAfterTheComparisonAreKept()
-    {
-        QFETCH(QString, edited);
-        Fixture f;
-        f.files(u"s/a.txt@100, s/b.txt@100, s/c.txt@100, d/a.txt, d/b.txt"_qs);
-        f.compare();
-        f.ops.onResolve = [&](const TreePath &place) {
-            if (place.relative == u"a.txt"_qs) // while the run is busy with another file
-                f.tree.file(edited, "edited since", T0 + 50);
-        };
-        f.sync({true, false});
-        QCOMPARE(f.tree.read(edited), QByteArray("edited since"));
-        QCOMPARE(f.tree.read(u"d/a.txt"_qs), QByteArray("s/a.txt"));
-        QCOMPARE(f.engine.run().stats().failures, 1);
-        QVERIFY2(f.log().contains(edited == u"d/c.txt"_qs
-                                      ? u"exists on the receiving side but was not seen"_qs
-                                      : u"changed since the comparison"_qs),
-                 qPrintable(f.log()));
+        f.failed(1, log);
+        if (!swap) {
+            QCOMPARE(f.tree.read(victim), QByteArray("edited since"));
+            QCOMPARE(f.tree.read(u"d/a.txt"_qs), QByteArray("s/a.txt"));
+        }
     }
 
     // On a case-blind receiving file system the second of two case twins cannot be placed: it
@@ -542,36 +573,6 @@ private Q_SLOTS:
         QCOMPARE(f.engine.comparison().counters()[2], 0);
     }
 
-    // A full disk for real: the copy fails with the system's text, the old file stays whole, no
-    // temporary file is left, and the next file still arrives.
-    void fullDiskOnTmpfs()
-    {
-        Fixture f;
-        f.tree.dir(u"small"_qs);
-        const QString small = f.tree.path(u"small"_qs);
-        if (QProcess::execute(u"mount"_qs, {u"-t"_qs, u"tmpfs"_qs, u"-o"_qs, u"size=1m"_qs,
-                                            u"tmpfs"_qs, small}) != 0)
-            QSKIP("mounting a small tmpfs is not permitted here");
-        const Undo undo{{{u"umount"_qs, small}}};
-        const QByteArray old(200 * 1024, 'o');
-        f.tree.file(u"small/big"_qs, old, T0);
-        // Too large to be copied beside other files: it fills the disk alone, and the small file
-        // after it finds room again whatever the timing of the copy threads.
-        const auto bigSize = qsizetype(f.ops.parallelCopyLimit()) + 1024 * 1024;
-        f.tree.file(u"s/big"_qs, QByteArray(bigSize, 'n'), T0 + 100);
-        f.files(u"small/z, s/z@100"_qs);
-        f.pair(u"s"_qs, u"small"_qs);
-        f.compare();
-        f.sync({true, false});
-        QCOMPARE(f.engine.run().stats().failures, 1);
-        QCOMPARE(f.tree.read(u"small/big"_qs), old);
-        QCOMPARE(QDir(small).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-                 (QStringList{u"big"_qs, u"z"_qs}));
-        QCOMPARE(f.tree.read(u"small/z"_qs), QByteArray("s/z"));
-        QVERIFY2(f.log().contains(f.failureLine(ENOSPC, u"s/big"_qs, u"small/big"_qs) + u"\r\n"),
-                 qPrintable(f.log()));
-    }
-
     // The deletion guard: a deletion step that would take more than the limit of a pair's files,
     // or finds the receiving side empty, is asked about, and without a person not run at all.
     void deletionGuard_data()
@@ -619,8 +620,7 @@ private Q_SLOTS:
         const bool held = deleted == 0;
         QCOMPARE(f.engine.DeletionsRefused, held ? 1 : 0);
         QCOMPARE(RunExitStatus(f.engine), held ? ExitDeletionRefused : ExitOk);
-        if (held)
-            QVERIFY2(f.log().contains(u"DeletionRefused"_qs), qPrintable(f.log()));
+        QCOMPARE(f.log().contains(u"DeletionRefused"_qs), held);
     }
 
     // With a versions folder, a run keeps what it deletes and replaces under its start time,
@@ -673,9 +673,7 @@ private Q_SLOTS:
             (QStringList{u"copy "_qs + s + u"a " + d + u"a", u"replace "_qs + s + u"b " + d + u"b",
                          u"mkdir  "_qs + d + u"sub", u"copy "_qs + s + u"sub/c " + d + u"sub/c",
                          u"delete "_qs + d + u"gone "}));
-        QVERIFY2(f.log().contains(u"copied 0 files (0 bytes), created 0 folders, deleted 1 files, "
-                                  u"0 failures"_qs),
-                 qPrintable(f.log()));
+        f.failed(0, u"copied 0 files (0 bytes), created 0 folders, deleted 1 files, 0 failures"_qs);
     }
 
     // The temporary files of a killed run are never listed as the user's files, and the next run
@@ -720,9 +718,8 @@ private Q_SLOTS:
         }
         f.engine.comparison().countStates();
         f.sync({true, false});
-        QCOMPARE(f.engine.run().stats().failures, 1);
+        f.failed(1, u"No absolute path"_qs);
         QCOMPARE(f.listing(), list(u"d/b=s/b, s/a, s/b"_qs)); // nothing in the working directory
-        QVERIFY2(f.log().contains(u"No absolute path"), qPrintable(f.log()));
     }
 
     // A source folder that exists but could not be listed (a permission, a failing network
@@ -782,55 +779,6 @@ private Q_SLOTS:
         // Past the unseen folder the walk copies again.
         if (row == 0)
             QVERIFY2(f.tree.read(u"d/z.txt"_qs) == "s/z.txt", qPrintable(f.log()));
-    }
-
-    // A source that cannot be listed is compared as empty, so every destination file looks
-    // missing in the source. Whatever the directions and Delete, the destination keeps every file;
-    // copies towards the source fail, reported, as there is no folder to take them (a walk makes
-    // no root). A second, healthy pair of the same run is synchronized as usual.
-    void unlistedSourceKeepsDestinationWhole_data()
-    {
-        QTest::addColumn<bool>("src");
-        QTest::addColumn<bool>("dest");
-        QTest::addColumn<bool>("del");
-        QTest::addColumn<bool>("sourceIsFile");
-        for (bool sourceIsFile : {false, true}) {
-            const char *kind = sourceIsFile ? "source is a file" : "source missing";
-            QTest::addRow("%s, both ways", kind) << true << true << false << sourceIsFile;
-            QTest::addRow("%s, to source with delete", kind)
-                << false << true << true << sourceIsFile;
-            QTest::addRow("%s, to destination with delete", kind)
-                << true << false << true << sourceIsFile;
-            QTest::addRow("%s, to source", kind) << false << true << false << sourceIsFile;
-        }
-    }
-    void unlistedSourceKeepsDestinationWhole()
-    {
-        QFETCH(bool, src);
-        QFETCH(bool, dest);
-        QFETCH(bool, del);
-        QFETCH(bool, sourceIsFile);
-        Fixture f;
-        f.files(sourceIsFile ? u"gone, d1/kept, d1/sub/deep, s2/new@100, d2/new, d2/only-d"_qs
-                             : u"d1/kept, d1/sub/deep, s2/new@100, d2/new, d2/only-d"_qs);
-        f.pair(u"gone"_qs, u"d1"_qs);
-        f.pair(u"s2"_qs, u"d2"_qs);
-        int unlisted = 0;
-        QVERIFY(Compare(f.engine, &unlisted));
-        QCOMPARE(unlisted, 1);
-        f.sync({src, dest, false, del});
-        // The healthy pair went its way.
-        QString after = u"d1/kept, d1/sub/deep, s2/new, "_qs;
-        after += src ? u"d2/new=s2/new"_qs : u"d2/new"_qs;
-        if (!(dest && del))
-            after += u", d2/only-d"_qs;
-        if (dest && !del)
-            after += u", s2/only-d=d2/only-d"_qs;
-        if (sourceIsFile)
-            after += u", gone"_qs;
-        QCOMPARE(f.listing(), list(after));
-        QCOMPARE(f.engine.run().stats().failures > 0,
-                 dest && !del); // with Delete the receiving side decides
     }
 
     // One direction with Delete, or a mirror, for every choice of directions and marks: each
@@ -949,13 +897,9 @@ private Q_SLOTS:
         QCOMPARE(f.listing(), list(u"d/a, d/b, d/c=s/c, s/a, s/b, s/c"_qs));
         QCOMPARE(f.tree.mode(u"d/b"_qs), 0654u);
         QCOMPARE(f.tree.mode(u"d/c"_qs), 0604u);
-        QCOMPARE(f.engine.run().stats().failures, 2);
-        const QStringList log = f.log().split(u"\r\n"_qs, Qt::SkipEmptyParts);
-        QCOMPARE(log.size(), 4);
-        QVERIFY2(log[1].endsWith(u'\t' + f.failureLine(ENOSPC, u"s/a"_qs, u"d/a"_qs)),
-                 qPrintable(log[1]));
-        QVERIFY2(log[2].endsWith(u'\t' + f.failureLine(EACCES, u"s/b"_qs, u"d/b"_qs)),
-                 qPrintable(log[2]));
+        f.failed(2, f.failureLine(ENOSPC, u"s/a"_qs, u"d/a"_qs));
+        f.failed(2, f.failureLine(EACCES, u"s/b"_qs, u"d/b"_qs));
+        QCOMPARE(f.log().count(u"\r\n"_qs), 4); // Start, the two failures, End
     }
 
     // Refusals leave the disk and the log alone; the message waits for the person unless DontAsk.
