@@ -4,11 +4,12 @@
 #include <cerrno>
 
 #include "base/interaction.h"
+#include "core/comparison.h"
 #include "core/copypipeline.h"
-#include "core/engine.h"
 #include "core/errorlog.h"
 #include "core/platform/fileops.h"
 #include "core/syncpaths.h"
+#include "core/syncrun.h"
 #include "core/walkplaces.h"
 
 namespace duomir {
@@ -18,17 +19,17 @@ namespace {
 class CopyWalk
 {
 public:
-    CopyWalk(Engine &engine, int d, int mode)
-        : m_engine(engine), m_ops(engine.run().fileOps()), m_d(d), m_r(d ^ 1), m_mode(mode),
-          m_counting((mode & CopyMode::CountOnly) != 0),
-          m_pipeline(m_ops, engine.run().cancelFlag(), hooks(), !engine.DontAsk)
+    CopyWalk(const Comparison &comparison, SyncRun &run, Reporter &reporter, int d, CopyModes mode)
+        : m_comparison(comparison), m_run(run), m_reporter(reporter), m_ops(run.fileOps()), m_d(d),
+          m_r(d ^ 1), m_mode(mode), m_counting(mode.testFlag(CopyMode::CountOnly)),
+          m_pipeline(m_ops, run.cancelFlag(), hooks(), reporter.asks())
     {}
 
     void singleFile(int index);
     // Nothing goes into a source folder whose files could not be seen.
     bool receivingUnseen(int index) const
     {
-        return m_r == 0 && m_engine.comparison().isInUnseenSource(index);
+        return m_r == 0 && m_comparison.isInUnseenSource(index);
     }
     void tree(int start);
     void finish() { m_pipeline.finish(); }
@@ -44,19 +45,16 @@ private:
     // the marked files are.
     bool qualifies(const CompareEntry &x, bool selected) const
     {
-        if (!x.Marked && !(selected && (m_mode & CopyMode::IgnoreState)))
+        if (!x.Marked && !(selected && m_mode.testFlag(CopyMode::IgnoreState)))
             return false;
-        if (x.State != sendingState() && !(m_mode & CopyMode::IgnoreState))
+        if (x.State != sendingState() && !m_mode.testFlag(CopyMode::IgnoreState))
             return false;
-        if (x.lacks(m_r) && (m_mode & CopyMode::ReceivingDecides))
+        if (x.lacks(m_r) && m_mode.testFlag(CopyMode::ReceivingDecides))
             return false;
         return !x.lacks(m_d);
     }
-    const CompareEntry &entry(int index) const
-    {
-        return m_engine.comparison().rows()[size_t(index)];
-    }
-    void enterPair(int rootRow) { m_places.enter(m_engine, rootRow); }
+    const CompareEntry &entry(int index) const { return m_comparison.row(index); }
+    void enterPair(int rootRow) { m_places.enter(m_comparison, rootRow); }
     TreePath place(int side, const QString &full) const { return m_places.place(side, full); }
     bool makeReceivingDirectory(int index, const QString &receiving, const QString &sending);
     // Whether the receiving folder of row `index` may be written to; a folder that is no longer
@@ -66,11 +64,13 @@ private:
     CopyPipeline::Hooks hooks();
     void report(const CopyStep &step);
 
-    Engine &m_engine;
+    const Comparison &m_comparison;
+    SyncRun &m_run;
+    Reporter &m_reporter;
     FileOps &m_ops;
     int m_d;
     int m_r;
-    int m_mode;
+    CopyModes m_mode;
     bool m_counting;
     PairPlaces m_places;
     // Below a receiving folder that could not be made or reached, nothing is copied.
@@ -83,10 +83,9 @@ void CopyWalk::singleFile(int index)
     const CompareEntry &e = entry(index);
     // A file under the mouse goes only the way the tree walk would send it (or either way for a
     // selected copy): synchronizing one file both ways must not put the older side over the newer.
-    if (!qualifies(e, true) || receivingUnseen(index) ||
-        m_engine.comparison().isBelowUnlisted(index, m_r))
+    if (!qualifies(e, true) || receivingUnseen(index) || m_comparison.isBelowUnlisted(index, m_r))
         return;
-    enterPair(pairRootRow(m_engine.comparison().rows(), index));
+    enterPair(pairRootRow(m_comparison.rows(), index));
     if (!m_counting) {
         const OpResult there = m_ops.checkDirectory(place(m_r, e.path(m_r)));
         if (there.error == ENOENT) {
@@ -104,14 +103,14 @@ void CopyWalk::singleFile(int index)
 void CopyWalk::tree(int start)
 {
     const int first = std::max(start, 1);
-    if (start > 0 && m_engine.comparison().isBelowUnlisted(first, m_r))
+    if (start > 0 && m_comparison.isBelowUnlisted(first, m_r))
         return;
     const qsizetype depth = separatorCount(entry(first).path(m_d));
     // The depth alone would not stop at the next pair's root when that lies deeper.
     const QString inside = start > 0 ? insidePrefix(entry(first).path(m_d)) : QString();
     const QString folder = withoutTrailingSeparator(entry(first).path(m_d));
-    const int last = int(m_engine.comparison().rows().size()) - 1;
-    enterPair(pairRootRow(m_engine.comparison().rows(), first));
+    const int last = int(m_comparison.rows().size()) - 1;
+    enterPair(pairRootRow(m_comparison.rows(), first));
     if (start == 0 && !m_counting)
         removeLeftovers();
 
@@ -119,7 +118,7 @@ void CopyWalk::tree(int start)
     // there after all (and newer): nothing is copied into such a directory.
     QString unseenBelow;
     for (int i = first; i <= last; ++i) {
-        if (m_engine.run().cancelled())
+        if (m_run.cancelled())
             return;
         const CompareEntry &x = entry(i);
         if (i > start) {
@@ -144,8 +143,8 @@ void CopyWalk::tree(int start)
                 unseenBelow = x.path(m_r) + u'/';
             // Nothing is made inside a receiving folder that could not be listed either.
             const bool unseen = !unseenBelow.isEmpty() && x.path(m_r).startsWith(unseenBelow);
-            if (!(m_mode & CopyMode::ReceivingDecides) && x.State == sendingState() && x.Marked &&
-                !m_counting && !unseen)
+            if (!m_mode.testFlag(CopyMode::ReceivingDecides) && x.State == sendingState() &&
+                x.Marked && !m_counting && !unseen)
                 makeReceivingDirectory(i, x.path(m_r), x.path(m_d));
             continue;
         }
@@ -159,16 +158,16 @@ void CopyWalk::tree(int start)
 
 void CopyWalk::removeLeftovers()
 {
-    for (const Comparison::Leftover &l : m_engine.comparison().leftovers()) {
+    for (const Comparison::Leftover &l : m_comparison.leftovers()) {
         if (l.side != m_r)
             continue;
         PairPlaces places;
-        places.enter(m_engine, l.rootRow);
+        places.enter(m_comparison, l.rootRow);
         const TreePath leftover = places.place(m_r, l.path);
         // Every file removed without a row of its own is named in the log.
         if (m_ops.removeLeftover(leftover).ok())
-            WriteLogLine(m_engine, {QStringLiteral("remove-leftover"), QString(), QString(),
-                                    leftover.full()});
+            m_reporter.writeLine(
+                {QStringLiteral("remove-leftover"), QString(), QString(), leftover.full()});
     }
 }
 
@@ -193,7 +192,7 @@ bool CopyWalk::receivingFolderUsable(int index)
 void CopyWalk::countOrCopy(int index)
 {
     if (m_counting) {
-        m_engine.run().addBytes(entry(index).FullSize[m_d]);
+        m_run.addBytes(entry(index).FullSize[m_d]);
         return;
     }
     const CompareEntry &e = entry(index);
@@ -206,9 +205,9 @@ void CopyWalk::countOrCopy(int index)
     step.index = index;
     step.from = place(m_d, e.path(m_d) + e.name(m_d));
     step.to = place(m_r, e.path(m_r) + receivingName);
-    step.fromSeen = m_engine.comparison().seen(e, m_d);
+    step.fromSeen = m_comparison.seen(e, m_d);
     if (replaces)
-        step.toSeen = m_engine.comparison().seen(e, m_r);
+        step.toSeen = m_comparison.seen(e, m_r);
     step.size = e.FullSize[m_d];
     step.clearWhat =
         replaces && (e.Attributes[m_r] & Attr::ReadOnly) ? What::ClearReadOnlyForCopy : 0;
@@ -217,8 +216,8 @@ void CopyWalk::countOrCopy(int index)
 
 CopyPipeline::Hooks CopyWalk::hooks()
 {
-    ProgressModel &progress = m_engine.run().progress();
-    Interaction &ui = m_engine.ui();
+    ProgressModel &progress = m_run.progress();
+    Interaction &ui = m_reporter.ui();
     return {
         .started =
             [this, &progress, &ui](const CopyStep &step) {
@@ -242,40 +241,41 @@ CopyPipeline::Hooks CopyWalk::hooks()
 void CopyWalk::report(const CopyStep &step)
 {
     if (step.what == What::MakeDirectory && step.result.ok()) {
-        ++m_engine.run().stats().directoriesCreated;
-        LogAction(m_engine, QStringLiteral("mkdir"), What::MakeDirectory, m_d, step.index);
+        ++m_run.stats().directoriesCreated;
+        m_reporter.logAction(QStringLiteral("mkdir"), What::MakeDirectory, m_d, step.index);
     }
     if (step.what == What::Copy && step.result.ok()) {
-        SyncStats &stats = m_engine.run().stats();
+        SyncStats &stats = m_run.stats();
         ++stats.filesCopied;
         stats.bytesCopied += step.size;
         ++stats.copies[size_t(m_d)];
         stats.bytes[size_t(m_d)] += step.size;
         stats.replaces[size_t(m_d)] += step.toSeen ? 1 : 0;
-        LogAction(m_engine, step.toSeen ? QStringLiteral("replace") : QStringLiteral("copy"),
-                  What::Copy, m_d, step.index);
+        m_reporter.logAction(step.toSeen ? QStringLiteral("replace") : QStringLiteral("copy"),
+                             What::Copy, m_d, step.index);
     }
-    ReportResult(m_engine, step.result, step.what, m_d, step.index);
-    if (step.what == What::Copy && (!m_engine.DontAsk || m_engine.ProgressWhenUnattended))
-        m_engine.run().progress().FileDone(step.size);
+    m_reporter.report(step.result, step.what, m_d, step.index);
+    if (step.what == What::Copy && m_run.progress().isVisible())
+        m_run.progress().FileDone(step.size);
 }
 
 } // namespace
 
-void CopyEntries(Engine &engine, int d, int start, int mode)
+void CopyEntries(const Comparison &comparison, SyncRun &run, Reporter &reporter, int d, int start,
+                 CopyModes mode)
 {
-    if (engine.comparison().rows().size() < 2)
+    if (comparison.lastRow() < 1)
         return;
     const int first = std::max(start, 1);
     // Start 0 is always the whole list, even when the first pair's root is not a directory.
-    const bool single = start > 0 && !engine.comparison().rows()[size_t(first)].isDirectory();
-    CopyWalk walk(engine, d, mode);
+    const bool single = start > 0 && !comparison.row(first).isDirectory();
+    CopyWalk walk(comparison, run, reporter, d, mode);
     if (single)
         walk.singleFile(first);
     else
         walk.tree(start);
     walk.finish();
-    engine.run().fileOps().walkEnded();
+    run.fileOps().walkEnded();
 }
 
 } // namespace duomir

@@ -4,10 +4,11 @@
 #include <cerrno>
 #include <vector>
 
-#include "core/engine.h"
+#include "core/comparison.h"
 #include "core/errorlog.h"
 #include "core/platform/fileops.h"
 #include "core/syncpaths.h"
+#include "core/syncrun.h"
 #include "core/walkplaces.h"
 
 namespace duomir {
@@ -20,16 +21,18 @@ namespace {
 class DeleteWalk
 {
 public:
-    DeleteWalk(Engine &engine, int side) : m_engine(engine), m_side(side) {}
-    ~DeleteWalk() { m_engine.run().fileOps().walkEnded(); }
+    DeleteWalk(const Comparison &comparison, SyncRun &run, Reporter &reporter, int side)
+        : m_comparison(comparison), m_run(run), m_reporter(reporter), m_side(side)
+    {}
+    ~DeleteWalk() { m_run.fileOps().walkEnded(); }
     DeleteWalk(const DeleteWalk &) = delete;
     DeleteWalk &operator=(const DeleteWalk &) = delete;
 
     void enterPair(int rootRow)
     {
-        m_places.enter(m_engine, rootRow);
+        m_places.enter(m_comparison, rootRow);
         m_folders.reset();
-        const std::vector<int> &held = m_engine.DeletionRefusedRoots;
+        const std::vector<int> &held = m_run.refusedRoots();
         m_held = std::find(held.begin(), held.end(), rootRow) != held.end();
     }
     TreePath place(const QString &full) const { return m_places.place(m_side, full); }
@@ -37,7 +40,9 @@ public:
     bool held() const { return m_held; }
 
 private:
-    Engine &m_engine;
+    const Comparison &m_comparison;
+    SyncRun &m_run;
+    Reporter &m_reporter;
     int m_side;
     PairPlaces m_places;
     bool m_held = false; // the deletion guard held this pair back
@@ -46,53 +51,53 @@ private:
 
 void DeleteWalk::deleteFile(int index)
 {
-    const CompareEntry &x = m_engine.comparison().rows()[size_t(index)];
+    const CompareEntry &x = m_comparison.row(index);
     if (m_held || m_folders.isBlocked(x.path(m_side)))
         return;
     const QString folder = withoutTrailingSeparator(x.path(m_side));
-    if (const OpResult there = m_folders.check(m_engine.run().fileOps(), folder, place(folder));
+    if (const OpResult there = m_folders.check(m_run.fileOps(), folder, place(folder));
         !there.ok()) {
-        ReportResult(m_engine, there, What::RemoveDirectory, m_side, index);
+        m_reporter.report(there, What::RemoveDirectory, m_side, index);
         return;
     }
     const TreePath file = place(x.path(m_side) + x.name(m_side));
     if (x.Attributes[m_side] & Attr::ReadOnly)
-        ReportResult(m_engine, m_engine.run().fileOps().clearReadOnly(file),
-                     What::ClearReadOnlyForDelete, m_side, index);
-    const OpResult result =
-        m_engine.run().fileOps().removeFile(file, m_engine.comparison().seen(x, m_side));
+        m_reporter.report(m_run.fileOps().clearReadOnly(file), What::ClearReadOnlyForDelete, m_side,
+                          index);
+    const OpResult result = m_run.fileOps().removeFile(file, m_comparison.seen(x, m_side));
     if (result.ok()) {
-        ++m_engine.run().stats().filesDeleted;
-        ++m_engine.run().stats().deletions[size_t(m_side)];
-        LogAction(m_engine, QStringLiteral("delete"), What::DeleteFile, m_side, index);
+        ++m_run.stats().filesDeleted;
+        ++m_run.stats().deletions[size_t(m_side)];
+        m_reporter.logAction(QStringLiteral("delete"), What::DeleteFile, m_side, index);
     }
-    ReportResult(m_engine, result, What::DeleteFile, m_side, index);
+    m_reporter.report(result, What::DeleteFile, m_side, index);
 }
 
 } // namespace
 
-void DeleteEntries(Engine &engine, int side, int start, int mode)
+void DeleteEntries(const Comparison &comparison, SyncRun &run, Reporter &reporter, int side,
+                   int start, DeleteModes mode)
 {
-    const CompareArray &rows = engine.comparison().rows();
+    const CompareArray &rows = comparison.rows();
     if (rows.size() < 2)
         return;
     const int first = std::max(start, 1);
     const CompareEntry &e = rows[size_t(first)];
     // Against an unlisted source every destination file looks missing there: a pair in that
     // state deletes nothing, whichever side was asked for.
-    if (start > 0 && engine.comparison().isInUnlistedPair(first))
+    if (start > 0 && comparison.isInUnlistedPair(first))
         return;
     // Below a folder of the other side that could not be read, nothing is known to be missing.
-    if (start > 0 && (mode & DeleteMode::OnlyMissingOnOtherSide) &&
-        engine.comparison().isBelowUnlisted(first, side ^ 1))
+    if (start > 0 && mode.testFlag(DeleteMode::OnlyMissingOnOtherSide) &&
+        comparison.isBelowUnlisted(first, side ^ 1))
         return;
-    DeleteWalk walk(engine, side);
+    DeleteWalk walk(comparison, run, reporter, side);
     walk.enterPair(pairRootRow(rows, first));
     if (start > 0 && !e.isDirectory()) {
         // Synchronizing one file with Delete must not delete it when the other side has it: the
         // copy that follows would then have nothing to send, and the newer file would be gone.
         const bool onOtherSide = !e.lacks(side ^ 1);
-        if (!e.lacks(side) && !((mode & DeleteMode::OnlyMissingOnOtherSide) && onOtherSide))
+        if (!e.lacks(side) && !(mode.testFlag(DeleteMode::OnlyMissingOnOtherSide) && onOtherSide))
             walk.deleteFile(first);
         return;
     }
@@ -101,8 +106,8 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     // Only an already empty directory goes; "not empty" stays silent. A whole-list run (start 0)
     // never removes the pair's root itself: an empty root is still the place the pair names.
     if (start > 0 && !walk.held())
-        ReportResult(engine, engine.run().fileOps().removeDirectory(walk.place(e.path(side))),
-                     What::RemoveDirectory, side, first);
+        reporter.report(run.fileOps().removeDirectory(walk.place(e.path(side))),
+                        What::RemoveDirectory, side, first);
 
     const int last = int(rows.size()) - 1;
     const int other = side ^ 1;
@@ -127,20 +132,20 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
                 break;
             if (!unseenBelow.isEmpty() && !x.path(side).startsWith(unseenBelow))
                 unseenBelow.clear();
-            if (unseenBelow.isEmpty() && (mode & DeleteMode::OnlyMissingOnOtherSide) &&
+            if (unseenBelow.isEmpty() && mode.testFlag(DeleteMode::OnlyMissingOnOtherSide) &&
                 (x.Attributes[other] & Attr::Unlisted))
                 unseenBelow = x.path(side) + u'/';
             const bool unseen = !unseenBelow.isEmpty() && x.path(side).startsWith(unseenBelow);
-            if ((mode & DeleteMode::EmptiedFolders) && !unseen && x.Marked && !walk.held() &&
-                !x.lacks(side) && x.lacks(other) && !engine.comparison().isInUnlistedPair(i))
+            if (mode.testFlag(DeleteMode::EmptiedFolders) && !unseen && x.Marked && !walk.held() &&
+                !x.lacks(side) && x.lacks(other) && !comparison.isInUnlistedPair(i))
                 emptied.push_back(i);
             continue;
         }
         if (!unseenBelow.isEmpty() && x.path(side).startsWith(unseenBelow))
             continue;
-        if (x.lacks(side) || !x.Marked || engine.comparison().isInUnlistedPair(i))
+        if (x.lacks(side) || !x.Marked || comparison.isInUnlistedPair(i))
             continue;
-        if ((mode & DeleteMode::OnlyMissingOnOtherSide) && !x.lacks(other))
+        if (mode.testFlag(DeleteMode::OnlyMissingOnOtherSide) && !x.lacks(other))
             continue;
         walk.deleteFile(i);
     }
@@ -148,14 +153,14 @@ void DeleteEntries(Engine &engine, int side, int start, int mode)
     for (auto it = emptied.rbegin(); it != emptied.rend(); ++it) {
         const CompareEntry &x = rows[size_t(*it)];
         walk.enterPair(pairRootRow(rows, *it));
-        const OpResult r = engine.run().fileOps().removeDirectory(walk.place(x.path(side)));
+        const OpResult r = run.fileOps().removeDirectory(walk.place(x.path(side)));
         if (r.error == ENOTEMPTY || r.error == EEXIST)
             continue;
         if (r.ok()) {
-            ++engine.run().stats().folderRemovals[size_t(side)];
-            LogAction(engine, QStringLiteral("remove-folder"), What::RemoveDirectory, side, *it);
+            ++run.stats().folderRemovals[size_t(side)];
+            reporter.logAction(QStringLiteral("remove-folder"), What::RemoveDirectory, side, *it);
         }
-        ReportResult(engine, r, What::RemoveDirectory, side, *it);
+        reporter.report(r, What::RemoveDirectory, side, *it);
     }
 }
 

@@ -1,22 +1,29 @@
 #pragma once
 
+#include <QFlags>
+
 namespace duomir {
 
-class Engine;
+class Comparison;
+class Reporter;
+class SyncRun;
 
-// Mode bit of DeleteEntries: delete only what the other side lacks.
-namespace DeleteMode {
-inline constexpr int OnlyMissingOnOtherSide = 2;
-// Folders the other side lacks go too once their files are gone (a mirror), deepest first; one
-// that still holds something stays, silently.
-inline constexpr int EmptiedFolders = 4;
-} // namespace DeleteMode
+enum class DeleteMode {
+    // Delete only what the other side lacks.
+    OnlyMissingOnOtherSide = 2,
+    // Folders the other side lacks go too once their files are gone (a mirror), deepest first;
+    // one that still holds something stays, silently.
+    EmptiedFolders = 4,
+};
+Q_DECLARE_FLAGS(DeleteModes, DeleteMode)
+Q_DECLARE_OPERATORS_FOR_FLAGS(DeleteModes)
 
 // Deletes on `side` the entry `start` when it is a file (marked or not), or the marked files of
 // its subtree when it is a directory (all pairs' rows when `start` is 0). A selected directory is
 // removed only when it is already empty; subdirectories always stay. Read-only files are made
-// writable first. Runs to the end even when the run is cancelled; every failure goes to
-// ReportResult.
-void DeleteEntries(Engine &engine, int side, int start, int mode);
+// writable first. Pairs whose deletion the guard held back in this run are left alone. Runs to
+// the end even when the run is cancelled; every failure goes to the reporter.
+void DeleteEntries(const Comparison &comparison, SyncRun &run, Reporter &reporter, int side,
+                   int start, DeleteModes mode = {});
 
 } // namespace duomir

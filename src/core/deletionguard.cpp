@@ -62,7 +62,7 @@ std::vector<OversizedDeletion> FindOversizedDeletions(const Engine &engine, int 
 
 void GuardDeletions(Engine &engine, int side, int start, bool mirror)
 {
-    engine.DeletionRefusedRoots.clear();
+    engine.run().refusedRoots().clear();
     const QString limit = QString::number(engine.settings.MaxDeletePercent);
     for (const OversizedDeletion &d : FindOversizedDeletions(engine, side, start)) {
         const QStringList params{QString::number(d.deletions), QString::number(d.files), d.root,
@@ -72,13 +72,13 @@ void GuardDeletions(Engine &engine, int side, int start, bool mirror)
                                 engine.FormatMsg(mirror ? 822 : 820, params)) ==
                 Interaction::Answer::Yes)
             continue;
-        engine.DeletionRefusedRoots.push_back(d.rootRow);
+        engine.run().refusedRoots().push_back(d.rootRow);
         ++engine.DeletionsRefused;
         if (engine.DontAsk || !engine.ui().personPresent())
             engine.ui().message(Interaction::Icon::Exclamation, Interaction::Buttons::Ok,
                                 engine.FormatMsg(mirror ? 823 : 821, params));
-        WriteLogLine(engine,
-                     {QStringLiteral("DeletionRefused"), d.deletions, d.files, d.root, QString()});
+        engine.reporter().writeLine(
+            {QStringLiteral("DeletionRefused"), d.deletions, d.files, d.root, QString()});
     }
 }
 

@@ -24,7 +24,7 @@ std::vector<OversizedDeletion> FindOversizedDeletions(const Engine &engine, int 
 
 // Before the deletion step of a synchronization: each pair FindOversizedDeletions names is asked
 // about (warning, the counts, No the default); unattended its deletion does not run and is
-// reported. The refused pairs' root rows go to Engine::DeletionRefusedRoots, which DeleteEntries
+// reported. The refused pairs' root rows go to the run's refusedRoots(), which DeleteEntries
 // leaves alone; the copies of the run are not affected. `mirror`: the deletion is the mirror's,
 // on the receiving side, of what the sending side lacks.
 void GuardDeletions(Engine &engine, int side, int start, bool mirror = false);

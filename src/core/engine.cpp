@@ -6,7 +6,10 @@
 
 namespace duomir {
 
-Engine::Engine(Interaction &ui) : m_ui(&ui), m_run(PosixFileOps::instance()) {}
+Engine::Engine(Interaction &ui)
+    : m_ui(&ui), m_run(PosixFileOps::instance()),
+      m_reporter({ui, settings, DataFolder, DontAsk, clock, m_comparison, m_run.stats()})
+{}
 
 void InitSettings(Engine &engine, const SettingsEnvironment &env)
 {

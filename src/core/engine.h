@@ -11,6 +11,7 @@
 
 #include "core/comparison.h"
 #include "core/dirpair.h"
+#include "core/errorlog.h"
 #include "core/syncrun.h"
 #include "localization/language.h"
 #include "settings/settings.h"
@@ -48,9 +49,7 @@ public:
     // listed (806, 807) and a profile that could not be read (805).
     int UnlistedRootsSeen = 0;
     bool ProfileUnreadable = false;
-    // Pairs whose deletion step the guard held back in this run (their root rows), and how many
-    // were held back since the program started.
-    std::vector<int> DeletionRefusedRoots;
+    // How many pairs' deletion steps the guard held back since the program started.
     int DeletionsRefused = 0;
 
     // Pairs and profile.
@@ -64,6 +63,9 @@ public:
     // The directions, cancel request, progress and statistics of synchronization runs.
     SyncRun &run() { return m_run; }
     const SyncRun &run() const { return m_run; }
+    // Where the walks' failures and changes go: the person, the failure count, the day's log.
+    Reporter &reporter() { return m_reporter; }
+    const Reporter &reporter() const { return m_reporter; }
 
     // The local time for log lines; tests replace the clock.
     std::function<QDateTime()> clock;
@@ -78,6 +80,7 @@ private:
     Interaction *m_ui;
     Comparison m_comparison;
     SyncRun m_run;
+    Reporter m_reporter;
 };
 
 // Fills engine.ProgramFolder, ShareFolder, DataFolder, SettingsFile and settings, in that order.

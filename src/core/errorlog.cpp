@@ -8,7 +8,9 @@
 
 #include "base/interaction.h"
 #include "base/nativename.h"
-#include "core/engine.h"
+#include "core/comparison.h"
+#include "core/syncstats.h"
+#include "settings/settings.h"
 
 namespace duomir {
 
@@ -25,7 +27,7 @@ QString sideText(const CompareEntry &e, int side, int d, bool withName)
 
 } // namespace
 
-void ReportResult(Engine &engine, OpResult result, int what, int d, int entryIndex)
+void Reporter::report(OpResult result, int what, int d, int entryIndex)
 {
     if (result.ok())
         return;
@@ -38,16 +40,16 @@ void ReportResult(Engine &engine, OpResult result, int what, int d, int entryInd
 
     QString source;
     QString destination;
-    if (entryIndex >= 0 && size_t(entryIndex) < engine.comparison().rows().size()) {
-        const CompareEntry &e = engine.comparison().rows()[size_t(entryIndex)];
+    if (entryIndex >= 0 && entryIndex <= m.comparison.lastRow()) {
+        const CompareEntry &e = m.comparison.row(entryIndex);
         if (what & 1)
             source = sideText(e, d, d, what & 2);
         if (what & 4)
             destination = sideText(e, d ^ 1, d, what & 8);
     }
-    ++engine.run().stats().failures;
+    ++m.stats.failures;
 
-    if (!engine.DontAsk) {
+    if (!m.dontAsk) {
         // The labels depend on the bitwise AND of the two lengths, so some pairs of non-empty
         // texts are shown without them; people are used to that form.
         const bool labels = (source.size() & destination.size()) != 0;
@@ -62,33 +64,32 @@ void ReportResult(Engine &engine, OpResult result, int what, int d, int entryInd
             text += QStringLiteral("Destination: ");
         if (!destination.isEmpty())
             text += escapedForLine(destination);
-        engine.ui().message(Interaction::Icon::Critical, Interaction::Buttons::Ok, text);
+        m.ui.message(Interaction::Icon::Critical, Interaction::Buttons::Ok, text);
     }
-    engine.ui().failureReported(message, source, destination);
-    WriteLogLine(engine, {result.error, message, source, destination});
+    m.ui.failureReported(message, source, destination);
+    writeLine({result.error, message, source, destination});
 }
 
-void LogAction(const Engine &engine, const QString &action, int what, int d, int entryIndex)
+void Reporter::logAction(const QString &action, int what, int d, int entryIndex) const
 {
-    if (!engine.settings.LogActions || entryIndex < 0 ||
-        size_t(entryIndex) >= engine.comparison().rows().size())
+    if (!m.settings.LogActions || entryIndex < 0 || entryIndex > m.comparison.lastRow())
         return;
-    const CompareEntry &e = engine.comparison().rows()[size_t(entryIndex)];
+    const CompareEntry &e = m.comparison.row(entryIndex);
     const QString source = (what & 1) ? sideText(e, d, d, what & 2) : QString();
     const QString destination = (what & 4) ? sideText(e, d ^ 1, d, what & 8) : QString();
-    WriteLogLine(engine, {action, QString(), source, destination});
+    writeLine({action, QString(), source, destination});
 }
 
-QString logFilePath(const Engine &engine, const QDateTime &now)
+QString Reporter::logFilePath(const QDateTime &now) const
 {
-    return engine.DataFolder + now.toString(QStringLiteral("yyyyMMdd")) + u".log";
+    return m.dataFolder + now.toString(QStringLiteral("yyyyMMdd")) + u".log";
 }
 
-void WriteLogLine(const Engine &engine, const QVariantList &fields)
+void Reporter::writeLine(const QVariantList &fields) const
 {
-    if (!engine.settings.LogToFile)
+    if (!m.settings.LogToFile)
         return;
-    const QDateTime now = engine.now();
+    const QDateTime now = this->now();
     QByteArray line = now.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toUtf8() + '\t';
     // One record a line, one column a field: names keep their bytes (not UTF-8 ones too), with
     // TAB, CR, LF and the other control bytes escaped.
@@ -104,7 +105,7 @@ void WriteLogLine(const Engine &engine, const QVariantList &fields)
     // Only a regular file is written to: a FIFO or a device put in the log's place would hold the
     // run forever, and a link would lead the line elsewhere.
     const int fd =
-        ::open(QFile::encodeName(logFilePath(engine, now)).constData(),
+        ::open(QFile::encodeName(logFilePath(now)).constData(),
                O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0644);
     if (fd < 0)
         return;

@@ -3,12 +3,11 @@
 #include <QDateTime>
 #include <QString>
 #include <QVariantList>
+#include <functional>
 
 #include "core/platform/fileops.h"
 
 namespace duomir {
-
-class Engine;
 
 // The `what` bits of ReportResult: which paths of the entry the message and the log line show.
 // Bit 1: source text = the entry's directory on the sending side d; bit 2: append the sending
@@ -23,22 +22,57 @@ inline constexpr int DeleteFile = 35;
 inline constexpr int RemoveDirectory = 1;
 } // namespace What
 
-// Turns a failed file operation on row `entryIndex` of the comparison into a message box
-// (Critical, Ok; not with DontAsk) and a log line; a success does nothing. "Directory not empty"
-// (and EEXIST from rmdir) is expected by the deletion walk and stays silent. Never stops a walk.
-void ReportResult(Engine &engine, OpResult result, int what, int d, int entryIndex);
+class Comparison;
+class Interaction;
+struct Settings;
+struct SyncStats;
 
-// With LogActions on, one log line for a change made to entry `entryIndex`: `action` ("copy",
-// "replace", "delete", "mkdir") in the column of the error number, an empty text, and the paths
-// the `what` bits name, escaped as on the failure lines.
-void LogAction(const Engine &engine, const QString &action, int what, int d, int entryIndex);
+// Where the walks' failures and changes go: a message for the person (none when nobody is there),
+// the run's failure count and the day's log file. It reads the settings, the data folder and the
+// start switches as they are when it writes, so it can be made before they are known.
+class Reporter
+{
+public:
+    struct Parts
+    {
+        Interaction &ui;
+        const Settings &settings;
+        const QString &dataFolder; // ends in the separator
+        const bool &dontAsk;
+        const std::function<QDateTime()> &clock; // empty: the system's
+        const Comparison &comparison;
+        SyncStats &stats;
+    };
+    explicit Reporter(const Parts &parts) : m(parts) {}
 
-// The day's log file for the moment `now`: DataFolder + "yyyymmdd.log".
-QString logFilePath(const Engine &engine, const QDateTime &now);
+    // Turns a failed file operation on row `entryIndex` of the comparison into a message box
+    // (Critical, Ok; not with DontAsk) and a log line; a success does nothing. "Directory not
+    // empty" (and EEXIST from rmdir) is expected by the deletion walk and stays silent. Never
+    // stops a walk.
+    void report(OpResult result, int what, int d, int entryIndex);
 
-// Appends one line to the day's log when LogToFile is on:
-// "yyyy-MM-dd HH:mm:ss" (local time), TAB, an empty column, then TAB and the fields joined by TAB,
-// ending in CR LF. The file is opened and closed for every line; failures to write are ignored.
-void WriteLogLine(const Engine &engine, const QVariantList &fields = {});
+    // With LogActions on, one log line for a change made to row `entryIndex`: `action` ("copy",
+    // "replace", "delete", "mkdir") in the column of the error number, an empty text, and the
+    // paths the `what` bits name, escaped as on the failure lines.
+    void logAction(const QString &action, int what, int d, int entryIndex) const;
+
+    // The day's log file for the moment `now`: the data folder + "yyyymmdd.log".
+    QString logFilePath(const QDateTime &now) const;
+
+    // Appends one line to the day's log when LogToFile is on:
+    // "yyyy-MM-dd HH:mm:ss" (local time), TAB, an empty column, then TAB and the fields joined by
+    // TAB, ending in CR LF. The file is opened and closed for every line; failures to write are
+    // ignored.
+    void writeLine(const QVariantList &fields = {}) const;
+
+    // The person a walk lets events through to (Cancel) and reports to.
+    Interaction &ui() const { return m.ui; }
+    QDateTime now() const { return m.clock ? m.clock() : QDateTime::currentDateTime(); }
+    // Whether a person may be asked (no -dontask).
+    bool asks() const { return !m.dontAsk; }
+
+private:
+    Parts m;
+};
 
 } // namespace duomir

@@ -80,7 +80,7 @@ void RunDeleteSelected(Engine &engine, int side, int entry)
     showBusy(engine, 854);
     engine.run().stats() = {};
     BeginKeeping(engine, entry);
-    DeleteEntries(engine, side, entry, 0);
+    DeleteEntries(engine.comparison(), engine.run(), engine.reporter(), side, entry);
 }
 
 } // namespace duomir

@@ -43,7 +43,7 @@ void writeRunLine(Engine &engine, const QString &what, int startEntry)
                       .arg(s.failures)
                << PlanNumbers(DoneAsPlan(engine));
     }
-    WriteLogLine(engine, fields);
+    engine.reporter().writeLine(fields);
 }
 
 void endRun(Engine &engine)
@@ -75,29 +75,35 @@ bool Synchronize(Engine &engine, int startEntry)
     const bool oneWay = o.Src != o.Dest && !o.Reverse;
     if (oneWay && o.Delete) {
         GuardDeletions(engine, o.Src ? 0 : 1, startEntry);
-        DeleteEntries(engine, o.Src ? 0 : 1, startEntry, DeleteMode::OnlyMissingOnOtherSide);
-        engine.DeletionRefusedRoots.clear(); // the list's own Delete command is not guarded
+        DeleteEntries(engine.comparison(), engine.run(), engine.reporter(), o.Src ? 0 : 1,
+                      startEntry, DeleteMode::OnlyMissingOnOtherSide);
+        engine.run().refusedRoots().clear(); // the list's own Delete command is not guarded
     } else if (oneWay && o.Mirror) {
         // The receiving side loses what the sending side lacks, then takes every copy: it ends
         // as the sending side is.
         const int receiving = o.Src ? 1 : 0;
         GuardDeletions(engine, receiving, startEntry, true);
-        DeleteEntries(engine, receiving, startEntry,
+        DeleteEntries(engine.comparison(), engine.run(), engine.reporter(), receiving, startEntry,
                       DeleteMode::OnlyMissingOnOtherSide | DeleteMode::EmptiedFolders);
-        engine.DeletionRefusedRoots.clear();
+        engine.run().refusedRoots().clear();
     }
 
-    const int receivingDecides = oneWay && o.Delete ? CopyMode::ReceivingDecides : 0;
+    const CopyModes receivingDecides =
+        oneWay && o.Delete ? CopyModes(CopyMode::ReceivingDecides) : CopyModes();
     if (o.Src)
-        CopyEntries(engine, 0, startEntry, CopyMode::CountOnly | receivingDecides);
+        CopyEntries(engine.comparison(), engine.run(), engine.reporter(), 0, startEntry,
+                    CopyMode::CountOnly | receivingDecides);
     if (o.Dest)
-        CopyEntries(engine, 1, startEntry, CopyMode::CountOnly | receivingDecides);
+        CopyEntries(engine.comparison(), engine.run(), engine.reporter(), 1, startEntry,
+                    CopyMode::CountOnly | receivingDecides);
     if (!engine.DontAsk || engine.ProgressWhenUnattended)
         engine.run().progress().Init(engine.run().byteTotal());
     if (o.Src)
-        CopyEntries(engine, 0, startEntry, receivingDecides);
+        CopyEntries(engine.comparison(), engine.run(), engine.reporter(), 0, startEntry,
+                    receivingDecides);
     if (o.Dest)
-        CopyEntries(engine, 1, startEntry, receivingDecides);
+        CopyEntries(engine.comparison(), engine.run(), engine.reporter(), 1, startEntry,
+                    receivingDecides);
 
     endRun(engine);
     writeRunLine(engine, QStringLiteral("End"), startEntry);
@@ -108,11 +114,13 @@ void CopySelected(Engine &engine, int d, int startEntry)
 {
     engine.run().begin();
     BeginKeeping(engine, startEntry);
-    CopyEntries(engine, d, startEntry, CopyMode::CountOnly | CopyMode::IgnoreState);
+    CopyEntries(engine.comparison(), engine.run(), engine.reporter(), d, startEntry,
+                CopyMode::CountOnly | CopyMode::IgnoreState);
     engine.ui().setInputEnabled(false);
     if (!engine.DontAsk || engine.ProgressWhenUnattended)
         engine.run().progress().Init(engine.run().byteTotal());
-    CopyEntries(engine, d, startEntry, CopyMode::IgnoreState);
+    CopyEntries(engine.comparison(), engine.run(), engine.reporter(), d, startEntry,
+                CopyMode::IgnoreState);
     endRun(engine);
 }
 

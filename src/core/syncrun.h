@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <vector>
 
 #include "core/progressmodel.h"
 #include "core/syncstats.h"
@@ -55,6 +56,11 @@ public:
     std::int64_t byteTotal() const { return m_byteTotal; }
     void addBytes(std::int64_t bytes) { m_byteTotal += bytes; }
 
+    // Pairs whose deletion step the guard held back in this run (their root rows): the deletion
+    // walk leaves them alone.
+    std::vector<int> &refusedRoots() { return m_refusedRoots; }
+    const std::vector<int> &refusedRoots() const { return m_refusedRoots; }
+
     // The GUI sets a sink; without one nothing is shown.
     ProgressModel &progress() { return m_progress; }
     SyncStats &stats() { return m_stats; }
@@ -69,6 +75,7 @@ private:
     std::int64_t m_byteTotal = 0;
     ProgressModel m_progress;
     SyncStats m_stats;
+    std::vector<int> m_refusedRoots;
 };
 
 } // namespace duomir

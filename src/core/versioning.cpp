@@ -106,8 +106,8 @@ void expireRunFolders(Engine &engine, const TreePath &folder, const QDateTime &o
         TreePath old = folder;
         old.relative = old.relative.isEmpty() ? name : old.relative + u'/' + name;
         if (engine.run().fileOps().removeTree(old).ok())
-            WriteLogLine(engine,
-                         {QStringLiteral("remove-old-versions"), QString(), QString(), old.full()});
+            engine.reporter().writeLine(
+                {QStringLiteral("remove-old-versions"), QString(), QString(), old.full()});
     }
     engine.run().fileOps().walkEnded();
 }
@@ -135,7 +135,7 @@ void BeginKeeping(Engine &engine, int start)
         if (start > 0 && root != first)
             break;
         PairPlaces places;
-        places.enter(engine, root);
+        places.enter(engine.comparison(), root);
         for (int side = 0; side < 2; ++side) {
             TreePath folder = places.place(side, pairRoot(rows[size_t(root)], side));
             folder.relative = keeping.folder;

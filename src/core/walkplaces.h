@@ -3,7 +3,7 @@
 #include <QString>
 #include <array>
 
-#include "core/engine.h"
+#include "core/comparison.h"
 #include "core/platform/fileops.h"
 #include "core/syncpaths.h"
 
@@ -14,11 +14,11 @@ namespace duomir {
 class PairPlaces
 {
 public:
-    void enter(const Engine &engine, int rootRow)
+    void enter(const Comparison &comparison, int rootRow)
     {
-        const CompareEntry &root = engine.comparison().rows()[size_t(rootRow)];
+        const CompareEntry &root = comparison.row(rootRow);
         m_roots = {pairRoot(root, 0), pairRoot(root, 1)};
-        m_ids = engine.comparison().rootIdentities(rootRow);
+        m_ids = comparison.rootIdentities(rootRow);
     }
     TreePath place(int side, const QString &full) const
     {

@@ -108,7 +108,7 @@ int main(int argc, char *argv[])
     duomir::Engine engine(gui);
     gui.setUnattended([&engine, noDisplay] { return noDisplay || engine.DontAsk; },
                       [&engine](const QString &text) {
-                          duomir::WriteLogLine(engine, {QStringLiteral("Message"), text});
+                          engine.reporter().writeLine({QStringLiteral("Message"), text});
                       });
     const duomir::TerminationGuard termination(engine.run().cancelFlag());
     duomir::frmMain window(engine);
@@ -131,7 +131,7 @@ int main(int argc, char *argv[])
             duomir::notifyDesktop(
                 engine.FormatMsg(870, {profile}),
                 engine.FormatMsg(871, {QString::number(engine.run().stats().failures),
-                                       duomir::logFilePath(engine, engine.now())}));
+                                       engine.reporter().logFilePath(engine.now())}));
         }
         return status;
     }

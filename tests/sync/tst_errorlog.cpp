@@ -78,7 +78,7 @@ private Q_SLOTS:
         QFETCH(int, what);
         QFETCH(QString, expected);
         Setup s(src, dst);
-        ReportResult(s.engine, OpResult::failure(error), what, 0, 1);
+        s.engine.reporter().report(OpResult::failure(error), what, 0, 1);
         QCOMPARE(s.log().isEmpty(), expected.isEmpty());
         QCOMPARE(s.ui.shown.size(), expected.isEmpty() ? 0 : 1);
         if (!expected.isEmpty())
@@ -102,8 +102,8 @@ private Q_SLOTS:
         Setup s(u"/src/"_qs, u"/dst/"_qs, name);
         s.engine.comparison().editRows()[1].setName(0, {});
         s.engine.DontAsk = true;
-        ReportResult(s.engine, OpResult::failure(EACCES), 143, 1, 1);
-        ReportResult(s.engine, OpResult::success(), 143, 1, 1);
+        s.engine.reporter().report(OpResult::failure(EACCES), 143, 1, 1);
+        s.engine.reporter().report(OpResult::success(), 143, 1, 1);
         QVERIFY(s.ui.shown.isEmpty());
         QCOMPARE(s.log(), "2026-03-14 09:26:53\t\t" + QByteArray::number(EACCES) + '\t' +
                               QByteArray(std::strerror(EACCES)) + "\t/dst/" + logged + "\t/src/" +
@@ -115,10 +115,10 @@ private Q_SLOTS:
     {
         Setup s;
         s.at = QDateTime(QDate(2026, 12, 31), QTime(23, 59, 59));
-        WriteLogLine(s.engine, {u"Start"_qs, u"p.dyp"_qs, 1});
+        s.engine.reporter().writeLine({u"Start"_qs, u"p.dyp"_qs, 1});
         s.at = s.at.addSecs(1);
-        WriteLogLine(s.engine, {u"End"_qs});
-        WriteLogLine(s.engine);
+        s.engine.reporter().writeLine({u"End"_qs});
+        s.engine.reporter().writeLine();
         QCOMPARE(s.log(u"20261231"_qs), QByteArray("2026-12-31 23:59:59\t\tStart\tp.dyp\t1\r\n"));
         QCOMPARE(s.log(u"20270101"_qs),
                  QByteArray("2027-01-01 00:00:00\t\tEnd\r\n2027-01-01 00:00:00\t\r\n"));
@@ -135,7 +135,7 @@ private Q_SLOTS:
             s.tree.file(u"elsewhere"_qs);
             QVERIFY(QByteArray(place) == "fifo" ? ::mkfifo(log.constData(), 0600) == 0
                                                 : ::symlink("elsewhere", log.constData()) == 0);
-            WriteLogLine(s.engine, {u"Start"_qs});
+            s.engine.reporter().writeLine({u"Start"_qs});
             QCOMPARE(s.tree.read(u"elsewhere"_qs), QByteArray());
         }
         for (bool loggingOn : {false, true}) {
@@ -143,8 +143,8 @@ private Q_SLOTS:
             s.engine.settings.LogToFile = loggingOn;
             if (loggingOn)
                 s.engine.DataFolder = s.tree.path(u"missing/folder/"_qs);
-            WriteLogLine(s.engine, {u"Start"_qs});
-            ReportResult(s.engine, OpResult::failure(EIO), 143, 0, 1);
+            s.engine.reporter().writeLine({u"Start"_qs});
+            s.engine.reporter().report(OpResult::failure(EIO), 143, 0, 1);
             QCOMPARE(s.ui.shown.size(), 1);
             QCOMPARE(s.tree.snapshot(), QStringList());
         }

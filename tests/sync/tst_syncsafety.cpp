@@ -406,7 +406,8 @@ private Q_SLOTS:
             if (verb == u"copy")
                 CopySelected(f.engine, side, row);
             else if (verb == u"delete")
-                DeleteEntries(f.engine, side, row, 0);
+                DeleteEntries(f.engine.comparison(), f.engine.run(), f.engine.reporter(), side,
+                              row);
             else
                 f.sync({verb.contains(u'>'), verb.contains(u'<'), false,
                         command.contains(u" delete"), command.contains(u" mirror")},
