@@ -155,7 +155,7 @@ void printSummary(const Engine &engine, bool ran, bool dryRun, int stillDifferin
         std::printf("Nothing to synchronize.\n");
         return;
     }
-    const QByteArray numbers = PlanNumbers(DoneAsPlan(engine)).toUtf8();
+    const QByteArray numbers = PlanNumbers(DoneAsPlan(engine.run().stats())).toUtf8();
     if (dryRun) {
         std::printf("Would copy %d files (%lld bytes), create %d directories, delete %d files: "
                     "%s.\n",

@@ -41,7 +41,7 @@ void writeRunLine(Engine &engine, const QString &what, int startEntry)
                       .arg(s.directoriesCreated)
                       .arg(s.filesDeleted)
                       .arg(s.failures)
-               << PlanNumbers(DoneAsPlan(engine));
+               << PlanNumbers(DoneAsPlan(engine.run().stats()));
     }
     engine.reporter().writeLine(fields);
 }

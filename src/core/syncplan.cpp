@@ -30,11 +30,12 @@ int singleDirection(const SyncOptions &o)
 
 } // namespace
 
-SyncPlanner::SyncPlanner(const Engine &engine) : m_engine(engine)
+SyncPlanner::SyncPlanner(const Comparison &comparison, const SyncRun &run)
+    : m_comparison(comparison), m_run(run)
 {
     // As the walks find them: a folder that could not be listed hides what lies below it, until
     // the first row outside it.
-    const CompareArray &rows = engine.comparison().rows();
+    const CompareArray &rows = comparison.rows();
     m_belowUnlisted.assign(rows.size(), 0);
     std::array<QString, 2> unseenBelow;
     for (std::size_t i = 1; i < rows.size(); ++i) {
@@ -55,13 +56,13 @@ SyncPlanner::SyncPlanner(const Engine &engine) : m_engine(engine)
 
 PlannedAction SyncPlanner::action(int row) const
 {
-    const CompareArray &rows = m_engine.comparison().rows();
+    const CompareArray &rows = m_comparison.rows();
     if (row <= 0 || std::size_t(row) >= rows.size())
         return PlannedAction::None;
     const CompareEntry &x = rows[size_t(row)];
     if (isPairRootRow(x) || !x.Marked)
         return PlannedAction::None;
-    const SyncOptions &o = m_engine.run().options();
+    const SyncOptions &o = m_run.options();
     const std::uint32_t both = x.Attributes[0] | x.Attributes[1];
     const bool directory = (both & Attr::Directory) != 0;
     // Rows added since the pass (a list being rebuilt) lie below nothing known.
@@ -79,7 +80,7 @@ PlannedAction SyncPlanner::action(int row) const
         const int side = o.Delete ? one : one ^ 1;
         const int other = side ^ 1;
         const bool deletable = onSide(x, side) && !onSide(x, other) &&
-                               !m_engine.comparison().isInUnlistedPair(row) && !below(other);
+                               !m_comparison.isInUnlistedPair(row) && !below(other);
         if (deletable && (!directory || o.Mirror))
             return deleteOn(side);
     }
@@ -95,7 +96,7 @@ PlannedAction SyncPlanner::action(int row) const
         // With Delete only files both sides hold are copied: the rest was deleted above.
         if (o.Delete && one >= 0 && x.lacks(r))
             continue;
-        if (below(r) || (r == 0 && m_engine.comparison().isInUnseenSource(row)))
+        if (below(r) || (r == 0 && m_comparison.isInUnseenSource(row)))
             continue;
         return d == 0 ? PlannedAction::CopyToDestination : PlannedAction::CopyToSource;
     }
@@ -105,7 +106,7 @@ PlannedAction SyncPlanner::action(int row) const
 SyncPlan PlanSynchronize(const Engine &engine)
 {
     SyncPlan plan;
-    const SyncPlanner planner(engine);
+    const SyncPlanner planner(engine.comparison(), engine.run());
     const CompareArray &rows = engine.comparison().rows();
     const SyncOptions &o = engine.run().options();
     const int one = singleDirection(o);
@@ -200,9 +201,8 @@ QString PlanNumbers(const SyncPlan &p)
         .arg(p.folderRemovals[1]);
 }
 
-SyncPlan DoneAsPlan(const Engine &engine)
+SyncPlan DoneAsPlan(const SyncStats &s)
 {
-    const SyncStats &s = engine.run().stats();
     SyncPlan done;
     done.copies = s.copies;
     done.bytes = s.bytes;

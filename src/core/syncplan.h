@@ -8,7 +8,10 @@
 
 namespace duomir {
 
+class Comparison;
 class Engine;
+class SyncRun;
+struct SyncStats;
 
 // What Synchronize will do to one row under the current directions, Delete, Mirror and marks.
 enum class PlannedAction : std::uint8_t {
@@ -26,11 +29,12 @@ enum class PlannedAction : std::uint8_t {
 class SyncPlanner
 {
 public:
-    explicit SyncPlanner(const Engine &engine);
+    SyncPlanner(const Comparison &comparison, const SyncRun &run);
     PlannedAction action(int row) const;
 
 private:
-    const Engine &m_engine;
+    const Comparison &m_comparison;
+    const SyncRun &m_run;
     // Per row, bit `side`: below a folder of that side that exists but could not be listed.
     std::vector<std::uint8_t> m_belowUnlisted;
 };
@@ -58,6 +62,6 @@ QString DescribePlan(const Engine &engine, const SyncPlan &plan);
 // The counts alone, for the log's End line and the command line's summaries: what a plan would
 // do or, from a run's SyncStats, what it did, in the same shape either way.
 QString PlanNumbers(const SyncPlan &plan);
-SyncPlan DoneAsPlan(const Engine &engine);
+SyncPlan DoneAsPlan(const SyncStats &done);
 
 } // namespace duomir

@@ -49,7 +49,7 @@ FileListModel::FileListModel(Engine &engine, QObject *parent)
                   QStringLiteral("Destination"),
                   QStringLiteral("Modified")};
     m_directoryFont.setBold(true);
-    m_planner = std::make_unique<SyncPlanner>(engine);
+    m_planner = std::make_unique<SyncPlanner>(engine.comparison(), engine.run());
     m_engine->comparison().addRowsObserver(this);
 }
 
@@ -66,7 +66,7 @@ void FileListModel::rowsAboutToChange()
 void FileListModel::rowsChanged()
 {
     m_order.clear();
-    m_planner = std::make_unique<SyncPlanner>(*m_engine);
+    m_planner = std::make_unique<SyncPlanner>(m_engine->comparison(), m_engine->run());
     endResetModel();
 }
 

@@ -813,7 +813,7 @@ private Q_SLOTS:
         std::map<QString, std::array<QByteArray, 2>> expected;
         {
             using enum PlannedAction;
-            const SyncPlanner planner(f.engine);
+            const SyncPlanner planner(f.engine.comparison(), f.engine.run());
             for (const QString &name : names) {
                 auto &e =
                     expected[name] = {f.tree.read(u"s/"_qs + name), f.tree.read(u"d/"_qs + name)};
