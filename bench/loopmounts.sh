@@ -25,8 +25,10 @@ CONF
 mkdir -p /run/sshd
 /usr/sbin/sshd -f "$work/sshd_config"
 ssh_opts="-p 2222 -i $key -o StrictHostKeyChecking=no -o UserKnownHostsFile=/dev/null -o LogLevel=ERROR"
+# The server reads its folder afresh on every listing: the benchmarks prepare their trees there
+# directly, behind its back, and a cached listing would show the previous run's files.
 rclone serve sftp "$work/remote-rclone" --addr 127.0.0.1:2022 --user bench --pass bench \
-    >/dev/null 2>&1 &
+    --dir-cache-time 0s >/dev/null 2>&1 &
 rclone_pid=$!
 export RCLONE_CONFIG_R_TYPE=sftp RCLONE_CONFIG_R_HOST=127.0.0.1 RCLONE_CONFIG_R_PORT=2022 \
     RCLONE_CONFIG_R_USER=bench RCLONE_CONFIG_R_PASS=$(rclone obscure bench)
