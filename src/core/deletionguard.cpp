@@ -34,20 +34,21 @@ PairCount countPair(const CompareArray &rows, int root, int side)
 
 } // namespace
 
-std::vector<OversizedDeletion> FindOversizedDeletions(const Engine &engine, int side, int start)
+std::vector<OversizedDeletion> FindOversizedDeletions(const Comparison &comparison, int maxPercent,
+                                                      int side, int start)
 {
     std::vector<OversizedDeletion> found;
-    const CompareArray &rows = engine.comparison().rows();
+    const CompareArray &rows = comparison.rows();
     if (rows.size() < 2)
         return found;
-    const int limit = engine.settings.MaxDeletePercent;
+    const int limit = maxPercent;
     const int first = start > 0 ? pairRootRow(rows, start) : 1;
     for (int root = first; root < int(rows.size()); ++root) {
         if (!isPairRootRow(rows[size_t(root)]))
             continue;
         if (start > 0 && root != first)
             break;
-        if (engine.comparison().isInUnlistedPair(root))
+        if (comparison.isInUnlistedPair(root))
             continue; // such a pair deletes nothing anyway
         const PairCount c = countPair(rows, root, side);
         const bool emptied = !c.receivingHoldsAnything && c.sendingFiles > 0;
@@ -64,7 +65,8 @@ void GuardDeletions(Engine &engine, int side, int start, bool mirror)
 {
     engine.run().refusedRoots().clear();
     const QString limit = QString::number(engine.settings.MaxDeletePercent);
-    for (const OversizedDeletion &d : FindOversizedDeletions(engine, side, start)) {
+    for (const OversizedDeletion &d : FindOversizedDeletions(
+             engine.comparison(), engine.settings.MaxDeletePercent, side, start)) {
         const QStringList params{QString::number(d.deletions), QString::number(d.files), d.root,
                                  limit};
         if (!engine.DontAsk && engine.ui().personPresent() &&

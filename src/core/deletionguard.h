@@ -5,6 +5,7 @@
 
 namespace duomir {
 
+class Comparison;
 class Engine;
 
 // A pair whose deletion on one side the guard holds back: its root row, the files that would go,
@@ -18,9 +19,10 @@ struct OversizedDeletion
 };
 
 // Per pair, a deletion on `side` of the files the other side lacks that would remove more than
-// Settings::MaxDeletePercent of that side's files, or that finds the other side holding nothing
-// at all (an unplugged drive leaves an empty mount point). `start` as for DeleteEntries.
-std::vector<OversizedDeletion> FindOversizedDeletions(const Engine &engine, int side, int start);
+// `maxPercent` of that side's files, or that finds the other side holding nothing at all (an
+// unplugged drive leaves an empty mount point). `start` as for DeleteEntries.
+std::vector<OversizedDeletion> FindOversizedDeletions(const Comparison &comparison, int maxPercent,
+                                                      int side, int start);
 
 // Before the deletion step of a synchronization: each pair FindOversizedDeletions names is asked
 // about (warning, the counts, No the default); unattended its deletion does not run and is

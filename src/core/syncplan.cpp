@@ -115,7 +115,8 @@ SyncPlan PlanSynchronize(const Engine &engine)
     if (one >= 0 && (o.Delete || o.Mirror)) {
         const int side = o.Delete ? one : one ^ 1;
         const QString limit = QString::number(engine.settings.MaxDeletePercent);
-        for (const OversizedDeletion &d : FindOversizedDeletions(engine, side, 0)) {
+        for (const OversizedDeletion &d : FindOversizedDeletions(
+                 engine.comparison(), engine.settings.MaxDeletePercent, side, 0)) {
             held.push_back(d.rootRow);
             plan.heldBack << engine.FormatMsg(
                 830, {QString::number(d.deletions), QString::number(d.files), d.root, limit});
