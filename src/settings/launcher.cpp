@@ -17,33 +17,6 @@ bool isReserved(QChar c)
     return reserved.contains(c);
 }
 
-// Splits Duomir's argument text the way its own command line is meant: blanks separate words,
-// double quotes group a word with blanks and are not part of it.
-QStringList splitArguments(const QString &text)
-{
-    QStringList words;
-    QString word;
-    bool quoted = false;
-    bool inWord = false;
-    for (const QChar c : text) {
-        if (c == u'"') {
-            quoted = !quoted;
-            inWord = true;
-        } else if (c == u' ' && !quoted) {
-            if (inWord)
-                words.append(word);
-            word.clear();
-            inWord = false;
-        } else {
-            word.append(c);
-            inWord = true;
-        }
-    }
-    if (inWord)
-        words.append(word);
-    return words;
-}
-
 // A desktop-file string value: backslash and control characters escaped.
 QString escapeValue(const QString &value)
 {
@@ -80,17 +53,17 @@ QString escapeLeadingBlank(const QString &escaped)
 
 } // namespace
 
-QString launcherArguments(const QString &profilePath, bool autoRun, bool dontAsk, bool hide)
+QStringList launcherArguments(const QString &profilePath, bool autoRun, bool dontAsk, bool hide)
 {
-    QString args;
+    QStringList args;
     if (!profilePath.isEmpty())
-        args = u'"' + profilePath + u'"';
+        args << profilePath;
     if (autoRun)
-        args += u" -auto";
+        args << QStringLiteral("-auto");
     if (dontAsk)
-        args += u" -dontask";
+        args << QStringLiteral("-dontask");
     if (hide)
-        args += u" -hide";
+        args << QStringLiteral("-hide");
     return args;
 }
 
@@ -112,11 +85,10 @@ QString desktopExecArgument(const QString &argument)
     return quoted;
 }
 
-QString desktopExecLine(const QString &program, const QString &arguments)
+QString desktopExecLine(const QString &program, const QStringList &arguments)
 {
     QStringList parts{desktopExecArgument(program)};
-    const QStringList words = splitArguments(arguments);
-    for (const QString &word : words)
+    for (const QString &word : arguments)
         parts.append(desktopExecArgument(word));
     return parts.join(u' ');
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace duomir {
 
@@ -9,24 +10,24 @@ struct Launcher
 {
     QString program;       // absolute path of the executable
     QString workingFolder; // folder the program starts in; empty = none
-    QString arguments;     // the argument text as Duomir's own command line reads it
+    QStringList arguments; // one word each, as the program receives them
     QString icon;          // icon name or path; empty = none
     QString name;          // shown name and file name without extension
     QString description;   // comment shown by the desktop
 };
 
-// The start arguments of an automatic run: the profile in double quotes (nothing when empty), then
-// " -auto", " -dontask" and " -hide" for the switches that are set, in that order.
-QString launcherArguments(const QString &profilePath, bool autoRun, bool dontAsk, bool hide);
+// The start arguments of an automatic run: the profile (nothing when empty), then "-auto",
+// "-dontask" and "-hide" for the switches that are set, in that order. Kept as words, never as one
+// text to split again: a file name may hold the double quote that such a text would group by.
+QStringList launcherArguments(const QString &profilePath, bool autoRun, bool dontAsk, bool hide);
 
 // One argument for the Exec key: quoted only when it holds a character the desktop-entry format
 // reserves, with '"', '`', '$' and '\' escaped inside the quotes.
 QString desktopExecArgument(const QString &argument);
 
-// The Exec value for `program` started with `arguments` (Duomir's own argument text, split at
-// blanks outside double quotes). "%" is doubled so that no field code is expanded; the result is
-// not yet escaped as a desktop-file string value.
-QString desktopExecLine(const QString &program, const QString &arguments);
+// The Exec value for `program` started with `arguments`. "%" is doubled so that no field code is
+// expanded; the result is not yet escaped as a desktop-file string value.
+QString desktopExecLine(const QString &program, const QStringList &arguments);
 
 // The whole ".desktop" text for `launcher`, every value escaped as the format's string rules ask.
 QString desktopEntryText(const Launcher &launcher);
