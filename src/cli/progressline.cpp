@@ -93,9 +93,9 @@ void ProgressLine::draw(bool force)
         return;
     m_sinceDraw.restart();
     const std::int64_t bytes =
-        std::int64_t(static_cast<long double>(m_total) * m_width / FullWidth);
+        std::int64_t(static_cast<long double>(m_run.byteTotal()) * m_width / FullWidth);
     std::fprintf(m_out, "\r\033[K%s",
-                 format(m_files, bytes, m_total, m_clock.elapsed()).constData());
+                 format(m_files, bytes, m_run.byteTotal(), m_clock.elapsed()).constData());
     std::fflush(m_out);
 }
 

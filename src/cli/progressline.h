@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "core/progressmodel.h"
+#include "core/syncrun.h"
 
 namespace duomir::cli {
 
@@ -14,8 +15,9 @@ namespace duomir::cli {
 class ProgressLine : public ProgressSink
 {
 public:
-    // `total`: the bytes the run will copy, read when the display is shown.
-    ProgressLine(std::FILE *out, const std::int64_t &total) : m_out(out), m_total(total) {}
+    // The run's byte total is read each time the line is drawn: it is known only once the run
+    // has counted its copies.
+    ProgressLine(std::FILE *out, const SyncRun &run) : m_out(out), m_run(run) {}
 
     void setVisible(bool visible) override;
     void setPercentText(const QString &) override {}
@@ -38,7 +40,7 @@ private:
     void draw(bool force);
 
     std::FILE *m_out;
-    const std::int64_t &m_total;
+    const SyncRun &m_run;
     QElapsedTimer m_clock;
     QElapsedTimer m_sinceDraw;
     int m_width = 0;

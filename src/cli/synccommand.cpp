@@ -278,7 +278,7 @@ int runSync(const QStringList &args)
     if (checkRoots(engine, "sync", sync.createDestination && !sync.dryRun) > 0)
         return ExitNoRoot;
     // A live line only where somebody watches it (or when asked), never between -v's lines.
-    ProgressLine line(stderr, engine.run().byteTotal());
+    ProgressLine line(stderr, engine.run());
     const bool showProgress =
         sync.progress == 1 || (sync.progress < 0 && ::isatty(STDERR_FILENO) && !sync.verbose);
     if (showProgress)
