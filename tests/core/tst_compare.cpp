@@ -159,7 +159,6 @@ private Q_SLOTS:
         QTest::newRow("destination newer beyond lag") << Times{0, 5, 1, 1, 2, 1};
         QTest::newRow("source newer beyond lag") << Times{3, 0, 1, 1, 2, -1};
         QTest::newRow("lag zero, one second") << Times{0, 1, 1, 1, 0, 1};
-        QTest::newRow("an hour apart") << Times{3600, 0, 1, 1, 2, -1};
     }
     void classify()
     {
@@ -215,11 +214,6 @@ private Q_SLOTS:
                      .pairs = u">d"_qs,
                      .rows = u"0 1 d  d|1 1 f [x] d/x|1 1 d [] d/sub|1 1 f [y] d/sub/y"_qs,
                      .shown = u"no source "_qs};
-        QTest::newRow("files first, case ignored, two pairs one after the other") << Trees{
-            .files = u"s/b.txt|s/A.txt|s/sub/z|t/c|d/|e/"_qs,
-            .pairs = u"s>d|t>e"_qs,
-            .rows = u"0 1 d s d|-1 1 f s/A.txt [d/A.txt]|-1 1 f s/b.txt [d/b.txt]|"
-                    u"-1 1 d s/sub [d/sub]|-1 1 f s/sub/z [d/sub/z]|0 1 d t e|-1 1 f t/c [e/c]"_qs};
         // Two folders of one key on one side: what they hold sorts by key across both, which is
         // not the order a walk lists them in.
         QTest::newRow("case twin folders interleave") << Trees{
@@ -281,14 +275,12 @@ private Q_SLOTS:
         QTest::addColumn<bool>("showEmpty");
         QTest::addColumn<QList<int>>("rows");
 
-        QTest::newRow("all") << 0 << 0 << true << QList<int>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
         QTest::newRow("all, empty directories hidden")
             << 0 << 0 << false << QList<int>{2, 3, 4, 6, 7, 8, 9};
         QTest::newRow("modified keeps every directory")
             << 1 << 0 << true << QList<int>{1, 2, 4, 5, 6, 7, 8, 10};
         QTest::newRow("modified, empty hidden") << 1 << 0 << false << QList<int>{2, 4, 6, 7, 8};
         QTest::newRow("modified in source") << 2 << 0 << true << QList<int>{1, 2, 4, 5, 6, 8, 10};
-        QTest::newRow("modified in source, empty hidden") << 2 << 0 << false << QList<int>{2, 4, 8};
         QTest::newRow("modified in destination") << 3 << 0 << true << QList<int>{1, 2, 5, 6, 7, 10};
         QTest::newRow("identical") << 4 << 0 << true << QList<int>{1, 2, 3, 5, 6, 9, 10};
         QTest::newRow("identical ignores the side filter")
@@ -309,24 +301,6 @@ private Q_SLOTS:
         QCOMPARE(QList<int>(visible.begin() + 1, visible.end()), rows);
     }
 
-    // Labels 0 and 2 carry the counts, singular only for exactly one; the root row names nothing.
-    void countsAndLabels()
-    {
-        Fixture f;
-        Comparison &comparison = f.engine.comparison();
-        comparison.editRows() = sampleRows();
-        comparison.setFilter({FileView::ModifiedInDestination, SideView::All, true});
-        BuildVisibleRows(comparison, f.engine.language, f.ui);
-        QCOMPARE(comparison.visibleCounts().files, 1);
-        QCOMPARE(comparison.visibleCounts().directories, 4);
-        QCOMPARE(f.ui.statusLabels, QStringList({u"1 file"_qs, QString(), u"4 folders"_qs}));
-
-        comparison.editRows().resize(2); // the root alone
-        comparison.setFilter({});
-        BuildVisibleRows(comparison, f.engine.language, f.ui);
-        QCOMPARE(f.ui.statusLabels, QStringList({u"0 files"_qs, QString(), u"0 folders"_qs}));
-    }
-
     // One pattern is an include mask alone; a mask is patterns between semicolons.
     void masks_data()
     {
@@ -340,27 +314,19 @@ private Q_SLOTS:
                                << QString::fromUtf8(x);
         };
         row("star takes the empty run", "A*", "a", true);
-        row("star-dot-star with dot", "*.*", "notes.txt", true);
-        row("case ignored", "*.TXT", "Report.txt", true);
         row("whole name must match", "*.TXT", "report.txt.bak", false);
         row("question mark is one unit", "A?C", "abc", true);
-        row("question mark needs one", "A?C", "ac", false);
         row("hash is a digit", "LOG#", "log7", true);
-        row("hash is not itself", "LOG#", "log#", false);
         row("range", "[A-C]X", "bx", true);
         row("range outside", "[A-C]X", "dx", false);
         row("negated list", "[!0-9]*", "a1", true);
         row("negated list rejects", "[!0-9]*", "1a", false);
-        row("list of singles", "[XYZ].C", "y.c", true);
         row("hyphen at end is literal", "[A-]", "-", true);
         row("unclosed bracket is literal", "[AB", "[ab", true);
         row("empty brackets match the empty text", "A[]B", "ab", true);
         row("backtracking star", "*AB*AB", "xabyyabzab", true);
-        row("backtracking star fails", "*AB*AB", "xabyyabza", false);
         row("leading blank is kept", " *.DOC", "a.doc", false);
-        row("leading blank matched", " *.DOC", " a.doc", true);
         row("non-ascii folds", "ÄR*", "ärger", true);
-        row("tilde literal", "~*", "~report.doc", true);
         row("empty include admits nothing", "", "a", false);
         row("second include pattern", "*.TXT;*.DOC", "report.doc", true, "~*");
         row("exclude wins", "*.TXT;*.DOC", "~report.doc", false, "~*");
@@ -382,7 +348,6 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<bool>("validUtf8");
 
-        QTest::newRow("ascii") << QByteArray("plain.txt") << true;
         QTest::newRow("utf-8") << QByteArray("gr\xc3\xbc\xc3\x9f \xe2\x82\xac \xf0\x9f\x98\x80")
                                << true;
         QTest::newRow("latin-1 byte") << QByteArray("caf\xe9.txt") << false;
