@@ -57,7 +57,7 @@ private Q_SLOTS:
     // Header, one line per row, sizes in bytes, raw non-UTF-8 bytes and an escaped tab.
     void tsvRowsAndRawNames()
     {
-        const CliRun r = run(u"--source @s --destination @d"_qs);
+        const CliRun r = run(u"--source @s --destination @d --format tsv"_qs);
         QCOMPARE(r.code, 0);
         QVERIFY(r.out.startsWith("state\tmarked\tkind\tsource\tdestination\tsource_size\t"
                                  "destination_size\tsource_modified\tdestination_modified\n"));

@@ -214,7 +214,8 @@ private Q_SLOTS:
         // An unplugged stick leaves an empty mount point: deleting from the source everything
         // it "lacks" is held back; the run says so with a status of its own.
         row("delete towards an empty destination",
-            "--source @s --destination @empty --direction to-destination --delete", 4, "held back");
+            "--source @s --destination @empty --direction to-destination --delete", 4,
+            "Löschen zurückgehalten");
         row("profile without a direction", "@none-chosen.dyp", 1, "no direction chosen");
         row("destination inside the source through a link", "--source @s --destination @link", 2,
             "--allow-nested");
@@ -241,6 +242,9 @@ private Q_SLOTS:
                   "[0]\nSO0=1\nSO1=1\n[1]\nS=" + QFile::encodeName(tree.path(u"s"_qs)) +
                       "\nD=" + d + "\n");
         tree.file(u"relative.dyp"_qs, "[0]\nSO0=1\n[1]\nS=s\nD=" + d + "\nIS=*\nIF=*\n");
+        // The person chose German: what comes from the language file (the guard's message) is
+        // German, the command line's own texts are not.
+        tree.file(u"home/config/Duomir/Duomir.ini"_qs, "[General]\nLanguage=Deutsch\n");
         const auto sides = [&] {
             return tree.snapshot(u"s"_qs) + tree.snapshot(u"d"_qs) + tree.snapshot(u"empty"_qs);
         };
