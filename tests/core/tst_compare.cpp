@@ -159,7 +159,6 @@ private Q_SLOTS:
         QTest::newRow("destination newer beyond lag") << Times{0, 5, 1, 1, 2, 1};
         QTest::newRow("source newer beyond lag") << Times{3, 0, 1, 1, 2, -1};
         QTest::newRow("lag zero, one second") << Times{0, 1, 1, 1, 0, 1};
-        QTest::newRow("an hour apart") << Times{3600, 0, 1, 1, 2, -1};
     }
     void classify()
     {
@@ -215,11 +214,6 @@ private Q_SLOTS:
                      .pairs = u">d"_qs,
                      .rows = u"0 1 d  d|1 1 f [x] d/x|1 1 d [] d/sub|1 1 f [y] d/sub/y"_qs,
                      .shown = u"no source "_qs};
-        QTest::newRow("files first, case ignored, two pairs one after the other") << Trees{
-            .files = u"s/b.txt|s/A.txt|s/sub/z|t/c|d/|e/"_qs,
-            .pairs = u"s>d|t>e"_qs,
-            .rows = u"0 1 d s d|-1 1 f s/A.txt [d/A.txt]|-1 1 f s/b.txt [d/b.txt]|"
-                    u"-1 1 d s/sub [d/sub]|-1 1 f s/sub/z [d/sub/z]|0 1 d t e|-1 1 f t/c [e/c]"_qs};
         // Two folders of one key on one side: what they hold sorts by key across both, which is
         // not the order a walk lists them in.
         QTest::newRow("case twin folders interleave") << Trees{
@@ -281,14 +275,12 @@ private Q_SLOTS:
         QTest::addColumn<bool>("showEmpty");
         QTest::addColumn<QList<int>>("rows");
 
-        QTest::newRow("all") << 0 << 0 << true << QList<int>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
         QTest::newRow("all, empty directories hidden")
             << 0 << 0 << false << QList<int>{2, 3, 4, 6, 7, 8, 9};
         QTest::newRow("modified keeps every directory")
             << 1 << 0 << true << QList<int>{1, 2, 4, 5, 6, 7, 8, 10};
         QTest::newRow("modified, empty hidden") << 1 << 0 << false << QList<int>{2, 4, 6, 7, 8};
         QTest::newRow("modified in source") << 2 << 0 << true << QList<int>{1, 2, 4, 5, 6, 8, 10};
-        QTest::newRow("modified in source, empty hidden") << 2 << 0 << false << QList<int>{2, 4, 8};
         QTest::newRow("modified in destination") << 3 << 0 << true << QList<int>{1, 2, 5, 6, 7, 10};
         QTest::newRow("identical") << 4 << 0 << true << QList<int>{1, 2, 3, 5, 6, 9, 10};
         QTest::newRow("identical ignores the side filter")
@@ -309,24 +301,6 @@ private Q_SLOTS:
         QCOMPARE(QList<int>(visible.begin() + 1, visible.end()), rows);
     }
 
-    // Labels 0 and 2 carry the counts, singular only for exactly one; the root row names nothing.
-    void countsAndLabels()
-    {
-        Fixture f;
-        Comparison &comparison = f.engine.comparison();
-        comparison.editRows() = sampleRows();
-        comparison.setFilter({FileView::ModifiedInDestination, SideView::All, true});
-        BuildVisibleRows(comparison, f.engine.language, f.ui);
-        QCOMPARE(comparison.visibleCounts().files, 1);
-        QCOMPARE(comparison.visibleCounts().directories, 4);
-        QCOMPARE(f.ui.statusLabels, QStringList({u"1 file"_qs, QString(), u"4 folders"_qs}));
-
-        comparison.editRows().resize(2); // the root alone
-        comparison.setFilter({});
-        BuildVisibleRows(comparison, f.engine.language, f.ui);
-        QCOMPARE(f.ui.statusLabels, QStringList({u"0 files"_qs, QString(), u"0 folders"_qs}));
-    }
-
     // One pattern is an include mask alone; a mask is patterns between semicolons.
     void masks_data()
     {
@@ -340,27 +314,19 @@ private Q_SLOTS:
                                << QString::fromUtf8(x);
         };
         row("star takes the empty run", "A*", "a", true);
-        row("star-dot-star with dot", "*.*", "notes.txt", true);
-        row("case ignored", "*.TXT", "Report.txt", true);
         row("whole name must match", "*.TXT", "report.txt.bak", false);
         row("question mark is one unit", "A?C", "abc", true);
-        row("question mark needs one", "A?C", "ac", false);
         row("hash is a digit", "LOG#", "log7", true);
-        row("hash is not itself", "LOG#", "log#", false);
         row("range", "[A-C]X", "bx", true);
         row("range outside", "[A-C]X", "dx", false);
         row("negated list", "[!0-9]*", "a1", true);
         row("negated list rejects", "[!0-9]*", "1a", false);
-        row("list of singles", "[XYZ].C", "y.c", true);
         row("hyphen at end is literal", "[A-]", "-", true);
         row("unclosed bracket is literal", "[AB", "[ab", true);
         row("empty brackets match the empty text", "A[]B", "ab", true);
         row("backtracking star", "*AB*AB", "xabyyabzab", true);
-        row("backtracking star fails", "*AB*AB", "xabyyabza", false);
         row("leading blank is kept", " *.DOC", "a.doc", false);
-        row("leading blank matched", " *.DOC", " a.doc", true);
         row("non-ascii folds", "ÄR*", "ärger", true);
-        row("tilde literal", "~*", "~report.doc", true);
         row("empty include admits nothing", "", "a", false);
         row("second include pattern", "*.TXT;*.DOC", "report.doc", true, "~*");
         row("exclude wins", "*.TXT;*.DOC", "~report.doc", false, "~*");
@@ -375,69 +341,6 @@ private Q_SLOTS:
         QFETCH(bool, taken);
         QFETCH(QString, exclude);
         QCOMPARE(MatchesMasks(name, MaskSet::fromTexts(include, exclude)), taken);
-    }
-
-    void nativeNamesRoundTrip_data()
-    {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<bool>("validUtf8");
-
-        QTest::newRow("ascii") << QByteArray("plain.txt") << true;
-        QTest::newRow("utf-8") << QByteArray("gr\xc3\xbc\xc3\x9f \xe2\x82\xac \xf0\x9f\x98\x80")
-                               << true;
-        QTest::newRow("latin-1 byte") << QByteArray("caf\xe9.txt") << false;
-        QTest::newRow("truncated sequence") << QByteArray("a\xe2\x82") << false;
-        QTest::newRow("overlong slash") << QByteArray("\xc0\xaf") << false;
-        QTest::newRow("encoded surrogate") << QByteArray("\xed\xa0\x80") << false;
-        QTest::newRow("beyond unicode") << QByteArray("\xf4\x90\x80\x80") << false;
-        QTest::newRow("escape-looking text") << QByteArray("\xed\xb2\x80") << false;
-    }
-
-    // Every byte string survives decoding and encoding; valid UTF-8 decodes as Qt decodes it.
-    void nativeNamesRoundTrip()
-    {
-        QFETCH(QByteArray, bytes);
-        QFETCH(bool, validUtf8);
-        const QString text = fromNative(bytes);
-        QCOMPARE(toNative(text), bytes);
-        if (validUtf8)
-            QCOMPARE(text, QString::fromUtf8(bytes));
-        else
-            QVERIFY(text != QString::fromUtf8(bytes));
-    }
-
-    // Folders listed on worker threads (as on a network mount) give the very scan a walk alone
-    // gives.
-    void listingAheadScansAlike()
-    {
-        TempTree tree;
-        for (int i = 0; i < 70; ++i) // more folders than are asked for at once
-            tree.file(u"r/f%1/x%2"_qs.arg(i % 7).arg(i), "12", T0 + i);
-        tree.file(u"r/f1/deep/er/most"_qs, "1", T0);
-        tree.file(u"r/Twin/a"_qs);
-        tree.file(u"r/TWIN/b"_qs);
-        tree.symlink(u"r/f2/link"_qs, "..");
-        tree.rawFile("r/f3/caf\xe9");
-        DirPair flags;
-        flags.SubDirs = true;
-        const MaskSet all = MaskSet::fromTexts(u"*"_qs, QString());
-        auto scan = [&](int threads) {
-            TextStore texts;
-            FileArray entries;
-            ScanExtras extras;
-            extras.listingThreads = threads;
-            ScanDirectory(tree.path(u"r/"_qs), all, all, flags, entries, texts, nullptr, 0,
-                          &extras);
-            QStringList out;
-            for (const FileEntry &e : entries)
-                out << e.path() + u'|' + e.name().toString() + u'|' +
-                           QString::number(e.Attributes) + u'|' + QString::number(e.FullSize) +
-                           u'|' + QString::number(e.Modified);
-            return out;
-        };
-        const QStringList alone = scan(0);
-        QCOMPARE(alone.size(), 1 + 70 + 7 + 2 + 1 + 2 + 2 + 1 + 1);
-        QCOMPARE(scan(6), alone);
     }
 
     void scanRules_data()
@@ -505,9 +408,10 @@ private Q_SLOTS:
         QCOMPARE(names, taken);
     }
 
-    // A link loop, a link to a directory, a name that is not UTF-8, a directory we may not read
-    // and a vanished-looking broken link: the scan ends, follows nothing and loses no byte of a
-    // name.
+    // A link loop, a link to a directory, names that are not UTF-8 (or only look like it), a
+    // directory we may not read and a vanished-looking broken link: the scan ends, follows
+    // nothing and loses no byte of a name. Folders listed on worker threads (as on a network
+    // mount) give the very scan a walk alone gives.
     void hostileTrees()
     {
         Fixture f;
@@ -518,29 +422,58 @@ private Q_SLOTS:
         f.tree.setMode(u"s/closed"_qs, 0);
         f.tree.file(u"s/unsearchable/item"_qs, "x", T0);
         f.tree.setMode(u"s/unsearchable"_qs, 0644);
-        const QByteArray rawName("caf\xe9.txt");
-        f.tree.rawFile("s/" + rawName);
+        // Latin-1, a cut sequence, an overlong "/", an encoded surrogate, beyond Unicode, and
+        // what looks like the decoder's own escape.
+        const QList<QByteArray> raw{"caf\xe9.txt",  "a\xe2\x82",        "\xc0\xaf",
+                                    "\xed\xa0\x80", "\xf4\x90\x80\x80", "\xed\xb2\x80"};
+        for (const QByteArray &name : raw)
+            f.tree.rawFile("s/f3/" + name);
+        f.tree.rawFile("s/gr\xc3\xbc\xc3\x9f \xe2\x82\xac"); // valid UTF-8 reads as such
+        for (int i = 0; i < 70; ++i) // more folders than are listed ahead at once
+            f.tree.file(u"s/f%1/x%2"_qs.arg(i % 7).arg(i), "12", T0 + i);
+        f.tree.file(u"s/f1/deep/er/most"_qs, "1", T0);
+        f.tree.file(u"s/Twin/a"_qs);
+        f.tree.file(u"s/TWIN/b"_qs);
         f.tree.dir(u"d"_qs);
         f.addPair();
         f.compare();
+        const MaskSet all = MaskSet::fromTexts(u"*"_qs, QString());
+        auto scan = [&](int threads) {
+            TextStore texts;
+            FileArray entries;
+            ScanExtras extras;
+            extras.listingThreads = threads;
+            ScanDirectory(f.tree.path(u"s/"_qs), all, all, f.engine.pairs[1], entries, texts,
+                          nullptr, 0, &extras);
+            QStringList out;
+            for (const FileEntry &e : entries)
+                out << e.path() + u'|' + e.name().toString() + u'|' +
+                           QString::number(e.Attributes) + u'|' + QString::number(e.FullSize) +
+                           u'|' + QString::number(e.Modified);
+            return out;
+        };
+        const QStringList alone = scan(0);
+        QCOMPARE(qsizetype(f.engine.comparison().rows().size()), alone.size() + 1);
+        QCOMPARE(scan(6), alone);
         f.tree.setMode(u"s/closed"_qs, 0755);
         f.tree.setMode(u"s/unsearchable"_qs, 0755);
 
         QStringList kinds;
-        bool sawRaw = false;
+        QList<QByteArray> names; // as the other side would be given them
         for (const CompareEntry &row : f.engine.comparison().rows()) {
             if (row.name(0) == u"again" || row.name(0) == u"broken")
                 kinds << row.name(0) + u':' +
                              QString::number(row.Attributes[0] & Attr::Reparse, 16);
-            if (toNative(row.name(0)) == rawName)
-                sawRaw = toNative(row.path(1) + row.name(0)).endsWith(QByteArray("/d/" + rawName));
+            names << toNative(row.path(1) + row.name(0));
             // Read but not entered: its names are known, their sizes and dates are not.
             if (row.name(0) == u"unsearchable" && ::geteuid() != 0)
                 QVERIFY(row.Attributes[0] & Attr::Unlisted);
         }
         kinds.sort();
         QCOMPARE(kinds, QStringList({u"again:400"_qs, u"broken:400"_qs}));
-        QVERIFY(sawRaw);
+        for (const QByteArray &name : raw)
+            QVERIFY2(names.contains(f.tree.nativePath("d/f3/" + name)), name.toHex().constData());
+        QVERIFY(f.rows().contains(u"-1 1 f s/gr\u00fc\u00df \u20ac [d/gr\u00fc\u00df \u20ac]"_qs));
         if (::geteuid() != 0) {
             QVERIFY(f.rows().contains(u"-1 1 d s/closed [d/closed]"_qs));
             QVERIFY(!f.rows().contains(u"-1 1 f s/closed/secret [d/closed/secret]"_qs));

