@@ -3,15 +3,14 @@
 #include <QScopeGuard>
 #include <QTest>
 #include <cerrno>
+#include <fcntl.h>
 #include <optional>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "base/nativename.h"
 #include "common/faultyfileops.h"
 #include "common/temptree.h"
-#include "core/platform/coarseclock.h"
 
 using namespace duomir;
 using duomir::test::TempTree;
@@ -411,97 +410,6 @@ private Q_SLOTS:
             QVERIFY(QDateTime::fromString(QString::fromLatin1(lines.value(2).mid(13)), Qt::ISODate)
                         .isValid()); // DeletionDate=
         }
-    }
-
-    // On a volume of its own the trash is the one at the volume's top: the shared .Trash when it
-    // is sticky, else .Trash-UID. One that is a link or a file is never used, and then nothing is
-    // deleted.
-    void trashOfAnotherVolume_data()
-    {
-        QTest::addColumn<QString>("setup");
-        QTest::addColumn<QString>("keptIn");
-        const QString own = u".Trash-%1"_qs.arg(::geteuid());
-        QTest::newRow("none yet: made") << QString() << own;
-        QTest::newRow("shared sticky .Trash") << u"sticky"_qs << u".Trash/%1"_qs.arg(::geteuid());
-        QTest::newRow("shared .Trash without sticky bit") << u"not sticky"_qs << own;
-        QTest::newRow("own trash is a link") << u"link"_qs << QString();
-        QTest::newRow("own trash is a file") << u"file"_qs << QString();
-    }
-    void trashOfAnotherVolume()
-    {
-        QFETCH(QString, setup);
-        QFETCH(QString, keptIn);
-        TempTree tree;
-        tree.dir(u"vol"_qs);
-        tree.dir(u"elsewhere"_qs);
-        tree.dir(u"home"_qs);
-        if (::mount("tmpfs", tree.nativePath("vol").constData(), "tmpfs", 0, "size=1m") != 0)
-            QSKIP("no tmpfs can be mounted here (needs root)");
-        const auto unmount =
-            qScopeGuard([&] { ::umount2(tree.nativePath("vol").constData(), MNT_DETACH); });
-        const QString own = u"vol/.Trash-%1"_qs.arg(::geteuid());
-        if (setup.endsWith(u"sticky")) {
-            tree.dir(u"vol/.Trash"_qs);
-            tree.setMode(u"vol/.Trash"_qs, setup == u"sticky" ? 01777 : 0777);
-        } else if (setup == u"link") {
-            tree.symlink(own, "../elsewhere");
-        } else if (setup == u"file") {
-            tree.file(own, "not a folder");
-        }
-        tree.file(u"vol/r/f"_qs, "old", OLD);
-        PosixFileOps ops;
-        Keeping keeping;
-        keeping.mode = Keeping::Mode::Trash;
-        keeping.homeTrash = tree.path(u"home/Trash"_qs); // another volume
-        ops.setKeeping(keeping);
-        const OpResult r = ops.removeFile({tree.path(u"vol/r"_qs), u"f"_qs}, seen(tree, "vol/r/f"));
-        QCOMPARE(r.error, keptIn.isEmpty() ? OpError::NoTrash : 0);
-        QCOMPARE(tree.exists(u"vol/r/f"_qs), keptIn.isEmpty());
-        if (!keptIn.isEmpty()) {
-            QCOMPARE(tree.read(u"vol/"_qs + keptIn + u"/files/f"_qs), QByteArray("old"));
-            QVERIFY(
-                tree.read(u"vol/"_qs + keptIn + u"/info/f.trashinfo"_qs).contains("\nPath=r/f\n"));
-        }
-        QVERIFY(QDir(tree.path(u"elsewhere"_qs)).isEmpty());
-        QVERIFY(!tree.exists(u"home/Trash"_qs));
-    }
-
-    // Which file systems keep times only to two seconds: by statfs type, by the mount table's
-    // type for FUSE, and by the device's first sector when the mount calls itself "fuseblk".
-    void coarseClocks_data()
-    {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QByteArray>("value");
-        QTest::addColumn<bool>("coarse");
-        const auto sector = [](int at, const char *name) {
-            return QByteArray(512, '\0').replace(at, 8, name);
-        };
-        QTest::newRow("statfs: vfat") << u"statfs"_qs << QByteArray("4d44") << true;
-
-        QTest::newRow("statfs: ext4") << u"statfs"_qs << QByteArray("ef53") << false;
-        QTest::newRow("mount: fuse.exfat") << u"mount"_qs << QByteArray("fuse.exfat") << true;
-
-        QTest::newRow("mount: fuse.sshfs") << u"mount"_qs << QByteArray("fuse.sshfs") << false;
-        QTest::newRow("mount: ntfs3") << u"mount"_qs << QByteArray("ntfs3") << false;
-        QTest::newRow("sector: exFAT") << u"sector"_qs << sector(3, "EXFAT   ") << true;
-        QTest::newRow("sector: FAT32") << u"sector"_qs << sector(82, "FAT32   ") << true;
-        QTest::newRow("sector: FAT16") << u"sector"_qs << sector(54, "FAT16   ") << true;
-        QTest::newRow("sector: NTFS") << u"sector"_qs << sector(3, "NTFS    ") << false;
-        QTest::newRow("sector: short read")
-            << u"sector"_qs << sector(3, "EXFAT   ").left(64) << false;
-    }
-    void coarseClocks()
-    {
-        QFETCH(QString, kind);
-        QFETCH(QByteArray, value);
-        QFETCH(bool, coarse);
-        if (kind == u"statfs")
-            QCOMPARE(clockOfFileSystemType(value.toLong(nullptr, 16)) == ClockKind::Coarse, coarse);
-        else if (kind == u"mount")
-            QCOMPARE(coarseMountType(value), coarse);
-        else
-            QCOMPARE(coarseBootSector(value), coarse);
-        QCOMPARE(clockOfFileSystemType(0x65735546), ClockKind::AskMountTable); // FUSE
     }
 
     // The temporary name stays short whatever the target's name, so a name of 255 bytes copies;

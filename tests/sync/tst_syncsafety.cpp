@@ -401,8 +401,8 @@ private Q_SLOTS:
                 .arg(done.folderRemovals[1]);
         QCOMPARE(seen.left(counts.size()), counts);
         QCOMPARE(f.listing(), list(after));
-        QCOMPARE(f.unlistedRoots,
-                 commands.contains(u"pair gone") ? 1 : 0); // the unlisted rows' root
+        // The root of the unlisted rows counts as one that could not be listed.
+        QCOMPARE(f.unlistedRoots, commands.contains(u"pair gone") ? 1 : 0);
     }
 
     // Changes made after the comparison are kept, and reported: a receiving file edited while
@@ -541,30 +541,28 @@ private Q_SLOTS:
     // or finds the receiving side empty, is asked about, and without a person not run at all.
     void deletionGuard_data()
     {
-        QTest::addColumn<int>("destinationFiles"); // of the source's ten; -1: nothing at all
-        QTest::addColumn<int>("limit");
-        QTest::addColumn<QString>("person"); // "" nobody (DontAsk), "yes", "no"
-        QTest::addColumn<int>("deleted");
-        QTest::addColumn<bool>("mirror"); // the receiving side loses what the sending one lacks
-        QTest::newRow("empty receiving side") << -1 << 50 << QString() << 0 << false;
-        QTest::newRow("empty receiving side, no share limit")
-            << -1 << 100 << QString() << 0 << false;
-        QTest::newRow("60 % refused") << 4 << 50 << QString() << 0 << false;
-        QTest::newRow("40 % allowed") << 6 << 50 << QString() << 4 << false;
-        QTest::newRow("60 %, guard off") << 4 << 100 << QString() << 6 << false;
-        QTest::newRow("60 %, the person says yes") << 4 << 50 << u"yes"_qs << 6 << false;
-        QTest::newRow("60 %, the person says no") << 4 << 50 << u"no"_qs << 0 << false;
-        QTest::newRow("mirror from an empty sending side") << -1 << 50 << QString() << 0 << true;
-        QTest::newRow("mirror, 60 % refused") << 4 << 50 << QString() << 0 << true;
-        QTest::newRow("mirror, 40 % allowed") << 6 << 50 << QString() << 4 << true;
+        // Files the other side keeps of the losing side's ten (-1: not even its folder), the limit
+        // in percent, "nobody" (DontAsk) or the person's answer, the files deleted, and
+        // "delete" or "mirror" (the receiving side loses what the sending one lacks).
+        QTest::addColumn<QString>("row");
+        QTest::newRow("empty receiving side") << u"-1 50 nobody 0 delete"_qs;
+        QTest::newRow("empty receiving side, no share limit") << u"-1 100 nobody 0 delete"_qs;
+        QTest::newRow("60 % refused") << u"4 50 nobody 0 delete"_qs;
+        QTest::newRow("40 % allowed") << u"6 50 nobody 4 delete"_qs;
+        QTest::newRow("60 %, guard off") << u"4 100 nobody 6 delete"_qs;
+        QTest::newRow("60 %, the person says yes") << u"4 50 yes 6 delete"_qs;
+        QTest::newRow("60 %, the person says no") << u"4 50 no 0 delete"_qs;
+        QTest::newRow("mirror from an empty sending side") << u"-1 50 nobody 0 mirror"_qs;
+        QTest::newRow("mirror, 60 % refused") << u"4 50 nobody 0 mirror"_qs;
+        QTest::newRow("mirror, 40 % allowed") << u"6 50 nobody 4 mirror"_qs;
     }
     void deletionGuard()
     {
-        QFETCH(int, destinationFiles);
-        QFETCH(int, limit);
-        QFETCH(QString, person);
-        QFETCH(int, deleted);
-        QFETCH(bool, mirror);
+        QFETCH(QString, row);
+        const QStringList c = row.split(u' ');
+        const int destinationFiles = c[0].toInt(), limit = c[1].toInt(), deleted = c[3].toInt();
+        const QString person = c[2];
+        const bool mirror = c[4] == u"mirror";
         Fixture f;
         const QString losing = mirror ? u"d"_qs : u"s"_qs;
         const QString other = mirror ? u"s"_qs : u"d"_qs;
@@ -576,7 +574,7 @@ private Q_SLOTS:
         }
         f.compare();
         f.engine.settings.MaxDeletePercent = limit;
-        f.engine.DontAsk = person.isEmpty();
+        f.engine.DontAsk = person == u"nobody";
         f.ui.answers = {person == u"yes"_qs ? Interaction::Answer::Yes : Interaction::Answer::No};
         f.sync({true, false, false, !mirror, mirror});
         QCOMPARE(f.engine.run().stats().filesDeleted, deleted);
