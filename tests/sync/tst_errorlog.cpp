@@ -1,9 +1,6 @@
-#include <QDir>
 #include <QTest>
 #include <cerrno>
 #include <cstring>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "common/fakeinteraction.h"
 #include "common/rowbuilder.h"
@@ -109,45 +106,6 @@ private Q_SLOTS:
                               QByteArray(std::strerror(EACCES)) + "\t/dst/" + logged + "\t/src/" +
                               logged + "\r\n");
         QCOMPARE(s.engine.run().stats().failures, 1);
-    }
-
-    void runLinesAndDays()
-    {
-        Setup s;
-        s.at = QDateTime(QDate(2026, 12, 31), QTime(23, 59, 59));
-        s.engine.reporter().writeLine({u"Start"_qs, u"p.dyp"_qs, 1});
-        s.at = s.at.addSecs(1);
-        s.engine.reporter().writeLine({u"End"_qs});
-        s.engine.reporter().writeLine();
-        QCOMPARE(s.log(u"20261231"_qs), QByteArray("2026-12-31 23:59:59\t\tStart\tp.dyp\t1\r\n"));
-        QCOMPARE(s.log(u"20270101"_qs),
-                 QByteArray("2027-01-01 00:00:00\t\tEnd\r\n2027-01-01 00:00:00\t\r\n"));
-    }
-
-    // Without a log file the person still hears of the failure; a folder that cannot take the log
-    // is not made; a FIFO, or a link to elsewhere, in the log's place takes no line and holds
-    // nothing up.
-    void noLogFile()
-    {
-        for (const char *place : {"fifo", "link"}) {
-            Setup s;
-            const QByteArray log = QFile::encodeName(s.tree.path(u"20260314.log"_qs));
-            s.tree.file(u"elsewhere"_qs);
-            QVERIFY(QByteArray(place) == "fifo" ? ::mkfifo(log.constData(), 0600) == 0
-                                                : ::symlink("elsewhere", log.constData()) == 0);
-            s.engine.reporter().writeLine({u"Start"_qs});
-            QCOMPARE(s.tree.read(u"elsewhere"_qs), QByteArray());
-        }
-        for (bool loggingOn : {false, true}) {
-            Setup s;
-            s.engine.settings.LogToFile = loggingOn;
-            if (loggingOn)
-                s.engine.DataFolder = s.tree.path(u"missing/folder/"_qs);
-            s.engine.reporter().writeLine({u"Start"_qs});
-            s.engine.reporter().report(OpResult::failure(EIO), 143, 0, 1);
-            QCOMPARE(s.ui.shown.size(), 1);
-            QCOMPARE(s.tree.snapshot(), QStringList());
-        }
     }
 };
 
