@@ -1,6 +1,8 @@
 #include <QTest>
 #include <cerrno>
 #include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "common/fakeinteraction.h"
 #include "common/rowbuilder.h"
@@ -106,6 +108,21 @@ private Q_SLOTS:
                               QByteArray(std::strerror(EACCES)) + "\t/dst/" + logged + "\t/src/" +
                               logged + "\r\n");
         QCOMPARE(s.engine.run().stats().failures, 1);
+    }
+
+    // A FIFO or a link put where the day's log goes is not written through: the run neither
+    // hangs on the pipe nor writes into the file the link names.
+    void logPlaceTakenByAnotherKind()
+    {
+        for (const char *kind : {"fifo", "link"}) {
+            Setup s;
+            const QByteArray log = QFile::encodeName(s.tree.path(u"20260314.log"_qs));
+            s.tree.file(u"elsewhere"_qs);
+            QVERIFY(QByteArray(kind) == "fifo" ? ::mkfifo(log.constData(), 0600) == 0
+                                               : ::symlink("elsewhere", log.constData()) == 0);
+            s.engine.reporter().writeLine({u"Start"_qs});
+            QCOMPARE(s.tree.read(u"elsewhere"_qs), QByteArray());
+        }
     }
 };
 

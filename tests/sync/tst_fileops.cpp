@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <optional>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "base/nativename.h"
@@ -453,6 +454,37 @@ private Q_SLOTS:
         QCOMPARE(ops.removeLeftover(at(tree, u"d/.duomir-user.tmp"_qs)).error,
                  int(OpError::PlaceUnknown));
         QCOMPARE(leftovers(tree, u"d"_qs).size(), 2);
+    }
+
+    // As root a copy keeps owner and group, as cp -a does. Whoever cannot keep the owner must not
+    // hand out a program that runs with someone else's rights: setuid and setgid go.
+    void ownerKeptOrSetuidDropped()
+    {
+        if (::geteuid() != 0)
+            QSKIP("needs root to make files of other owners");
+        for (const bool asRoot : {true, false}) {
+            TempTree tree;
+            tree.file(u"s/tool"_qs, "#!/bin/sh\n", NEW);
+            tree.dir(u"d"_qs);
+            QVERIFY(::chown(tree.nativePath("s/tool").constData(), 1234, 1234) == 0);
+            tree.setMode(u"s/tool"_qs, 06755);
+            tree.setMode(u"d"_qs, 0777);
+            QVERIFY(::chmod(tree.root().toUtf8().constData(), 0755) == 0);
+            PosixFileOps ops;
+            const pid_t child = ::fork();
+            if (child == 0) {
+                const bool dropped = asRoot || (::setresgid(65534, 65534, 65534) == 0 &&
+                                                ::setresuid(65534, 65534, 65534) == 0);
+                ::_exit(dropped ? ::copy(ops, tree, u"s/tool"_qs, u"d/tool"_qs).error : 99);
+            }
+            int status = 0;
+            QCOMPARE(::waitpid(child, &status, 0), child);
+            QCOMPARE(WEXITSTATUS(status), 0);
+            struct stat st;
+            QVERIFY(::lstat(tree.nativePath("d/tool").constData(), &st) == 0);
+            QCOMPARE(st.st_uid, asRoot ? 1234u : 65534u);
+            QCOMPARE(unsigned(st.st_mode & 07777), asRoot ? 06755u : 0755u);
+        }
     }
 };
 
