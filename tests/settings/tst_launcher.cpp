@@ -65,7 +65,7 @@ private Q_SLOTS:
         QTest::newRow("blanks") << u"/opt/my apps/duomir"_qs << u"/home/u/my lists/a b.dyp"_qs
                                 << all;
         QTest::newRow("shell characters, quote and backslash")
-            << bin << u"/home/u/$HOME `x` & (y);it's \\ z.dyp"_qs << all;
+            << bin << u"/home/u/$HOME `x` & (y);it's \\ \"z\".dyp"_qs << all;
         QTest::newRow("percent is no field code") << bin << u"/home/u/100%f.dyp"_qs << all;
         QTest::newRow("non-ASCII") << bin << u"/home/u/Übersicht ß.dyp"_qs << all;
         QTest::newRow("no profile, two switches")
