@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <optional>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -454,6 +455,59 @@ private Q_SLOTS:
         QCOMPARE(ops.removeLeftover(at(tree, u"d/.duomir-user.tmp"_qs)).error,
                  int(OpError::PlaceUnknown));
         QCOMPARE(leftovers(tree, u"d"_qs).size(), 2);
+    }
+
+    // On a volume of its own the trash is the one at the volume's top: the shared .Trash when it
+    // is sticky, else .Trash-UID. One that is a link or a file is never used, and then nothing is
+    // deleted.
+    void trashOfAnotherVolume_data()
+    {
+        QTest::addColumn<QString>("setup");
+        QTest::addColumn<QString>("keptIn");
+        const QString own = u".Trash-%1"_qs.arg(::geteuid());
+        QTest::newRow("none yet: made") << QString() << own;
+        QTest::newRow("shared sticky .Trash") << u"sticky"_qs << u".Trash/%1"_qs.arg(::geteuid());
+        QTest::newRow("shared .Trash without sticky bit") << u"not sticky"_qs << own;
+        QTest::newRow("own trash is a link") << u"link"_qs << QString();
+        QTest::newRow("own trash is a file") << u"file"_qs << QString();
+    }
+    void trashOfAnotherVolume()
+    {
+        QFETCH(QString, setup);
+        QFETCH(QString, keptIn);
+        TempTree tree;
+        tree.dir(u"vol"_qs);
+        tree.dir(u"elsewhere"_qs);
+        tree.dir(u"home"_qs);
+        if (::mount("tmpfs", tree.nativePath("vol").constData(), "tmpfs", 0, "size=1m") != 0)
+            QSKIP("no tmpfs can be mounted here (needs root)");
+        const auto unmount =
+            qScopeGuard([&] { ::umount2(tree.nativePath("vol").constData(), MNT_DETACH); });
+        const QString own = u"vol/.Trash-%1"_qs.arg(::geteuid());
+        if (setup.endsWith(u"sticky")) {
+            tree.dir(u"vol/.Trash"_qs);
+            tree.setMode(u"vol/.Trash"_qs, setup == u"sticky" ? 01777 : 0777);
+        } else if (setup == u"link") {
+            tree.symlink(own, "../elsewhere");
+        } else if (setup == u"file") {
+            tree.file(own, "not a folder");
+        }
+        tree.file(u"vol/r/f"_qs, "old", OLD);
+        PosixFileOps ops;
+        Keeping keeping;
+        keeping.mode = Keeping::Mode::Trash;
+        keeping.homeTrash = tree.path(u"home/Trash"_qs); // another volume
+        ops.setKeeping(keeping);
+        const OpResult r = ops.removeFile({tree.path(u"vol/r"_qs), u"f"_qs}, seen(tree, "vol/r/f"));
+        QCOMPARE(r.error, keptIn.isEmpty() ? OpError::NoTrash : 0);
+        QCOMPARE(tree.exists(u"vol/r/f"_qs), keptIn.isEmpty());
+        if (!keptIn.isEmpty()) {
+            QCOMPARE(tree.read(u"vol/"_qs + keptIn + u"/files/f"_qs), QByteArray("old"));
+            QVERIFY(
+                tree.read(u"vol/"_qs + keptIn + u"/info/f.trashinfo"_qs).contains("\nPath=r/f\n"));
+        }
+        QVERIFY(QDir(tree.path(u"elsewhere"_qs)).isEmpty());
+        QVERIFY(!tree.exists(u"home/Trash"_qs));
     }
 
     // As root a copy keeps owner and group, as cp -a does. Whoever cannot keep the owner must not
