@@ -609,6 +609,14 @@ private Q_SLOTS:
         for (const CompareEntry &e : f.engine.comparison().rows())
             QVERIFY2(!e.path(0).contains(u"/Old"_qs) && !e.path(1).contains(u"/Old"_qs),
                      qPrintable(e.path(0) + e.path(1)));
+
+        // No days to keep means every run folder stays, however old.
+        f.engine.settings.KeepVersionsDays = 0;
+        f.engine.clock = [] { return QDateTime(QDate(2027, 11, 24), QTime(14, 0)); };
+        f.files(u"s/b"_qs);
+        f.compare();
+        f.sync({true, false, false, true});
+        QVERIFY(f.tree.exists(u"s/Old/2026-10-25 140001/y"_qs));
     }
 
     // With every change logged, a run can be read afterwards: one line per copy, replacement,
