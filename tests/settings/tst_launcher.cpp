@@ -116,6 +116,7 @@ private Q_SLOTS:
         QVERIFY(QFile::permissions(path) & QFileDevice::ExeOwner);
 
         QVERIFY(!CreateShortcut(QString(), l));
+        QVERIFY(!CreateShortcut(tree.path(u"missing/x.desktop"_qs), l));
         l.program.clear();
         QVERIFY(!CreateShortcut(tree.path(u"x.desktop"_qs), l));
         QVERIFY(!tree.exists(u"x.desktop"_qs));
