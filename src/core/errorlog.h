@@ -9,7 +9,7 @@
 
 namespace duomir {
 
-// The `what` bits of ReportResult: which paths of the entry the message and the log line show.
+// The `what` bits of Reporter::report: which paths of the entry the message and the log line show.
 // Bit 1: source text = the entry's directory on the sending side d; bit 2: append the sending
 // file name to it; bit 4: destination text = the directory on the receiving side; bit 8: append
 // the sending file name to that. The higher bits only tell the operations apart.
