@@ -109,7 +109,7 @@ void CopyWalk::tree(int start)
     // The depth alone would not stop at the next pair's root when that lies deeper.
     const QString inside = start > 0 ? insidePrefix(entry(first).path(m_d)) : QString();
     const QString folder = withoutTrailingSeparator(entry(first).path(m_d));
-    const int last = int(m_comparison.rows().size()) - 1;
+    const int last = m_comparison.lastRow();
     enterPair(pairRootRow(m_comparison.rows(), first));
     if (start == 0 && !m_counting)
         removeLeftovers();

@@ -34,14 +34,13 @@ PairCount countPair(const CompareArray &rows, int root, int side)
 
 } // namespace
 
-std::vector<OversizedDeletion> FindOversizedDeletions(const Comparison &comparison, int maxPercent,
+std::vector<OversizedDeletion> FindOversizedDeletions(const Comparison &comparison, int limit,
                                                       int side, int start)
 {
     std::vector<OversizedDeletion> found;
     const CompareArray &rows = comparison.rows();
     if (rows.size() < 2)
         return found;
-    const int limit = maxPercent;
     const int first = start > 0 ? pairRootRow(rows, start) : 1;
     for (int root = first; root < int(rows.size()); ++root) {
         if (!isPairRootRow(rows[size_t(root)]))

@@ -19,9 +19,9 @@ struct OversizedDeletion
 };
 
 // Per pair, a deletion on `side` of the files the other side lacks that would remove more than
-// `maxPercent` of that side's files, or that finds the other side holding nothing at all (an
+// `limit` per cent of that side's files, or that finds the other side holding nothing at all (an
 // unplugged drive leaves an empty mount point). `start` as for DeleteEntries.
-std::vector<OversizedDeletion> FindOversizedDeletions(const Comparison &comparison, int maxPercent,
+std::vector<OversizedDeletion> FindOversizedDeletions(const Comparison &comparison, int limit,
                                                       int side, int start);
 
 // Before the deletion step of a synchronization: each pair FindOversizedDeletions names is asked

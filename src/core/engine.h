@@ -69,7 +69,7 @@ public:
 
     // The local time for log lines; tests replace the clock.
     std::function<QDateTime()> clock;
-    QDateTime now() const { return clock ? clock() : QDateTime::currentDateTime(); }
+    QDateTime now() const { return m_reporter.now(); }
 
     QString FormatMsg(int key, const QStringList &params = {}) const
     {

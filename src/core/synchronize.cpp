@@ -46,6 +46,17 @@ void writeRunLine(Engine &engine, const QString &what, int startEntry)
     engine.reporter().writeLine(fields);
 }
 
+// The walks over the engine's comparison, with its run and its reporter.
+void copyWalk(Engine &engine, int d, int startEntry, CopyModes mode)
+{
+    CopyEntries(engine.comparison(), engine.run(), engine.reporter(), d, startEntry, mode);
+}
+
+void deleteWalk(Engine &engine, int side, int startEntry, DeleteModes mode)
+{
+    DeleteEntries(engine.comparison(), engine.run(), engine.reporter(), side, startEntry, mode);
+}
+
 void endRun(Engine &engine)
 {
     engine.ui().setInputEnabled(true);
@@ -75,35 +86,30 @@ bool Synchronize(Engine &engine, int startEntry)
     const bool oneWay = o.Src != o.Dest && !o.Reverse;
     if (oneWay && o.Delete) {
         GuardDeletions(engine, o.Src ? 0 : 1, startEntry);
-        DeleteEntries(engine.comparison(), engine.run(), engine.reporter(), o.Src ? 0 : 1,
-                      startEntry, DeleteMode::OnlyMissingOnOtherSide);
+        deleteWalk(engine, o.Src ? 0 : 1, startEntry, DeleteMode::OnlyMissingOnOtherSide);
         engine.run().refusedRoots().clear(); // the list's own Delete command is not guarded
     } else if (oneWay && o.Mirror) {
         // The receiving side loses what the sending side lacks, then takes every copy: it ends
         // as the sending side is.
         const int receiving = o.Src ? 1 : 0;
         GuardDeletions(engine, receiving, startEntry, true);
-        DeleteEntries(engine.comparison(), engine.run(), engine.reporter(), receiving, startEntry,
-                      DeleteMode::OnlyMissingOnOtherSide | DeleteMode::EmptiedFolders);
+        deleteWalk(engine, receiving, startEntry,
+                   DeleteMode::OnlyMissingOnOtherSide | DeleteMode::EmptiedFolders);
         engine.run().refusedRoots().clear();
     }
 
     const CopyModes receivingDecides =
         oneWay && o.Delete ? CopyModes(CopyMode::ReceivingDecides) : CopyModes();
     if (o.Src)
-        CopyEntries(engine.comparison(), engine.run(), engine.reporter(), 0, startEntry,
-                    CopyMode::CountOnly | receivingDecides);
+        copyWalk(engine, 0, startEntry, CopyMode::CountOnly | receivingDecides);
     if (o.Dest)
-        CopyEntries(engine.comparison(), engine.run(), engine.reporter(), 1, startEntry,
-                    CopyMode::CountOnly | receivingDecides);
+        copyWalk(engine, 1, startEntry, CopyMode::CountOnly | receivingDecides);
     if (!engine.DontAsk || engine.ProgressWhenUnattended)
         engine.run().progress().Init(engine.run().byteTotal());
     if (o.Src)
-        CopyEntries(engine.comparison(), engine.run(), engine.reporter(), 0, startEntry,
-                    receivingDecides);
+        copyWalk(engine, 0, startEntry, receivingDecides);
     if (o.Dest)
-        CopyEntries(engine.comparison(), engine.run(), engine.reporter(), 1, startEntry,
-                    receivingDecides);
+        copyWalk(engine, 1, startEntry, receivingDecides);
 
     endRun(engine);
     writeRunLine(engine, QStringLiteral("End"), startEntry);
@@ -114,13 +120,11 @@ void CopySelected(Engine &engine, int d, int startEntry)
 {
     engine.run().begin();
     BeginKeeping(engine, startEntry);
-    CopyEntries(engine.comparison(), engine.run(), engine.reporter(), d, startEntry,
-                CopyMode::CountOnly | CopyMode::IgnoreState);
+    copyWalk(engine, d, startEntry, CopyMode::CountOnly | CopyMode::IgnoreState);
     engine.ui().setInputEnabled(false);
     if (!engine.DontAsk || engine.ProgressWhenUnattended)
         engine.run().progress().Init(engine.run().byteTotal());
-    CopyEntries(engine.comparison(), engine.run(), engine.reporter(), d, startEntry,
-                CopyMode::IgnoreState);
+    copyWalk(engine, d, startEntry, CopyMode::IgnoreState);
     endRun(engine);
 }
 

@@ -9,7 +9,7 @@
 
 namespace duomir {
 
-// One trash of the freedesktop.org Trash specification: its files/ and info/ folders, and the
+// One trash in the freedesktop.org layout: its files/ and info/ folders, and the
 // directory that the Path lines of its info files are relative to (empty for the home trash,
 // whose Path lines are absolute).
 struct TrashCan
