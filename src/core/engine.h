@@ -1,13 +1,8 @@
 #pragma once
 
 #include <QDateTime>
-#include <QHash>
 #include <QString>
-#include <array>
-#include <atomic>
-#include <cstdint>
 #include <functional>
-#include <vector>
 
 #include "core/comparison.h"
 #include "core/dirpair.h"
@@ -19,7 +14,6 @@
 
 namespace duomir {
 
-class FileOps;
 class Interaction;
 
 // The one object that owns everything a run of Duomir keeps: settings, the pair list, the file
