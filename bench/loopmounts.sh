@@ -35,19 +35,28 @@ export RCLONE_CONFIG_R_TYPE=sftp RCLONE_CONFIG_R_HOST=127.0.0.1 RCLONE_CONFIG_R_
 
 # $work/remount.sh mounts both afresh: a new mount remembers nothing, as on a first run on a
 # user's machine (for hyperfine's --prepare).
-cat >"$work/remount.sh" <<SCRIPT
+# The rclone daemon goes on uploading what its write cache holds after the unmount: until it has
+# exited, a preparation that rewrites the server's folder races with it. What it leaves in the
+# cache the next daemon would upload first, before its mount is ready: each mount starts empty.
+cat >"$work/unmount.sh" <<SCRIPT
 #!/bin/sh
 fusermount -u "$work/mnt-sshfs" 2>/dev/null
 fusermount -u "$work/mnt-rclone" 2>/dev/null
+while pgrep -f "rclone mount r: $work/mnt-rclone" >/dev/null; do sleep 0.1; done
+rm -rf "$work/rclone-cache"
+SCRIPT
+cat >"$work/remount.sh" <<SCRIPT
+#!/bin/sh
+"$work/unmount.sh"
 sshfs -p 2222 -o IdentityFile="$key",StrictHostKeyChecking=no,UserKnownHostsFile=/dev/null \\
     root@127.0.0.1:"$work/remote-sshfs" "$work/mnt-sshfs"
-rclone mount r: "$work/mnt-rclone" --daemon --vfs-cache-mode writes
+rclone mount r: "$work/mnt-rclone" --daemon --vfs-cache-mode writes \\
+    --cache-dir "$work/rclone-cache"
 for i in \$(seq 50); do mountpoint -q "$work/mnt-rclone" && break; sleep 0.1; done
 SCRIPT
-chmod +x "$work/remount.sh"
+chmod +x "$work/unmount.sh" "$work/remount.sh"
 stop_mounts() {
-    fusermount -u "$work/mnt-sshfs" 2>/dev/null || true
-    fusermount -u "$work/mnt-rclone" 2>/dev/null || true
+    "$work/unmount.sh" || true
     kill "$rclone_pid" 2>/dev/null || true
     kill "$(cat "$work/sshd.pid")" 2>/dev/null || true
 }

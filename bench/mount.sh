@@ -42,6 +42,7 @@ hyperfine --runs "$runs" --prepare "$work/remount.sh" --export-json "$work/compa
 # one is replaced. The server's folder is made anew before every run.
 cat >"$work/stale.sh" <<SCRIPT
 #!/bin/sh
+"$work/unmount.sh"
 for m in sshfs rclone; do
     rm -rf "$work/remote-\$m/sync"
     cp -a "$src" "$work/remote-\$m/sync"
