@@ -54,29 +54,25 @@ private Q_SLOTS:
         ScriptedOps ops;
         std::atomic<bool> cancel = false;
         QStringList reported;
-        const CopyPipeline::Hooks hooks{.started = [](const CopyStep &) {},
-                                        .progress = [](std::int64_t, std::int64_t) {},
-                                        .yield = [] {},
-                                        .finished =
-                                            [&](const CopyStep &step) {
-                                                const QString name =
-                                                    step.isCopy ? step.from.relative : u"made"_qs;
-                                                reported << (step.result.ok() ? name : name + u'!');
-                                            }};
+        const auto ignored = [](auto &&...) {};
+        const CopyPipeline::Hooks hooks{ignored, ignored, ignored, [&](const CopyStep &step) {
+                                            const QString name =
+                                                step.isCopy ? step.from.relative : u"made"_qs;
+                                            reported << (step.result.ok() ? name : name + u'!');
+                                        }};
         {
             CopyPipeline pipeline(ops, cancel, hooks, false);
             int index = 0;
             for (const QString &name : {u"a"_qs, u"b"_qs, u"made"_qs, u"c"_qs, u"d"_qs}) {
-                if (name == u"made") {
-                    pipeline.add(Made, ++index, OpResult::failure(EACCES));
-                    continue;
-                }
                 CopyStep step;
                 step.what = Copy;
                 step.index = ++index;
                 step.from = step.to = {u"/"_qs, name};
                 step.size = 10;
-                pipeline.copy(std::move(step));
+                if (name == u"made")
+                    pipeline.add(Made, index, OpResult::failure(EACCES));
+                else
+                    pipeline.copy(std::move(step));
             }
             pipeline.finish();
         }

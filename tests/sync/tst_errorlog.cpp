@@ -20,7 +20,6 @@ struct Setup
     TempTree tree;
     FakeInteraction ui;
     Engine engine{ui};
-    QDateTime at{QDate(2026, 3, 14), QTime(9, 26, 53)};
 
     // One row whose source is `src` + `name` and destination `dst` + `name`.
     explicit Setup(const QString &src = u"/a/"_qs, const QString &dst = u"/b/"_qs,
@@ -28,7 +27,7 @@ struct Setup
     {
         engine.DataFolder = tree.root() + u'/';
         engine.settings.LogToFile = true;
-        engine.clock = [this] { return at; };
+        engine.clock = [] { return QDateTime(QDate(2026, 3, 14), QTime(9, 26, 53)); };
         CompareEntry e;
         setPaths(e, engine.comparison().texts(), src, dst);
         setNames(e, engine.comparison().texts(), name, name);
@@ -107,7 +106,6 @@ private Q_SLOTS:
         QCOMPARE(s.log(), "2026-03-14 09:26:53\t\t" + QByteArray::number(EACCES) + '\t' +
                               QByteArray(std::strerror(EACCES)) + "\t/dst/" + logged + "\t/src/" +
                               logged + "\r\n");
-        QCOMPARE(s.engine.run().stats().failures, 1);
     }
 
     // A FIFO or a link put where the day's log goes is not written through: the run neither
