@@ -6,18 +6,17 @@
 
 #include "base/nativename.h"
 #include "common/fakeinteraction.h"
+#include "common/rowbuilder.h"
 #include "common/temptree.h"
 #include "core/comparecommand.h"
 #include "core/engine.h"
 #include "core/filters.h"
 #include "core/masks.h"
 #include "core/scanner.h"
-#include "core/sortkeys.h"
 #include "localization/language.h"
 
 using namespace duomir;
-using duomir::test::FakeInteraction;
-using duomir::test::TempTree;
+using namespace duomir::test;
 
 namespace {
 
@@ -27,21 +26,17 @@ constexpr qint64 T0 = 1'700'000'000; // a fixed file time
 // that lacks the entry shows its derived path in brackets.
 QString describe(const CompareEntry &row, const QString &base)
 {
-    const bool missing[2] = {row.lacks(0) && !row.lacks(1), row.lacks(1) && !row.lacks(0)};
-    auto side = [&](int i) {
+    const auto side = [&](int i) {
         // A directory row names its directory by Path alone; a missing side borrows the name.
-        QString full = row.path(i);
-        if (!row.isDirectory())
-            full += missing[i] ? row.name(1 - i) : row.name(i);
+        const bool missing = row.lacks(i) && !row.lacks(1 - i);
+        QString full =
+            row.path(i) + (row.isDirectory() ? QString() : row.name(missing ? 1 - i : i));
         if (full.startsWith(base))
-            full = full.mid(base.size());
-        return missing[i] ? u'[' + full + u']' : full;
+            full.remove(0, base.size());
+        return missing ? u'[' + full + u']' : full;
     };
-    return QStringLiteral("%1 %2 %3 %4 %5")
-        .arg(row.State)
-        .arg(row.Marked ? 1 : 0)
-        .arg(row.isDirectory() ? u"d"_qs : u"f"_qs)
-        .arg(side(0), side(1));
+    return QString::number(row.State) + (row.Marked ? u" 1 " : u" 0 ") +
+           (row.isDirectory() ? u"d " : u"f ") + side(0) + u' ' + side(1);
 }
 
 struct Fixture
@@ -52,7 +47,6 @@ struct Fixture
 
     Fixture()
     {
-        engine.settings.TimeLag = 0;
         tree.file(u"English.lang"_qs, "702=%1 file\n703=%1 files\n712=%1 folder\n713=%1 folders\n"
                                       "802=no pairs\n806=no source %1\n807=no destination %1\n"
                                       "850=scanning\n");
@@ -118,8 +112,7 @@ CompareArray sampleRows()
         CompareEntry e;
         e.State = static_cast<std::int16_t>(state);
         e.Attributes[0] = e.Attributes[1] = directory ? Attr::Directory : 0;
-        e.setName(0, texts.add(QString::fromUtf8(source)));
-        e.setName(1, texts.add(QString::fromUtf8(destination)));
+        setNames(e, texts, QString::fromUtf8(source), QString::fromUtf8(destination));
         return e;
     };
     return {
@@ -345,7 +338,9 @@ private Q_SLOTS:
 
     void scanRules_data()
     {
-        QTest::addColumn<QString>("switches"); // letters of the switches that are on: u d h s f i
+        // The switches that are on: u subdirectories, i system and d hidden directories, f system
+        // and h hidden files.
+        QTest::addColumn<QString>("switches");
         QTest::addColumn<QString>("includeFiles");
         QTest::addColumn<QString>("excludeDirs");
         QTest::addColumn<QStringList>("taken");
@@ -362,13 +357,14 @@ private Q_SLOTS:
         QTest::newRow("hidden files and dot directories, trash folders skipped")
             << u"uhdf"_qs << u"*"_qs << QString()
             << (all + QStringList{u".hidden"_qs, u".svn"_qs, u".svn/entries"_qs, u".Trashcan"_qs,
-                                  u".Trashcan/t"_qs, u".Trash-1a"_qs, u".Trash-1a/t"_qs});
+                                  u".Trashcan/t"_qs, u".Trash-1a"_qs, u".Trash-1a/t"_qs,
+                                  u"pipe*"_qs});
         QTest::newRow("hidden files, no hidden directories")
-            << u"uhf"_qs << u"*"_qs << QString() << (all + QStringList{u".hidden"_qs});
+            << u"uhf"_qs << u"*"_qs << QString() << (all + QStringList{u".hidden"_qs, u"pipe*"_qs});
     }
     // The source holds Makefile, notes.txt, bin/tool, .hidden, .svn/entries, trash folders and
     // look-alikes, and a FIFO; the scan takes what the switches and masks admit. A dot directory
-    // is a hidden one.
+    // is a hidden one; a FIFO is a system file ("*" after it).
     void scanRules()
     {
         QFETCH(QString, switches);
@@ -384,24 +380,18 @@ private Q_SLOTS:
         f.tree.dir(u"d"_qs);
         f.addPair();
         DirPair &pair = f.engine.pairs[1];
-        pair.SubDirs = switches.contains(u'u');
-        pair.HiddenDirs = switches.contains(u'd');
-        pair.HiddenFiles = switches.contains(u'h');
-        pair.SysFiles = switches.contains(u'f');
-        pair.SysDirs = switches.contains(u'i');
+        for (int i = 0; i < PairSwitchCount; ++i)
+            switchField(pair, switchInDisplayOrder(i)) = switches.contains(u"uidfh"[i]);
         pair.IncludeFiles = includeFiles;
         pair.ExcludeDirs = excludeDirs;
         f.compare(); // a FIFO is listed, never opened: no hang
 
         QStringList names;
-        for (const QString &row : f.rows().mid(1))
-            names << row.section(u' ', 3, 3).mid(2);
-        if (switches.contains(u'f')) {
-            QVERIFY(names.removeOne(u"pipe"_qs));
-            const auto &rows = f.engine.comparison().rows();
-            QVERIFY(std::any_of(rows.begin(), rows.end(), [](const CompareEntry &r) {
-                return r.name(0) == u"pipe" && (r.Attributes[0] & Attr::System);
-            }));
+        const QStringList described = f.rows();
+        for (qsizetype r = 1; r < described.size(); ++r) {
+            const CompareEntry &row = f.engine.comparison().rows()[size_t(r) + 1];
+            names << described[r].section(u' ', 3, 3).mid(2) +
+                         (row.Attributes[0] & Attr::System ? u"*" : u"");
         }
         names.sort();
         taken.sort();
