@@ -31,15 +31,12 @@ FileArray entriesFrom(const QString &root, const QStringList &relative, bool sha
         const QString path = directory ? r.chopped(1) : r;
         const qsizetype slash = path.lastIndexOf(u'/');
         e.setName(texts.add(QStringView(path).mid(slash + 1)));
-        if (directory) {
-            e.setPath(texts.addPath(root + u'/' + path));
-            e.Attributes = Attr::Directory;
-        } else {
-            const QString parent = root + u'/' + path.left(slash + 1);
-            const auto known = paths.constFind(parent);
-            e.setPath(share && known != paths.cend() ? *known : texts.addPath(parent));
-            paths.insert(parent, &e.path());
-        }
+        e.Attributes = directory ? Attr::Directory : 0;
+        const QString folder = root + u'/' + (directory ? path : path.left(slash + 1));
+        const QString *&known = paths[folder];
+        if (!known || !share || directory)
+            known = texts.addPath(folder);
+        e.setPath(known);
         out.push_back(e);
     }
     return out;
@@ -230,15 +227,11 @@ private Q_SLOTS:
         QStringList destination;
         for (const QString &p : source) {
             const int fate = int(rng.bounded(6));
-            if (fate == 0)
-                continue;
             const QString spelled = fate == 1 ? respelled(p, rng) : p;
             // A respelled entry keeps its folders as the destination has them.
             const qsizetype cut = spelled.chopped(spelled.endsWith(u'/') ? 1 : 0).lastIndexOf(u'/');
             const QString parent = spelled.left(cut + 1);
-            if (!parent.isEmpty() && !destination.contains(parent))
-                continue;
-            if (!destination.contains(spelled))
+            if (fate != 0 && (parent.isEmpty() || destination.contains(parent)))
                 destination << spelled;
         }
         for (int k = 0; k < 40; ++k)
