@@ -157,9 +157,8 @@ private Q_SLOTS:
         f.engine.settings.TimeLag = t.lag / 86400.0;
         f.addPair();
         f.compare();
-        QCOMPARE(f.rows(), QStringList({u"0 1 d s d"_qs, QStringLiteral("%1 %2 f s/a.txt d/A.TXT")
-                                                             .arg(t.state)
-                                                             .arg(t.state == 0 ? 0 : 1)}));
+        const QString row = u"%1 %2 f s/a.txt d/A.TXT"_qs.arg(t.state).arg(t.state == 0 ? 0 : 1);
+        QCOMPARE(f.rows(), QStringList({u"0 1 d s d"_qs, row}));
     }
 
     void trees_data()
@@ -382,9 +381,6 @@ private Q_SLOTS:
     void hostileTrees()
     {
         Fixture f;
-        f.tree.dir(u"s/loop"_qs);
-        f.tree.symlink(u"s/loop/again"_qs, "..");
-        f.tree.symlink(u"s/broken"_qs, "does-not-exist");
         f.tree.file(u"s/closed/secret"_qs, "x", T0);
         f.tree.setMode(u"s/closed"_qs, 0);
         f.tree.file(u"s/unsearchable/item"_qs, "x", T0);
@@ -399,6 +395,8 @@ private Q_SLOTS:
         for (int i = 0; i < 70; ++i) // more folders than are listed ahead at once
             f.tree.file(u"s/f%1/x%2"_qs.arg(i % 7).arg(i), "12", T0 + i);
         f.tree.file(u"s/f1/deep/er/most"_qs, "1", T0);
+        f.tree.symlink(u"s/f0/again"_qs, ".."); // a loop
+        f.tree.symlink(u"s/broken"_qs, "does-not-exist");
         f.tree.file(u"s/Twin/a"_qs);
         f.tree.file(u"s/TWIN/b"_qs);
         f.tree.dir(u"d"_qs);
@@ -436,15 +434,13 @@ private Q_SLOTS:
             if (row.name(0) == u"unsearchable" && ::geteuid() != 0)
                 QVERIFY(row.Attributes[0] & Attr::Unlisted);
         }
-        kinds.sort();
-        QCOMPARE(kinds, QStringList({u"again:400"_qs, u"broken:400"_qs}));
+        QCOMPARE(kinds, QStringList({u"broken:400"_qs, u"again:400"_qs})); // files come first
         for (const QByteArray &name : raw)
             QVERIFY2(names.contains(f.tree.nativePath("d/f3/" + name)), name.toHex().constData());
         QVERIFY(f.rows().contains(u"-1 1 f s/gr\u00fc\u00df \u20ac [d/gr\u00fc\u00df \u20ac]"_qs));
-        if (::geteuid() != 0) {
-            QVERIFY(f.rows().contains(u"-1 1 d s/closed [d/closed]"_qs));
-            QVERIFY(!f.rows().contains(u"-1 1 f s/closed/secret [d/closed/secret]"_qs));
-        }
+        QVERIFY(::geteuid() == 0 ||
+                (f.rows().contains(u"-1 1 d s/closed [d/closed]"_qs) &&
+                 !f.rows().contains(u"-1 1 f s/closed/secret [d/closed/secret]"_qs)));
     }
 
     // One directory of 100,000 files against a destination that holds every tenth of them,
