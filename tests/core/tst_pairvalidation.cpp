@@ -200,8 +200,7 @@ private Q_SLOTS:
         f.engine.comparison().setFilter({.SideFilter = SideView::SameNames, .ShowEmptyDirs = true});
         QVERIFY(LoadProfile(f.engine));
         QCOMPARE(f.engine.pairs.count(), 1);
-        DirPair expected = DirPair::fromProfileDefaults();
-        expected.Source = f.tree.root() + QChar(0) + u"junk"_s;
+        const DirPair expected{.Source = f.tree.root() + QChar(0) + u"junk"_s}; // all else default
         QCOMPARE(f.engine.pairs[1], expected);
         QCOMPARE(f.engine.comparison().filter().FileFilter, FileView::Identical); // the last button
         QCOMPARE(f.engine.comparison().filter().SideFilter, SideView::All);
