@@ -4,8 +4,7 @@
 #include <QRegularExpression>
 #include <QTest>
 
-#include "common/clirun.h"
-#include "common/temptree.h"
+#include "cli/clitree.h"
 
 using namespace duomir::test;
 
@@ -16,20 +15,13 @@ constexpr qint64 T0 = 1'700'000'000;
 // The one line of `out` that holds `part`, its times (which follow the local clock) as "T".
 QByteArray lineWith(const QByteArray &out, const QByteArray &part)
 {
-    QList<QByteArray> found;
-    for (const QByteArray &l : out.split('\n')) {
-        if (l.contains(part))
-            found << l;
-    }
+    static const QRegularExpression time(u"\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d"_qs);
+    // Latin-1 keeps every byte of a name that is not UTF-8.
+    const QStringList found =
+        QString::fromLatin1(out).split(u'\n').filter(QString::fromLatin1(part));
     if (found.size() != 1)
         return "not one line with " + part;
-    QList<QByteArray> fields = found.first().split('\t');
-    static const QRegularExpression time(u"^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d$"_qs);
-    for (qsizetype i = 7; i < fields.size(); ++i) {
-        if (time.match(QString::fromLatin1(fields[i])).hasMatch())
-            fields[i] = "T";
-    }
-    return fields.join('\t');
+    return QString(found.first()).replace(time, u"T"_qs).toLatin1();
 }
 
 } // namespace
@@ -50,14 +42,13 @@ private Q_SLOTS:
         m_tree.rawFile("s/caf\xe9");
         m_tree.dir(u"home"_qs);
         m_tree.dir(u"d2"_qs);
-        m_tree.file(u"p.dyp"_qs, "[1]\nS=" + QFile::encodeName(m_tree.path(u"s"_qs)) + "\nD=" +
-                                     QFile::encodeName(m_tree.path(u"d"_qs)) + "\nIS=*\nIF=*\n");
+        writeProfile(m_tree, u"p.dyp"_qs, {});
     }
 
     // Header, one line per row, sizes in bytes, raw non-UTF-8 bytes and an escaped tab.
     void tsvRowsAndRawNames()
     {
-        const CliRun r = run(u"--source @s --destination @d --format tsv"_qs);
+        const CliRun r = compare(u"--source @s --destination @d --format tsv"_qs);
         QCOMPARE(r.code, 0);
         QVERIFY(r.out.startsWith("state\tmarked\tkind\tsource\tdestination\tsource_size\t"
                                  "destination_size\tsource_modified\tdestination_modified\n"));
@@ -72,7 +63,7 @@ private Q_SLOTS:
 
     void jsonAndFilters()
     {
-        const CliRun r = run(u"@p.dyp --format json --filter modified --side both"_qs);
+        const CliRun r = compare(u"@p.dyp --format json --filter modified --side both"_qs);
         QCOMPARE(r.code, 0);
         const QJsonArray rows = QJsonDocument::fromJson(r.out).array();
         QStringList kinds;
@@ -116,7 +107,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, args);
         QFETCH(int, exitCode);
-        const CliRun r = run(args);
+        const CliRun r = compare(args);
         QCOMPARE(r.code, exitCode);
         if (exitCode == 2)
             QVERIFY(r.out.isEmpty());
@@ -143,16 +134,7 @@ private Q_SLOTS:
     }
 
 private:
-    // duomir-cli compare with `args`.
-    CliRun run(const QString &args) const
-    {
-        QStringList list = args.split(u' ', Qt::SkipEmptyParts);
-        for (QString &a : list) {
-            if (a.startsWith(u'@'))
-                a = m_tree.path(a.mid(1));
-        }
-        return runCli(QStringList{u"compare"_qs} + list, m_tree.path(u"home"_qs));
-    }
+    CliRun compare(const QString &args) const { return run(m_tree, u"compare "_qs + args); }
 
     TempTree m_tree;
 };

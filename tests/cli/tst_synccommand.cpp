@@ -1,36 +1,20 @@
 #include <QDate>
 #include <QDir>
-#include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTest>
-#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "common/clirun.h"
-#include "common/temptree.h"
+#include "cli/clitree.h"
 
 using namespace duomir::test;
 
 namespace {
 
 constexpr qint64 T0 = 1'600'000'000;
-const QByteArray RawName("caf\xe9 \xff.txt"); // not UTF-8, with a blank
-
-// duomir-cli with `args` split at blanks; "@x" is x in the test's tree.
-CliRun run(const TempTree &tree, const QString &args, const QString &program = {})
-{
-    QStringList list = args.split(u' ', Qt::SkipEmptyParts);
-    for (QString &a : list) {
-        if (a.startsWith(u'@'))
-            a = tree.path(a.mid(1));
-    }
-    return runCli(list, tree.path(u"home"_qs), program);
-}
 
 CliRun sync(const TempTree &tree, const QString &extra, const QString &program = {})
 {
@@ -41,16 +25,9 @@ CliRun sync(const TempTree &tree, const QString &extra, const QString &program =
 QStringList sideFiles(const TempTree &tree)
 {
     QStringList out;
-    for (const QString &side : {u"d"_qs, u"s"_qs})
-        for (const QString &line : tree.snapshot(side).filter(QRegularExpression(u"^f "_qs)))
-            out << side + u'/' + line.section(u' ', 1, 1);
+    for (const QString &line : tree.snapshot().filter(QRegularExpression(u"^f [ds]/"_qs)))
+        out << line.section(u' ', 1, 1);
     return out;
-}
-
-void writeProfile(TempTree &tree, const QString &name, const QByteArray &view)
-{
-    tree.file(name, "[0]\n" + view + "\n[1]\nS=" + QFile::encodeName(tree.path(u"s"_qs)) +
-                        "\nD=" + QFile::encodeName(tree.path(u"d"_qs)) + "\nIS=*\nIF=*\n");
 }
 
 } // namespace
@@ -72,7 +49,7 @@ private Q_SLOTS:
         tree.file(u"s/with blanks  here/a b"_qs, "blanks", T0);
         tree.file(u"d/only d/deep/x"_qs, "x", T0);
         tree.symlink(u"s/link"_qs, "newer-in-s");
-        tree.rawFile("s/" + RawName, "raw", T0);
+        tree.rawFile("s/caf\xe9 \xff.txt", "raw", T0); // not UTF-8, with a blank
 
         const CliRun r = sync(tree, u"-v"_qs); // each change listed as it is made
         QVERIFY(r.out.contains(QByteArray("replace " + tree.nativePath("d/newer-in-d"))));
@@ -126,8 +103,7 @@ private Q_SLOTS:
         TempTree tree;
         tree.file(u"s/only-s"_qs, "s", T0);
         tree.file(u"d/only-d"_qs, "d", T0);
-        if (!view.isEmpty())
-            writeProfile(tree, u"p.dyp"_qs, view);
+        writeProfile(tree, u"p.dyp"_qs, view);
         const CliRun r = view.isEmpty() ? sync(tree, args) : run(tree, u"sync @p.dyp "_qs + args);
         QVERIFY2(r.code == 0, r.err.constData());
         QCOMPARE(sideFiles(tree), files.split(u' '));
@@ -138,19 +114,15 @@ private Q_SLOTS:
     // beside the program does the same as --log; without either nothing is written.
     void logFile_data()
     {
-        QTest::addColumn<QByteArray>("settings");
-        QTest::addColumn<QString>("args");
+        QTest::addColumn<QByteArray>("settings"); // empty: none, and --log given
         QTest::addColumn<bool>("logged");
-        QTest::newRow("--log") << QByteArray() << u"--log"_qs << true;
-        QTest::newRow("LogToFile=1")
-            << QByteArray("[General]\r\nLogToFile=1\r\n") << QString() << true;
-        QTest::newRow("LogToFile=0")
-            << QByteArray("[General]\r\nLogToFile=0\r\n") << QString() << false;
+        QTest::newRow("--log") << QByteArray() << true;
+        QTest::newRow("LogToFile=1") << QByteArray("[General]\r\nLogToFile=1\r\n") << true;
+        QTest::newRow("LogToFile=0") << QByteArray("[General]\r\nLogToFile=0\r\n") << false;
     }
     void logFile()
     {
         QFETCH(QByteArray, settings);
-        QFETCH(QString, args);
         QFETCH(bool, logged);
         TempTree tree;
         tree.file(u"s/y"_qs, "y", T0);
@@ -161,7 +133,8 @@ private Q_SLOTS:
         const QString program = tree.path(u"prog/duomir-cli"_qs);
         QVERIFY(QFile::copy(qEnvironmentVariable("DUOMIR_BIN_DIR") + u"/duomir-cli", program));
 
-        const CliRun r = sync(tree, u"--system-files "_qs + args, program);
+        const CliRun r = sync(
+            tree, settings.isEmpty() ? u"--system-files --log"_qs : u"--system-files"_qs, program);
         QCOMPARE(r.code, 1);
         QCOMPARE(tree.read(u"d/y"_qs), QByteArray("y"));
         QVERIFY2(r.err.contains(tree.nativePath("s/x")) && r.err.contains("FIFO") &&
@@ -237,11 +210,9 @@ private Q_SLOTS:
         writeProfile(tree, u"none-chosen.dyp"_qs, {});
         tree.dir(u"empty"_qs);
         tree.symlink(u"link"_qs, QFile::encodeName(tree.path(u"s/sub"_qs)));
-        const QByteArray d = QFile::encodeName(tree.path(u"d"_qs));
-        tree.file(u"noinclude.dyp"_qs,
-                  "[0]\nSO0=1\nSO1=1\n[1]\nS=" + QFile::encodeName(tree.path(u"s"_qs)) +
-                      "\nD=" + d + "\n");
-        tree.file(u"relative.dyp"_qs, "[0]\nSO0=1\n[1]\nS=s\nD=" + d + "\nIS=*\nIF=*\n");
+        writeProfile(tree, u"noinclude.dyp"_qs, "SO0=1\nSO1=1", {});
+        tree.file(u"relative.dyp"_qs, "[0]\nSO0=1\n[1]\nS=s\nD=" +
+                                          QFile::encodeName(tree.path(u"d"_qs)) + "\nIS=*\nIF=*\n");
         // The person chose German: what comes from the language file (the guard's message) is
         // German, the command line's own texts are not.
         tree.file(u"home/config/Duomir/Duomir.ini"_qs, "[General]\nLanguage=Deutsch\n");
@@ -282,20 +253,16 @@ private Q_SLOTS:
         TempTree tree;
         tree.file(u"s/a"_qs, QByteArray(300000, 'a'), T0);
         tree.file(u"s/b"_qs, "b", T0);
-        const QString args = u"--mkdir "_qs + extra;
         if (terminal && QStandardPaths::findExecutable(u"script"_qs).isEmpty())
             QSKIP("script(1) is not here");
+        const QString args = u"--mkdir "_qs + extra;
+        const QString script = u"%1/duomir-cli sync --source %2 --destination %3 "_qs.arg(
+            qEnvironmentVariable("DUOMIR_BIN_DIR"), tree.path(u"s"_qs), tree.path(u"d"_qs));
         // The terminal carries both streams.
-        const QByteArray err =
-            terminal ? runCli({u"-qec"_qs,
-                               u"%1/duomir-cli sync --source %2 --destination %3 "_qs.arg(
-                                   qEnvironmentVariable("DUOMIR_BIN_DIR"), tree.path(u"s"_qs),
-                                   tree.path(u"d"_qs)) +
-                                   args,
-                               u"/dev/null"_qs},
-                              tree.path(u"home"_qs), u"script"_qs)
-                           .out
-                     : sync(tree, args).err;
+        const QByteArray err = terminal ? runCli({u"-qec"_qs, script + args, u"/dev/null"_qs},
+                                                 tree.path(u"home"_qs), u"script"_qs)
+                                              .out
+                                        : sync(tree, args).err;
         QCOMPARE(tree.read(u"d/b"_qs), QByteArray("b"));
         QCOMPARE(err.contains("\r\033[K"), shown);
         if (shown)

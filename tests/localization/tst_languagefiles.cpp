@@ -65,10 +65,9 @@ QMap<QString, QString> parseLanguageFile(const QString &path, QStringList &probl
         values.insert(key, value);
         if (value.size() > 254)
             fault(key + u" is too long");
-        if (value.trimmed() != value || value.isEmpty())
-            fault(key + u" has blanks around it or is empty");
-        if (value.size() >= 2 && value.startsWith(u'"') && value.endsWith(u'"'))
-            fault(key + u" is quoted");
+        if (value.trimmed() != value || value.isEmpty() ||
+            (value.size() >= 2 && value.startsWith(u'"') && value.endsWith(u'"')))
+            fault(key + u" is empty, quoted or has blanks around it");
         if (isMessageKey(key) && (value.contains(u'|') || value.contains(badEscape)))
             fault(key + u" holds \"|\" or a backslash other than \\r or \\n");
     }
@@ -78,12 +77,10 @@ QMap<QString, QString> parseLanguageFile(const QString &path, QStringList &probl
 QList<int> parameterNumbers(const QString &text)
 {
     static const QRegularExpression marker(u"%(\\d+)"_qs);
-    QSet<int> numbers;
+    QMap<int, bool> numbers; // sorted, each once
     for (const auto &match : marker.globalMatch(text))
-        numbers.insert(match.captured(1).toInt());
-    QList<int> sorted(numbers.begin(), numbers.end());
-    std::sort(sorted.begin(), sorted.end());
-    return sorted;
+        numbers.insert(match.captured(1).toInt(), true);
+    return numbers.keys();
 }
 
 // Every message the program shows, with the number of parameters its caller passes after the

@@ -46,39 +46,34 @@ private Q_SLOTS:
     void values_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QStringList>("expected"); // field, value, field, value...
-
-        QTest::newRow("no file") << QByteArray()
-                                 << QStringList{u"Include"_qs, u"10000"_qs,
-                                                u"General"_qs, u"0000"_qs,
-                                                u"Keeping"_qs, u"1 Duomir Versions 30"_qs};
-        QTest::newRow("switches, any case, any number")
-            << QByteArray("[include]\nsubdirs=abc\nSysDirs=7\nHIDDENFILES=-1\n"
-                          "[General]\nLogToFile=1\nDontShowHint=1\n")
-            << QStringList{u"Include"_qs, u"01001"_qs, u"General"_qs, u"1010"_qs};
+        QTest::addColumn<QStringList>("expected"); // "field=value" of fields()
+        const auto row = [](const char *name, const QByteArray &content, const QString &expected) {
+            QTest::newRow(name) << content << expected.split(u'|');
+        };
+        row("no file", QByteArray(), u"Include=10000|General=0000|Keeping=1 Duomir Versions 30"_qs);
+        row("switches, any case, any number",
+            "[include]\nsubdirs=abc\nSysDirs=7\nHIDDENFILES=-1\n"
+            "[General]\nLogToFile=1\nDontShowHint=1\n",
+            u"Include=01001|General=1010"_qs);
         // A long TimeLag text is cut to 19 characters before it is converted: this one then reads.
         // The file is longer than one read of the disk.
-        QTest::newRow("values cut as the read buffers did")
-            << "[Form]\nPos=" + QByteArray(150, '1') +
-                   "\nState=2\n[General]\nLanguage=" + QByteArray(300, 'L') +
-                   "\nTimeLag=00:00:05           junk\n[Exclude]\nDirs=" + QByteArray(70000, 'd') +
-                   "\nFiles=*.tmp\n"
-            << QStringList{u"Form"_qs,     QString(99, u'1') + u" 2"_qs,
-                           u"Language"_qs, QString(254, u'L'),
-                           u"TimeLag"_qs,  u"00:00:05"_qs,
-                           u"Exclude"_qs,  QString(32766, u'd') + u" *.tmp"_qs};
-        QTest::newRow("versions folder, kept forever")
-            << QByteArray("[General]\nVersioning=2\nVersionsFolder=Old\nKeepVersionsDays=0\n")
-            << QStringList{u"Keeping"_qs, u"2 Old 0"_qs};
-        QTest::newRow("unknown mode and empty folder: the defaults' nearest")
-            << QByteArray("[General]\nVersioning=9\nVersionsFolder=\nKeepVersionsDays=-4\n")
-            << QStringList{u"Keeping"_qs, u"2 Duomir Versions 0"_qs};
+        row("values cut as the read buffers did",
+            "[Form]\nPos=" + QByteArray(150, '1') +
+                "\nState=2\n[General]\nLanguage=" + QByteArray(300, 'L') +
+                "\nTimeLag=00:00:05           junk\n[Exclude]\nDirs=" + QByteArray(70000, 'd') +
+                "\nFiles=*.tmp\n",
+            u"Form=%1 2|Language=%2|TimeLag=00:00:05|Exclude=%3 *.tmp"_qs.arg(
+                QString(99, u'1'), QString(254, u'L'), QString(32766, u'd')));
+        row("versions folder, kept forever",
+            "[General]\nVersioning=2\nVersionsFolder=Old\nKeepVersionsDays=0\n",
+            u"Keeping=2 Old 0"_qs);
+        row("unknown mode and empty folder: the defaults' nearest",
+            "[General]\nVersioning=9\nVersionsFolder=\nKeepVersionsDays=-4\n",
+            u"Keeping=2 Duomir Versions 0"_qs);
         // The options dialog's test has the time lag's other forms.
-        QTest::newRow("time lag without seconds, beyond a day")
-            << QByteArray("[General]\nTimeLag= 26:30 \n")
-            << QStringList{u"TimeLag"_qs, u"26:30:00"_qs};
-        QTest::newRow("time lag unreadable") << QByteArray("[General]\nTimeLag=1:75\n")
-                                             << QStringList{u"TimeLag"_qs, u"00:00:00"_qs};
+        row("time lag without seconds, beyond a day", "[General]\nTimeLag= 26:30 \n",
+            u"TimeLag=26:30:00"_qs);
+        row("time lag unreadable", "[General]\nTimeLag=1:75\n", u"TimeLag=00:00:00"_qs);
     }
 
     void values()
@@ -87,8 +82,8 @@ private Q_SLOTS:
         QFETCH(QStringList, expected);
         TempTree tree;
         const QMap<QString, QString> actual = fields(loadFrom(tree, content));
-        for (qsizetype i = 0; i < expected.size(); i += 2)
-            QCOMPARE(actual.value(expected[i]), expected[i + 1]);
+        for (const QString &field : expected)
+            QCOMPARE(actual.value(field.section(u'=', 0, 0)), field.section(u'=', 1));
         QCOMPARE(tree.exists(u"Duomir.ini"_qs), !content.isNull()); // loading never creates it
     }
 
@@ -148,34 +143,26 @@ private Q_SLOTS:
         QCOMPARE(tree.read(u"Duomir.ini"_qs), after);
     }
 
+    // A writable program folder alone is no reason to keep the settings there: only a Duomir.ini
+    // already beside the program makes a portable install, and then the settings stay there.
     void folders_data()
     {
-        QTest::addColumn<QString>("dataHome");
-        QTest::addColumn<bool>("withHome");
-        QTest::addColumn<bool>("portable"); // a Duomir.ini already beside the executable
+        QTest::addColumn<QString>("dataHome"); // empty: no home either
+        QTest::addColumn<bool>("portable");
         QTest::addColumn<QString>("dataFolder");
-        QTest::addColumn<QString>("settingsFile");
-
-        // A writable program folder alone is no reason to keep the settings there: only a
-        // Duomir.ini already beside the program makes a portable install.
-        const QString config = u"home/.config/Duomir/Duomir.ini"_qs;
         QTest::newRow("xdg data home not made yet")
-            << u"missing/share"_qs << true << false << u"missing/share/Duomir/"_qs << config;
+            << u"missing/share"_qs << false << u"missing/share/Duomir/"_qs;
         QTest::newRow("relative xdg ignored")
-            << u"rel"_qs << true << false << u"home/.local/share/Duomir/"_qs << config;
-        QTest::newRow("portable, with a home")
-            << u"xdg"_qs << true << true << u"xdg/Duomir/"_qs << u"bin/Duomir.ini"_qs;
-        QTest::newRow("no home") << QString() << false << true << u"bin/"_qs
-                                 << u"bin/Duomir.ini"_qs;
+            << u"rel"_qs << false << u"home/.local/share/Duomir/"_qs;
+        QTest::newRow("portable, with a home") << u"xdg"_qs << true << u"xdg/Duomir/"_qs;
+        QTest::newRow("no home") << QString() << true << u"bin/"_qs;
     }
 
     void folders()
     {
         QFETCH(QString, dataHome);
-        QFETCH(bool, withHome);
         QFETCH(bool, portable);
         QFETCH(QString, dataFolder);
-        QFETCH(QString, settingsFile);
         TempTree tree;
         tree.dir(u"bin"_qs);
         tree.dir(u"xdg"_qs);
@@ -184,7 +171,7 @@ private Q_SLOTS:
             tree.file(u"bin/Duomir.ini"_qs, "[General]\nLanguage=Deutsch\n");
         SettingsEnvironment env;
         env.programFolder = tree.path(u"bin"_qs);
-        env.home = withHome ? tree.path(u"home"_qs) : QString();
+        env.home = dataHome.isEmpty() ? QString() : tree.path(u"home"_qs);
         env.dataHome = dataHome == u"rel"   ? dataHome
                        : dataHome.isEmpty() ? QString()
                                             : tree.path(dataHome);
@@ -193,8 +180,8 @@ private Q_SLOTS:
         InitSettings(engine, env);
         QCOMPARE(engine.DataFolder, tree.path(dataFolder));
         QVERIFY(QFileInfo(engine.DataFolder).isDir());
-        QCOMPARE(engine.SettingsFile, tree.path(settingsFile));
-        QCOMPARE(engine.ProgramFolder, env.programFolder);
+        QCOMPARE(engine.SettingsFile,
+                 tree.path(portable ? u"bin/Duomir.ini"_qs : u"home/.config/Duomir/Duomir.ini"_qs));
         QCOMPARE(engine.settings.Language, portable ? u"Deutsch"_qs : QString());
     }
 };
