@@ -229,9 +229,9 @@ class TestSyncSafety : public QObject
 private Q_SLOTS:
     // Each row builds files, compares the pairs ("pair SOURCE DESTINATION" commands, else s with
     // d), runs commands ("copy ROW" copies the row from its side whichever side is newer, "delete
-    // ROW" deletes it on its side; otherwise the directions "s>d", "s<d" or "s<>d", with "delete"
-    // or "mirror", and the row when not the whole list) and lists every file there is afterwards,
-    // with what failed, was copied and deleted.
+    // ROW" deletes it on its side; otherwise the directions "s>d", "s<d", "s<>d" or none ("s-d"),
+    // with "delete" or "mirror", the row when not the whole list, or "refused") and lists every
+    // file there is afterwards, with what failed, was copied and deleted.
     void walks_data()
     {
         QTest::addColumn<QString>("files");
@@ -259,13 +259,16 @@ private Q_SLOTS:
             "d/fresh, d/newer=s/newer, d/older, d/same=same, s/dir/, s/newer, s/older, "
             "s/same=same",
             "0 failed, 1 copied, 2 deleted, 7 bytes");
-        row("to the source with Delete",
-            "d/newer@100, s/newer, d/older, s/older@100, d/gone, d/same=same, s/same=same, "
-            "s/fresh, d/dir/inner",
-            "s<d delete",
-            "s/fresh, s/newer=d/newer, s/older, s/same=same, d/dir/, d/newer, d/older, "
-            "d/same=same",
-            "0 failed, 1 copied, 2 deleted, 7 bytes");
+        // A run with nothing to do in its directions is refused: nothing changes, nothing is
+        // logged, and the person is told why.
+        row("no direction", "s/x@100, d/x", "s-d refused", "d/x, s/x", "0 failed, 0 copied");
+        row("nothing to do", "s/x=x, d/x=x", "s<>d refused", "d/x=x, s/x=x", "0 failed, 0 copied");
+        row("to the destination, only the destination newer", "s/x, d/x@100", "s>d refused",
+            "d/x, s/x", "0 failed, 0 copied");
+        row("to the source, only the source newer", "s/x@100, d/x", "s<d refused", "d/x, s/x",
+            "0 failed, 0 copied");
+        row("both ways, only the destination newer", "s/x, d/x@100", "s<>d", "d/x, s/x=d/x",
+            "0 failed, 1 copied");
         // A selected folder's walk ends at the first folder that is not deeper than it.
         row("a folder's walk ends with it", "s/a/x, s/a/b/y, s/c/z, s/top, d/",
             "copy s/a; delete s/c", "d/a/b/y=s/a/b/y, d/a/x=s/a/x, s/a/b/y, s/a/x, s/c/, s/top",
@@ -310,11 +313,7 @@ private Q_SLOTS:
             "pair s1 d1; pair deep/er/x/s2 d2; copy s1/sub",
             "d1/sub/a=s1/sub/a, s1/sub/a, d2/b, deep/er/x/s2/b, deep/er/x/s2/only", "0 failed");
         // A link on the receiving side where the other side has a folder: nothing goes through
-        // it, whichever way the copy runs; the folder is reported once.
-        row("no copy through a link to the destination",
-            "outside/a.txt=precious, s/sub/a.txt@100, s/sub/b.txt@100, d/, d/sub -> ../outside",
-            "s>d", "outside/a.txt=precious, s/sub/a.txt, s/sub/b.txt, d/sub -> ../outside",
-            "1 failed, 0 copied");
+        // it; the folder is reported once.
         row("no copy through a link to the source",
             "outside/a.txt=precious, d/sub/a.txt@100, d/sub/b.txt@100, s/, s/sub -> ../outside",
             "s<d", "outside/a.txt=precious, d/sub/a.txt, d/sub/b.txt, s/sub -> ../outside",
@@ -370,10 +369,16 @@ private Q_SLOTS:
             else if (verb == u"delete")
                 DeleteEntries(f.engine.comparison(), f.engine.run(), f.engine.reporter(), side,
                               row);
-            else
-                f.sync({verb.contains(u'>'), verb.contains(u'<'), false,
-                        command.contains(u" delete"), command.contains(u" mirror")},
-                       row);
+            else {
+                // A refusal's message waits for the person.
+                const bool refused = command.endsWith(u" refused");
+                f.engine.DontAsk = !refused;
+                f.engine.run().setOptions({verb.contains(u'>'), verb.contains(u'<'), false,
+                                           command.contains(u" delete"),
+                                           command.contains(u" mirror")});
+                QCOMPARE(Synchronize(f.engine, row), !refused);
+                QCOMPARE(f.ui.shown.size() == 1 && f.log().isEmpty(), refused);
+            }
         }
         const SyncStats &done = f.engine.run().stats();
         const QString seen =
@@ -803,37 +808,6 @@ private Q_SLOTS:
         f.failed(2, f.failureLine(ENOSPC, u"s/a"_qs, u"d/a"_qs));
         f.failed(2, f.failureLine(EACCES, u"s/b"_qs, u"d/b"_qs));
         QCOMPARE(f.log().count(u"\r\n"_qs), 4); // Start, the two failures, End
-    }
-
-    // Refusals leave the disk and the log alone; the message waits for the person unless DontAsk.
-    void preconditions_data()
-    {
-        // Src and Dest on, then which side holds a newer file (1 or 0 each)
-        QTest::addColumn<QString>("options");
-        QTest::addColumn<bool>("runs");
-        QTest::newRow("no direction") << u"0011"_qs << false;
-        QTest::newRow("nothing to do") << u"1100"_qs << false;
-        QTest::newRow("only Src, only destination newer") << u"1001"_qs << false;
-        QTest::newRow("only Dest, only source newer") << u"0110"_qs << false;
-        QTest::newRow("both on, one counter") << u"1101"_qs << true;
-        QTest::newRow("only Src, source newer") << u"1010"_qs << true;
-    }
-    void preconditions()
-    {
-        QFETCH(QString, options);
-        QFETCH(bool, runs);
-        for (bool dontAsk : {false, true}) {
-            Fixture f;
-            f.engine.DontAsk = dontAsk;
-            f.files(u"s/x=x@%1, d/x=x, s/y=y, d/y=y@%2"_qs.arg(options[2] == u'1' ? 100 : 0)
-                        .arg(options[3] == u'1' ? 100 : 0));
-            f.compare();
-            f.engine.run().setOptions({options[0] == u'1', options[1] == u'1'});
-            QCOMPARE(Synchronize(f.engine, 0), runs);
-            QCOMPARE(f.ui.shown.size(), runs || dontAsk ? 0 : 1);
-
-            QCOMPARE(f.log().count(u"\r\n"_qs), runs ? 2 : 0);
-        }
     }
 };
 
