@@ -415,6 +415,7 @@ private Q_SLOTS:
             QCOMPARE(ops.makeDirectory(at(tree, deep), at(tree, u"s"_qs)).error, 0);
         }
         QCOMPARE(::copy(ops, tree, name255, deep + u"/f"_qs).error, 0);
+        QCOMPARE(ops.removeFile(at(tree, deep + u"/f"_qs), {4, NEW}).error, 0);
     }
 
     // Only a copy's own temporary file is removed as a leftover: not one readable to others, nor a

@@ -313,7 +313,11 @@ private Q_SLOTS:
             "pair s1 d1; pair deep/er/x/s2 d2; copy s1/sub",
             "d1/sub/a=s1/sub/a, s1/sub/a, d2/b, deep/er/x/s2/b, deep/er/x/s2/only", "0 failed");
         // A link on the receiving side where the other side has a folder: nothing goes through
-        // it; the folder is reported once.
+        // it, whichever way the copy runs; the folder is reported once.
+        row("no copy through a link to the destination",
+            "outside/a.txt=precious, s/sub/a.txt@100, s/sub/b.txt@100, d/, d/sub -> ../outside",
+            "s>d", "outside/a.txt=precious, s/sub/a.txt, s/sub/b.txt, d/sub -> ../outside",
+            "1 failed, 0 copied");
         row("no copy through a link to the source",
             "outside/a.txt=precious, d/sub/a.txt@100, d/sub/b.txt@100, s/, s/sub -> ../outside",
             "s<d", "outside/a.txt=precious, d/sub/a.txt, d/sub/b.txt, s/sub -> ../outside",
