@@ -1,6 +1,5 @@
 #include <QDir>
 #include <QTest>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,8 +30,7 @@ QString describe(const CompareEntry &row, const QString &base)
         const bool missing = row.lacks(i) && !row.lacks(1 - i);
         QString full =
             row.path(i) + (row.isDirectory() ? QString() : row.name(missing ? 1 - i : i));
-        if (full.startsWith(base))
-            full.remove(0, base.size());
+        full.remove(0, full.startsWith(base) ? base.size() : 0);
         return missing ? u'[' + full + u']' : full;
     };
     return QString::number(row.State) + (row.Marked ? u" 1 " : u" 0 ") +
@@ -48,8 +46,7 @@ struct Fixture
     Fixture()
     {
         tree.file(u"English.lang"_qs, "702=%1 file\n703=%1 files\n712=%1 folder\n713=%1 folders\n"
-                                      "802=no pairs\n806=no source %1\n807=no destination %1\n"
-                                      "850=scanning\n");
+                                      "802=no pairs\n806=no source %1\n807=no destination %1\n");
         engine.language = Language::load(tree.path(u"English.lang"_qs), &ui);
     }
 
@@ -64,15 +61,14 @@ struct Fixture
         engine.pairs.append(pair);
     }
 
-    // What the counters report is what the rows hold.
+    // What the counters report is what the rows hold, after a failure too.
     void compare(bool ok = true)
     {
         QCOMPARE(Compare(engine), ok);
         std::array<int, 3> states{};
-        for (size_t r = 1; ok && r < engine.comparison().rows().size(); ++r)
+        for (size_t r = 1; r < engine.comparison().rows().size(); ++r)
             ++states[size_t(engine.comparison().rows()[r].State + 1)];
-        if (ok)
-            QCOMPARE(engine.comparison().counters(), states);
+        QCOMPARE(engine.comparison().counters(), states);
     }
 
     QStringList rows() const
@@ -215,26 +211,17 @@ private Q_SLOTS:
         const auto list = [](const char16_t *items) {
             return QString::fromUtf16(items).split(u'|', Qt::SkipEmptyParts);
         };
-        for (const QString &name : list(c.files)) {
-            if (name.endsWith(u'/'))
-                f.tree.dir(name);
-            else
-                f.tree.file(name, "1", T0);
-        }
+        for (const QString &name : list(c.files))
+            name.endsWith(u'/') ? f.tree.dir(name) : f.tree.file(name, "1", T0);
         for (const QString &pair : list(c.pairs))
             f.addPair(pair.section(u'>', 0, 0), pair.section(u'>', 1));
         f.engine.comparison().setMarkAll(c.markAll);
         f.compare(c.ok);
         QCOMPARE(f.rows(), list(c.rows));
         QStringList shown;
-        for (const auto &m : f.ui.shown) {
+        for (const auto &m : f.ui.shown)
             shown << QString(m.text).remove(f.tree.root() + u'/');
-            QCOMPARE(m.icon, Interaction::Icon::Exclamation);
-        }
         QCOMPARE(shown, list(c.shown));
-        // A failed comparison leaves the status saying which step it failed in.
-        if (!c.ok && *c.pairs)
-            QCOMPARE(f.ui.statusLabels.at(1), u"scanning"_qs);
     }
 
     void filters_data()
@@ -420,8 +407,6 @@ private Q_SLOTS:
         const QStringList alone = scan(0);
         QCOMPARE(qsizetype(f.engine.comparison().rows().size()), alone.size() + 1);
         QCOMPARE(scan(6), alone);
-        f.tree.setMode(u"s/closed"_qs, 0755);
-        f.tree.setMode(u"s/unsearchable"_qs, 0755);
 
         QStringList kinds;
         QList<QByteArray> names; // as the other side would be given them
@@ -443,33 +428,20 @@ private Q_SLOTS:
                  !f.rows().contains(u"-1 1 f s/closed/secret [d/closed/secret]"_qs)));
     }
 
-    // One directory of 100,000 files against a destination that holds every tenth of them,
-    // older.
+    // One directory of more files than the scanner keeps in one chunk (and far more than one
+    // listing read returns), against a destination that holds every tenth of them, older.
     void manyFilesInOneDirectory()
     {
-        constexpr int count = 100'000;
-        // Creating this many files on a disk file system takes far longer than comparing them; a
-        // memory file system keeps the test quick where one exists.
-        const QString base =
-            QFileInfo(u"/dev/shm"_qs).isWritable() ? u"/dev/shm"_qs : QDir::tempPath();
-        QTemporaryDir dir(base + u"/duomir-test-XXXXXX");
-        QVERIFY(QDir(dir.path()).mkpath(u"s/big"_qs) && QDir(dir.path()).mkpath(u"d/big"_qs));
-        const QByteArray root = QFile::encodeName(dir.path());
-        // Listing order is the file system's; names are numbered so the order is known.
-        for (int k = 0; k < count; ++k) {
-            const QByteArray name = (k % 2 ? "F" : "f") + QByteArray::number(k + count);
-            ::close(
-                ::open(QByteArray(root + "/s/big/" + name).constData(), O_CREAT | O_WRONLY, 0644));
-            if (k % 10 == 0) {
-                const int fd = ::open(QByteArray(root + "/d/big/" + name).constData(),
-                                      O_CREAT | O_WRONLY, 0644);
-                const timespec times[2] = {{T0, 0}, {T0, 0}};
-                QVERIFY(::futimens(fd, times) == 0);
-                ::close(fd);
-            }
-        }
+        constexpr int count = 40'000;
         Fixture f;
-        f.addPair(dir.path() + u"/s", dir.path() + u"/d");
+        // Numbered names, so the order is known whatever order the file system lists them in.
+        for (int k = 0; k < count; ++k) {
+            const QByteArray name = (k % 2 ? "/big/F" : "/big/f") + QByteArray::number(k + count);
+            f.tree.rawFile("s" + name);
+            if (k % 10 == 0)
+                f.tree.rawFile("d" + name, {}, T0);
+        }
+        f.addPair();
         f.compare();
         const CompareArray &rows = f.engine.comparison().rows();
         QCOMPARE(rows.size(), size_t(count + 3)); // element 0, the root, big, the files

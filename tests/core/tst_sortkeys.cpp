@@ -42,18 +42,6 @@ FileArray entriesFrom(const QString &root, const QStringList &relative, bool sha
     return out;
 }
 
-// The order the keys define, read from their text: what SortEntries must produce.
-FileArray referenceOrder(FileArray entries, const SortKeys &keys)
-{
-    std::stable_sort(entries.begin(), entries.end(), [&](const FileEntry &a, const FileEntry &b) {
-        const int c = keys.text(a).compare(keys.text(b), Qt::CaseSensitive);
-        if (c != 0)
-            return c < 0;
-        return keys.compareExact(a, keys, b) < 0;
-    });
-    return entries;
-}
-
 QStringList describe(const FileArray &entries)
 {
     QStringList out;
@@ -73,12 +61,11 @@ QString respelled(QString path, QRandomGenerator &rng)
 }
 
 // What may pair with what: the path upper-cased unit by unit, and whether it is a directory.
-QString caseless(const QString &relative)
+QString caseless(QString relative)
 {
-    QString out = relative;
-    for (QChar &c : out)
+    for (QChar &c : relative)
         c = QChar(upperUnit(c.unicode()));
-    return out;
+    return relative;
 }
 
 // A random name of one to four bytes: half from a few that make case twins and hold the key's
@@ -121,10 +108,10 @@ QStringList randomTree(quint32 seed, int count)
 QStringList expectedPairs(const QStringList &source, const QStringList &destination)
 {
     QHash<QString, QStringList> groups[2];
-    for (const QString &p : source)
-        groups[0][caseless(p)] << p;
-    for (const QString &p : destination)
-        groups[1][caseless(p)] << p;
+    for (int side = 0; side < 2; ++side) {
+        for (const QString &p : side ? destination : source)
+            groups[side][caseless(p)] << p;
+    }
     QStringList out;
     for (auto g = groups[0].cbegin(); g != groups[0].cend(); ++g) {
         const QStringList other = groups[1].value(g.key());
@@ -136,20 +123,6 @@ QStringList expectedPairs(const QStringList &source, const QStringList &destinat
     }
     out.sort();
     return out;
-}
-
-// Sorts both sides and merges them as a comparison of the pair texts `source` and `destination`
-// does.
-CompareArray merged(FileArray a, FileArray b, const QString &source, const QString &destination)
-{
-    const SortKeys ka = MakeSortKeys(keyStart(source));
-    const SortKeys kb = MakeSortKeys(keyStart(destination));
-    SortEntries(a, 0, qsizetype(a.size()) - 1, ka);
-    SortEntries(b, 0, qsizetype(b.size()) - 1, kb);
-    CompareArray rows(1);
-    MergeAndClassify(
-        {a, b, ka, kb, {compareRoot(source), compareRoot(destination)}, true, 0, texts}, rows);
-    return rows;
 }
 
 } // namespace
@@ -165,25 +138,15 @@ private Q_SLOTS:
         QTest::addColumn<int>("start");
         QTest::addColumn<bool>("share");
 
-        QTest::newRow("files before subdirectories, case ignored")
-            << QStringList{u"b.txt"_qs, u"sub/"_qs,        u"A.txt"_qs,        u"sub/z"_qs,
-                           u"Sub2/"_qs, u"sub/deeper/"_qs, u"sub/deeper/q"_qs, u"Sub2/y"_qs}
-            << 6 << true;
-        QTest::newRow("case twins keep their exact order")
-            << QStringList{u"a.txt"_qs, u"A.TXT"_qs, u"A.txt"_qs, u"Dir/"_qs,
-                           u"DIR/"_qs,  u"Dir/x"_qs, u"DIR/x"_qs}
-            << 6 << true;
-        const QString escaped(QChar(0xDCE9)); // a byte that is not UTF-8, as the scanner keeps it
+        // Names wholly beyond Latin-1, which random bytes seldom decode to, and a pair text
+        // stored without its separator.
         QTest::newRow("units beyond one byte")
-            << QStringList{u"\u00e9t\u00e9"_qs, u"\u00c9T\u00c9"_qs, u"\u03a9"_qs,
-                           u"\u03c9/"_qs,       escaped + u"raw",    u"z"_qs}
-            << 6 << true;
+            << QStringList{u"\u03a9"_qs, u"\u03c9/"_qs, u"\u0416"_qs, u"\u0436x"_qs} << 6 << true;
         QTest::newRow("text stored without its separator")
             << QStringList{u"b"_qs, u"a/"_qs, u"a/c"_qs} << 5 << true;
-        for (quint32 seed : {1u, 2u, 3u}) {
-            QTest::addRow("random %u", seed) << randomTree(seed, 400) << 6 << true;
-            QTest::addRow("random, own paths %u", seed) << randomTree(seed, 400) << 6 << false;
-        }
+        // Seeds above 3 give each entry a path string of its own.
+        for (quint32 seed = 1; seed <= 6; ++seed)
+            QTest::addRow("random %u", seed) << randomTree(seed, 400) << 6 << (seed <= 3);
         // Enough entries to be sorted in two halves at once and merged.
         QTest::newRow("random, large") << randomTree(4, 70'000) << 6 << true;
     }
@@ -197,8 +160,13 @@ private Q_SLOTS:
         FileArray entries = entriesFrom(u"/root"_qs, paths, share);
         // Scan order is arbitrary; reversing it makes the sort move every entry.
         std::reverse(entries.begin() + 1, entries.end());
-        const FileArray expected = referenceOrder(entries, keys);
-
+        // The order the keys define, read from their text.
+        FileArray expected = entries;
+        std::stable_sort(expected.begin(), expected.end(),
+                         [&](const FileEntry &a, const FileEntry &b) {
+                             const int c = keys.text(a).compare(keys.text(b), Qt::CaseSensitive);
+                             return c != 0 ? c < 0 : keys.compareExact(a, keys, b) < 0;
+                         });
         SortEntries(entries, 0, static_cast<qsizetype>(entries.size()) - 1, keys);
         QCOMPARE(describe(entries), describe(expected));
     }
@@ -238,8 +206,14 @@ private Q_SLOTS:
             destination << randomName(rng) + u"~new"_qs;
         destination.removeDuplicates();
 
-        const CompareArray rows = merged(entriesFrom(scanned, source),
-                                         entriesFrom(u"/dest"_qs, destination), root, u"/dest"_qs);
+        // Sorted and merged as a comparison of the pair texts `root` and "/dest" does.
+        FileArray a = entriesFrom(scanned, source), b = entriesFrom(u"/dest"_qs, destination);
+        const SortKeys ka = MakeSortKeys(keyStart(root)), kb = MakeSortKeys(keyStart(u"/dest"_qs));
+        SortEntries(a, 0, qsizetype(a.size()) - 1, ka);
+        SortEntries(b, 0, qsizetype(b.size()) - 1, kb);
+        CompareArray rows(1);
+        MergeAndClassify(
+            {a, b, ka, kb, {compareRoot(root), compareRoot(u"/dest"_qs)}, true, 0, texts}, rows);
         // A row's path below its side's root, "/" at the end for a directory.
         const auto relative = [&](const CompareEntry &row, int side) {
             return QString(row.path(side) + (row.isDirectory() ? u"/"_qs : row.name(side)))
@@ -268,7 +242,6 @@ private Q_SLOTS:
         // units.
         QTest::newRow("wide against narrow") << u"\u4141\u4141"_qs << u"AAAA"_qs << 1 << 1;
         QTest::newRow("narrow against wide") << u"AAAA"_qs << u"\u4141\u4141"_qs << -1 << -1;
-        QTest::newRow("both wide") << u"\u65e5\u672c"_qs << u"\u65e5\u672cx"_qs << -1 << -1;
     }
     // Names compare by their units whichever form a TextStore keeps them in.
     void namesInEitherForm()
