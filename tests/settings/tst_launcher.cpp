@@ -96,10 +96,15 @@ private Q_SLOTS:
         QCOMPARE(valueOf(text, u"Comment"_qs), l.description);
     }
 
-    // A stale file of the same name is replaced whole; what cannot be written leaves no file.
+    // A stale file of the same name is replaced whole; what cannot be written leaves no file. A
+    // zero-byte profile is a new list, a folder of that name is not.
     void writesExecutableFileOrNothing()
     {
         TempTree tree;
+        tree.file(u"empty.dyp"_qs);
+        tree.dir(u"folder.dyp"_qs);
+        QVERIFY(isEmptyProfileFile(tree.path(u"empty.dyp"_qs)));
+        QVERIFY(!isEmptyProfileFile(tree.path(u"folder.dyp"_qs)));
         const QString path = launcherFilePath(tree.root(), u"My sync"_qs);
         QCOMPARE(path, tree.path(u"My sync.desktop"_qs));
         tree.file(u"My sync.desktop"_qs, QByteArray(500, '.')); // longer than the new content
@@ -143,16 +148,6 @@ private Q_SLOTS:
         QCOMPARE(cl.hasProfile(), !profile.isEmpty());
         const auto b = [](bool v) { return v ? u'1' : u'0'; };
         QCOMPARE(QString(b(cl.DontAsk)) + b(cl.Hide) + b(cl.AutoRequested), flags);
-    }
-
-    // A zero-byte profile is a new list, a folder of that name is not.
-    void emptyProfileFile()
-    {
-        TempTree tree;
-        tree.file(u"empty.dyp"_qs);
-        tree.dir(u"folder.dyp"_qs);
-        QVERIFY(isEmptyProfileFile(tree.path(u"empty.dyp"_qs)));
-        QVERIFY(!isEmptyProfileFile(tree.path(u"folder.dyp"_qs)));
     }
 };
 

@@ -38,8 +38,6 @@ private Q_SLOTS:
         QTest::newRow("none chosen") << u""_qs << u"<none>"_qs << asked << true;
         QTest::newRow("first start, -dontask -hide")
             << u"-dontask|-hide"_qs << u"<none>"_qs << u"localize; load -dontask"_qs << true;
-        QTest::newRow("-hide alone") << u"-hide"_qs << u"English"_qs
-                                     << u"localize; load -hide; dlgHint over window"_qs << true;
         QTest::newRow("automatic run")
             << u"@/my list.dyp|-AUTO|-dontask"_qs << u"English"_qs
             << u"localize; load @/my list.dyp; synchronize auto"_qs << false;
@@ -115,7 +113,6 @@ private Q_SLOTS:
             language);
         QCOMPARE(engine.language.FormatMsg(u"30000"_qs),
                  language == u"Deutsch" ? u"Sprache"_qs : u"Language"_qs);
-        QCOMPARE(engine.DontAsk, argv.contains(u"-dontask"_qs));
         QCOMPARE(window.isMinimized(), argv.contains(u"-hide"_qs));
         if (language == u"English") // the placement of the last close, in twips
             QCOMPARE(window.size(), QSize(800, 600));
