@@ -26,15 +26,10 @@ using Answer = Interaction::Answer;
 // Watches the file list through a Compare, a filter change and a Synchronize.
 using Tester = QAbstractItemModelTester::FailureReportingMode;
 
-namespace {
+// Pairs name their two folders only: every other field keeps its default.
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 
-DirPair pair(const QString &source, const QString &destination)
-{
-    DirPair p;
-    p.Source = source;
-    p.Destination = destination;
-    return p;
-}
+namespace {
 
 // A hand-made file row, marked unless identical.
 CompareEntry fileRow(TextStore &texts, const QString &name, std::int16_t state, int size = 10)
@@ -64,7 +59,7 @@ struct Fixture
         engine.ShareFolder = qEnvironmentVariable("DUOMIR_SHARE_DIR");
         engine.SettingsFile = home.filePath(u"Duomir.ini"_s);
         for (int i = 1; i <= pairs; ++i)
-            engine.pairs.append(pair(u"/src%1"_s.arg(i), u"/dst%1"_s.arg(i)));
+            engine.pairs.append(DirPair{u"/src%1"_s.arg(i), u"/dst%1"_s.arg(i)});
         static_cast<DirPairModel *>(window.pairGrid()->model())->reload();
         window.runDirsDialog = [](int) {};
     }
@@ -78,7 +73,7 @@ struct Fixture
         t.file(u"dst/old.txt"_s, "old");
         t.file(u"src/sub/same.txt"_s, "same", 1700000000);
         t.file(u"dst/sub/same.txt"_s, "same", 1700000000);
-        DirPair p = pair(t.path(u"src"_s), t.path(u"dst"_s));
+        DirPair p{t.path(u"src"_s), t.path(u"dst"_s)};
         p.IncludeDirs = p.IncludeFiles = u"*"_s;
         engine.pairs.append(p);
         QVERIFY(window.runCompare());
@@ -116,15 +111,15 @@ private Q_SLOTS:
         QTest::addColumn<int>("pairs");
         QTest::addColumn<bool>("dialogFills");
         QTest::addColumn<QString>("outcome");
-        QTest::newRow("add cancelled") << 0 << 1 << false << u"dialog 2, pairs 1, slot 1"_s;
-        QTest::newRow("add accepted")
-            << 0 << 1 << true << u"dialog 2, pairs 2, slot 2, changed, grey"_s;
-        QTest::newRow("edit cancelled")
-            << 1 << 2 << false << u"dialog 2, pairs 2, slot 2, changed, grey"_s;
-        QTest::newRow("remove the only pair")
-            << 2 << 1 << false << u"dialog -1, pairs 0, slot 0, grey"_s;
-        QTest::newRow("remove moves later pairs up")
-            << 2 << 3 << false << u"dialog -1, pairs 2, slot 2, grey"_s;
+        const auto row = [](const char *tag, int command, int pairs, bool fills,
+                            const QString &outcome) {
+            QTest::newRow(tag) << command << pairs << fills << outcome;
+        };
+        row("add cancelled", 0, 1, false, u"dialog 2, pairs 1, slot 1"_s);
+        row("add accepted", 0, 1, true, u"dialog 2, pairs 2, slot 2, changed, grey"_s);
+        row("edit cancelled", 1, 2, false, u"dialog 2, pairs 2, slot 2, changed, grey"_s);
+        row("remove the only pair", 2, 1, false, u"dialog -1, pairs 0, slot 0, grey"_s);
+        row("remove moves later pairs up", 2, 3, false, u"dialog -1, pairs 2, slot 2, grey"_s);
     }
     void pairListCommands()
     {
@@ -137,7 +132,7 @@ private Q_SLOTS:
         f.window.runDirsDialog = [&](int slot) {
             shownFor = slot;
             if (dialogFills)
-                f.engine.pairs[slot] = pair(u"/n"_s, u"/m"_s);
+                f.engine.pairs[slot] = DirPair{u"/n"_s, u"/m"_s};
         };
         const std::array commands{&frmMain::cmdAdd_Click, &frmMain::cmdEdit_Click,
                                   &frmMain::cmdRemove_Click};
@@ -296,16 +291,16 @@ private Q_SLOTS:
         QTest::addColumn<bool>("modified");
         QTest::addColumn<Answer>("answer");
         QTest::addColumn<QString>("outcome"); // the file dialogs shown are each cancelled
-        QTest::newRow("close unchanged")
-            << false << false << Answer::Cancel << u"closed, placement stored"_s;
-        QTest::newRow("close, Cancel") << false << true << Answer::Cancel << u"asked; open"_s;
-        QTest::newRow("close, No")
-            << false << true << Answer::No << u"asked; closed, placement stored"_s;
-        QTest::newRow("close, Yes")
-            << false << true << Answer::Yes << u"asked; save dialog; open"_s;
-        QTest::newRow("load unchanged")
-            << true << false << Answer::Cancel << u"load dialog; open, profile let go"_s;
-        QTest::newRow("load, Yes") << true << true << Answer::Yes << u"asked; save dialog; open"_s;
+        const auto row = [](const char *tag, bool load, bool modified, Answer answer,
+                            const QString &outcome) {
+            QTest::newRow(tag) << load << modified << answer << outcome;
+        };
+        row("close unchanged", false, false, Answer::Cancel, u"closed, placement stored"_s);
+        row("close, Cancel", false, true, Answer::Cancel, u"asked; open"_s);
+        row("close, No", false, true, Answer::No, u"asked; closed, placement stored"_s);
+        row("close, Yes", false, true, Answer::Yes, u"asked; save dialog; open"_s);
+        row("load unchanged", true, false, Answer::Cancel, u"load dialog; open, profile let go"_s);
+        row("load, Yes", true, true, Answer::Yes, u"asked; save dialog; open"_s);
     }
     void leavingAChangedList()
     {

@@ -34,25 +34,24 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expected"); // the events
         QTest::addColumn<bool>("goesOn");
         const QString asked = u"beep; dlgLanguage; localize; dlgHint over window"_qs;
-        QTest::newRow("Deutsch chosen") << u""_qs << u"Deutsch"_qs << asked << true;
-        QTest::newRow("none chosen") << u""_qs << u"<none>"_qs << asked << true;
-        QTest::newRow("first start, -dontask -hide")
-            << u"-dontask|-hide"_qs << u"<none>"_qs << u"localize; load -dontask"_qs << true;
-        QTest::newRow("automatic run")
-            << u"@/my list.dyp|-AUTO|-dontask"_qs << u"English"_qs
-            << u"localize; load @/my list.dyp; synchronize auto"_qs << false;
-        QTest::newRow("zero-byte profile ignored with -auto")
-            << u"@/empty.dyp|-auto"_qs << u"English"_qs << u"localize; dlgHint over window"_qs
-            << true;
-        QTest::newRow("profile that fails to load is not synchronized")
-            << u"@/broken.dyp|-auto"_qs << u"English"_qs
-            << u"localize; load @/broken.dyp; dlgHint over window"_qs << true;
-        QTest::newRow("unattended, profile fails to load: ends anyway")
-            << u"@/broken.dyp|-auto|-dontask"_qs << u"English"_qs
-            << u"localize; load @/broken.dyp"_qs << false;
-        QTest::newRow("a switch word inside a file name is no switch")
-            << u"@/my-automatic.dyp"_qs << u"English"_qs
-            << u"localize; load @/my-automatic.dyp; dlgHint over window"_qs << true;
+        const auto row = [](const char *tag, const QString &args, const QString &language,
+                            bool goesOn, const QString &expected) {
+            QTest::newRow(tag) << args << language << expected << goesOn;
+        };
+        row("Deutsch chosen", u""_qs, u"Deutsch"_qs, true, asked);
+        row("none chosen", u""_qs, u"<none>"_qs, true, asked);
+        row("first start, -dontask -hide", u"-dontask|-hide"_qs, u"<none>"_qs, true,
+            u"localize; load -dontask"_qs);
+        row("automatic run", u"@/my list.dyp|-AUTO|-dontask"_qs, u"English"_qs, false,
+            u"localize; load @/my list.dyp; synchronize auto"_qs);
+        row("zero-byte profile ignored with -auto", u"@/empty.dyp|-auto"_qs, u"English"_qs, true,
+            u"localize; dlgHint over window"_qs);
+        row("profile that fails to load is not synchronized", u"@/broken.dyp|-auto"_qs,
+            u"English"_qs, true, u"localize; load @/broken.dyp; dlgHint over window"_qs);
+        row("unattended, profile fails to load: ends anyway", u"@/broken.dyp|-auto|-dontask"_qs,
+            u"English"_qs, false, u"localize; load @/broken.dyp"_qs);
+        row("a switch word inside a file name is no switch", u"@/my-automatic.dyp"_qs,
+            u"English"_qs, true, u"localize; load @/my-automatic.dyp; dlgHint over window"_qs);
     }
     void startUp()
     {
