@@ -67,11 +67,9 @@ private Q_SLOTS:
         QCOMPARE(r.code, 0);
         const QJsonArray rows = QJsonDocument::fromJson(r.out).array();
         QStringList kinds;
-        for (const QJsonValue &v : rows) {
-            const QJsonObject o = v.toObject();
-            kinds << o[u"kind"].toString() + QString::number(o[u"state"].toInt()) +
-                         o[u"source"].toString().section(u'/', -1);
-        }
+        for (const QJsonValue &v : rows)
+            kinds << v[u"kind"].toString() + QString::number(v[u"state"].toInt()) +
+                         v[u"source"].toString().section(u'/', -1);
         // Root and Sub (directories stay), new.txt (modified on both sides); one-sided files go.
         QCOMPARE(kinds, QStringList({u"d0s"_qs, u"f-1new.txt"_qs, u"d1"_qs}));
         QCOMPARE(rows.at(1).toObject()[u"source_size"].toInt(), 5);
@@ -84,24 +82,23 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("args");
         QTest::addColumn<int>("exitCode");
-        QTest::newRow("no pair") << QString() << 2;
-        QTest::newRow("unknown option") << u"--frobnicate"_qs << 2;
-        QTest::newRow("bad filter value") << u"@p.dyp --filter new"_qs << 2;
-        QTest::newRow("signed lag") << u"--source @s --destination @d --time-lag +1:00:00"_qs << 2;
-        QTest::newRow("source alone") << u"--source @s"_qs << 2;
-        QTest::newRow("destination missing") << u"--source @s --destination @gone"_qs << 3;
-        QTest::newRow("source missing, still listed") << u"--source @gone --destination @d"_qs << 3;
-        QTest::newRow("source inside the destination, case apart")
-            << u"--source @d/Sub --destination @D"_qs << 2;
-        QTest::newRow("both the same") << u"--source @s --destination @s"_qs << 2;
-        QTest::newRow("nested, allowed")
-            << u"--source @s --destination @s/Sub --allow-nested"_qs << 3;
-        QTest::newRow("a name that only begins like the other")
-            << u"--source @d --destination @d2"_qs << 0;
-        QTest::newRow("ad-hoc with switches and lag")
-            << u"--source @s --destination @d --no-subdirs --exclude-files *.txt "
-               u"--time-lag 00:00:02"_qs
-            << 0;
+        const auto row = [](const char *tag, int exitCode, const QString &args) {
+            QTest::newRow(tag) << args << exitCode;
+        };
+        row("no pair", 2, QString());
+        row("unknown option", 2, u"--frobnicate"_qs);
+        row("bad filter value", 2, u"@p.dyp --filter new"_qs);
+        row("signed lag", 2, u"--source @s --destination @d --time-lag +1:00:00"_qs);
+        row("source alone", 2, u"--source @s"_qs);
+        row("destination missing", 3, u"--source @s --destination @gone"_qs);
+        row("source missing, still listed", 3, u"--source @gone --destination @d"_qs);
+        row("source inside the destination, case apart", 2, u"--source @d/Sub --destination @D"_qs);
+        row("both the same", 2, u"--source @s --destination @s"_qs);
+        row("nested, allowed", 3, u"--source @s --destination @s/Sub --allow-nested"_qs);
+        row("a name that only begins like the other", 0, u"--source @d --destination @d2"_qs);
+        row("ad-hoc with switches and lag", 0,
+            u"--source @s --destination @d --no-subdirs --exclude-files *.txt "
+            u"--time-lag 00:00:02"_qs);
     }
     void exitCodes()
     {

@@ -23,8 +23,7 @@ QString valueOf(const QString &entry, const QString &key)
         if (value[i] != u'\\')
             continue;
         value.remove(i, 1); // and the loop steps over the escaped character
-        const qsizetype code = QStringView(u"sntr").indexOf(value[i]);
-        if (code >= 0)
+        if (const qsizetype code = QStringView(u"sntr").indexOf(value[i]); code >= 0)
             value[i] = QStringView(u" \n\t\r")[code];
     }
     return value;

@@ -39,18 +39,16 @@ private Q_SLOTS:
         QTest::addColumn<QList<std::int64_t>>("steps"); // >= 0 Update, < 0 FileDone(-x)
         QTest::addColumn<QString>("percent");
         QTest::addColumn<int>("width");
-        QTest::newRow("rounds to nearest")
-            << std::int64_t(1000) << QList<std::int64_t>{-5, 0} << "1 %" << 2;
-        QTest::newRow("a cancelled file does not pull back")
-            << std::int64_t(1000) << QList<std::int64_t>{800, 100} << "80 %" << 320;
-        QTest::newRow("files done add up")
-            << std::int64_t(1000) << QList<std::int64_t>{-250, -250, 100} << "60 %" << 240;
-        QTest::newRow("beyond 4 GiB")
-            << 10 * GiB << QList<std::int64_t>{-6 * GiB, GiB} << "70 %" << 280;
-        QTest::newRow("grown file stops at 100")
-            << std::int64_t(10) << QList<std::int64_t>{30} << "100 %" << 400;
-        QTest::newRow("total 0 stays at 0")
-            << std::int64_t(0) << QList<std::int64_t>{-0, 0} << "0 %" << 0;
+        const auto row = [](const char *tag, std::int64_t total, QList<std::int64_t> steps,
+                            const char *percent, int width) {
+            QTest::newRow(tag) << total << steps << percent << width;
+        };
+        row("rounds to nearest", 1000, {-5, 0}, "1 %", 2);
+        row("a cancelled file does not pull back", 1000, {800, 100}, "80 %", 320);
+        row("files done add up", 1000, {-250, -250, 100}, "60 %", 240);
+        row("beyond 4 GiB", 10 * GiB, {-6 * GiB, GiB}, "70 %", 280);
+        row("grown file stops at 100", 10, {30}, "100 %", 400);
+        row("total 0 stays at 0", 0, {-0, 0}, "0 %", 0);
     }
     void growsOnly()
     {
