@@ -52,7 +52,7 @@ int checkRoots(const Engine &engine, const char *command, bool createDestination
     for (int r = 1; r <= engine.pairs.count(); ++r) {
         const DirPair &pair = engine.pairs[r];
         const std::array<QString, 2> roots{pair.Source, pair.Destination};
-        for (int side = 0; side < 2; ++side) {
+        for (Side side : Sides) {
             const QByteArray path = toNative(roots[size_t(side)]);
             struct stat st;
             // A relative root, or another trouble than absence, is the comparison's to report.

@@ -129,7 +129,7 @@ int warnUnlistedFolders(const Engine &engine, const char *command)
     int count = 0;
     for (std::size_t r = 1; r < engine.comparison().rows().size(); ++r) {
         const CompareEntry &x = engine.comparison().rows()[r];
-        for (int side = 0; side < 2; ++side) {
+        for (Side side : Sides) {
             if (x.lacks(side) || !x.isDirectory() || !(x.Attributes[size_t(side)] & Attr::Unlisted))
                 continue;
             ++count;

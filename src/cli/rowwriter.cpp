@@ -24,9 +24,9 @@ void appendTwo(QByteArray &out, int v)
     out.append(static_cast<char>('0' + v % 10));
 }
 
-bool missingOn(const CompareEntry &e, int side)
+bool missingOn(const CompareEntry &e, Side side)
 {
-    return e.lacks(side) && !e.lacks(1 - side);
+    return e.lacks(side) && !e.lacks(otherSide(side));
 }
 
 void appendTsv(QByteArray &out, QAnyStringView text)
@@ -148,7 +148,7 @@ void RowWriter::jsonField(QStringView head, QAnyStringView tail)
     m_buffer.append('"');
 }
 
-void RowWriter::path(const CompareEntry &e, int side)
+void RowWriter::path(const CompareEntry &e, Side side)
 {
     if (missingOn(e, side)) {
         if (m_format == Format::Json)
@@ -175,7 +175,9 @@ void RowWriter::path(const CompareEntry &e, int side)
 void RowWriter::row(const CompareEntry &e)
 {
     const bool json = m_format == Format::Json;
-    const char kind = e.isDirectory() ? 'd' : (e.Attributes[0] & Attr::Reparse) ? 'l' : 'f';
+    const char kind = e.isDirectory()                                ? 'd'
+                      : (e.Attributes[Side::Source] & Attr::Reparse) ? 'l'
+                                                                     : 'f';
     if (json) {
         m_buffer.append(m_first ? "\n{\"state\":" : ",\n{\"state\":");
         m_first = false;
@@ -186,19 +188,19 @@ void RowWriter::row(const CompareEntry &e)
     m_buffer.append(json ? ",\"kind\":\"" : "\t");
     m_buffer.append(kind);
     m_buffer.append(json ? "\",\"source\":" : "\t");
-    path(e, 0);
+    path(e, Side::Source);
     m_buffer.append(json ? ",\"destination\":" : "\t");
-    path(e, 1);
+    path(e, Side::Destination);
     static const char *const sizeKeys[2] = {",\"source_size\":", ",\"destination_size\":"};
     static const char *const timeKeys[2] = {",\"source_modified\":", ",\"destination_modified\":"};
-    for (int side = 0; side < 2; ++side) {
+    for (Side side : Sides) {
         m_buffer.append(json ? sizeKeys[side] : "\t");
         if (!missingOn(e, side) && !e.isDirectory())
             appendNumber(m_buffer, e.FullSize[side]);
         else if (json)
             m_buffer.append("null");
     }
-    for (int side = 0; side < 2; ++side) {
+    for (Side side : Sides) {
         m_buffer.append(json ? timeKeys[side] : "\t");
         if (missingOn(e, side) || e.isDirectory() || e.Modified[side] == 0) {
             if (json)

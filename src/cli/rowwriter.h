@@ -30,7 +30,7 @@ public:
 
 private:
     void jsonField(QStringView head, QAnyStringView tail);
-    void path(const CompareEntry &entry, int side);
+    void path(const CompareEntry &entry, Side side);
     void flushIfFull();
 
     std::FILE *m_out;

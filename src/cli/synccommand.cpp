@@ -283,7 +283,8 @@ int runSync(const QStringList &args)
         sync.progress == 1 || (sync.progress < 0 && ::isatty(STDERR_FILENO) && !sync.verbose);
     if (showProgress)
         ui.onYield = [&] {
-            line.listing(engine.comparison().listedSoFar(0), engine.comparison().listedSoFar(1));
+            line.listing(engine.comparison().listedSoFar(Side::Source),
+                         engine.comparison().listedSoFar(Side::Destination));
         };
     int unlisted = 0;
     const bool compared = Compare(engine, &unlisted);

@@ -69,7 +69,7 @@ bool Compare(Engine &engine, int *unlistedRoots)
         const std::array<SharedTexts, 2> texts{std::make_shared<TextStore>(),
                                                std::make_shared<TextStore>()};
         std::array<ScanExtras, 2> extras;
-        for (int side = 0; side < 2; ++side) {
+        for (Side side : Sides) {
             extras[size_t(side)].skipFolder = versionsFolderBelow(engine, roots[size_t(side)]);
             comparison.listed(side) = 0;
             extras[size_t(side)].listed = &comparison.listed(side);
@@ -124,7 +124,7 @@ bool Compare(Engine &engine, int *unlistedRoots)
         PairListing listing;
         listing.sourceUnlisted = sourceFailed;
         listing.texts = texts;
-        for (int side = 0; side < 2; ++side) {
+        for (Side side : Sides) {
             listing.leftovers[size_t(side)] = std::move(extras[size_t(side)].leftovers);
             listing.roots[size_t(side)] = {extras[size_t(side)].rootDevice,
                                            extras[size_t(side)].rootInode};

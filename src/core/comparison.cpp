@@ -9,7 +9,7 @@ namespace duomir {
 
 Comparison::Comparison() : m_texts{std::make_shared<TextStore>()} {}
 
-Seen Comparison::seen(const CompareEntry &e, int side) const
+Seen Comparison::seen(const CompareEntry &e, Side side) const
 {
     return {e.FullSize[size_t(side)], DateToFileTime(e.Modified[size_t(side)], m_utcOffset),
             e.ModifiedNs[size_t(side)]};
@@ -28,14 +28,14 @@ bool Comparison::isInUnseenSource(int row) const
 {
     for (const RowRange &r : m_unlisted) {
         if (row >= r.first && row <= r.last) {
-            const std::uint32_t root = m_rows[size_t(r.first)].Attributes[0];
+            const std::uint32_t root = m_rows[size_t(r.first)].Attributes[Side::Source];
             return root != Attr::Invalid && (root & Attr::Directory) != 0;
         }
     }
     return false;
 }
 
-bool Comparison::isBelowUnlisted(int row, int side) const
+bool Comparison::isBelowUnlisted(int row, Side side) const
 {
     const QString &path = m_rows[size_t(row)].path(side);
     for (int i = row - 1; i >= 1; --i) {
@@ -65,8 +65,8 @@ void Comparison::addListing(int firstRow, PairListing &&listing, int utcOffset)
     m_texts.insert(m_texts.end(), listing.texts.begin(), listing.texts.end());
     if (listing.sourceUnlisted)
         m_unlisted.push_back({firstRow, lastRow()});
-    for (int side = 0; side < 2; ++side) {
-        for (QString &path : listing.leftovers[size_t(side)])
+    for (Side side : Sides) {
+        for (QString &path : listing.leftovers[side])
             m_leftovers.push_back({firstRow, side, std::move(path)});
     }
     m_rootIdentities[firstRow] = listing.roots;

@@ -90,14 +90,14 @@ public:
 
     // What the file operations turn a row's date back into, to check that a file is still as it
     // was seen: the time-zone offset of the comparison is the one its dates were made with.
-    Seen seen(const CompareEntry &e, int side) const;
+    Seen seen(const CompareEntry &e, Side side) const;
 
     // Temporary files of killed copies: the root row of their pair, the side and the full path.
     // The next copy into that side removes those no copy holds any more.
     struct Leftover
     {
         int rootRow;
-        int side;
+        Side side;
         QString path;
     };
     const std::vector<Leftover> &leftovers() const { return m_leftovers; }
@@ -121,7 +121,7 @@ public:
     // Whether a folder above `row` exists on `side` but could not be listed there: whatever the
     // row lacks on that side may be there unseen. A walk that starts below such a folder never
     // meets its row, so it asks here.
-    bool isBelowUnlisted(int row, int side) const;
+    bool isBelowUnlisted(int row, Side side) const;
 
     // The time-zone offset the comparison turned file times into dates with.
     int utcOffset() const { return m_utcOffset; }
@@ -142,8 +142,8 @@ public:
 
     // Entries listed so far per side by the running comparison, read by a progress display while
     // the destination is listed on another thread.
-    std::atomic<std::int64_t> &listed(int side) { return m_listed[size_t(side)]; }
-    std::int64_t listedSoFar(int side) const { return m_listed[size_t(side)]; }
+    std::atomic<std::int64_t> &listed(Side side) { return m_listed[size_t(side)]; }
+    std::int64_t listedSoFar(Side side) const { return m_listed[size_t(side)]; }
 
     // The compare command's side: empty the rows, add each pair's, then count them.
     void clear();

@@ -19,9 +19,9 @@ namespace {
 class CopyWalk
 {
 public:
-    CopyWalk(const Comparison &comparison, SyncRun &run, Reporter &reporter, int d, CopyModes mode)
+    CopyWalk(const Comparison &comparison, SyncRun &run, Reporter &reporter, Side d, CopyModes mode)
         : m_comparison(comparison), m_run(run), m_reporter(reporter), m_ops(run.fileOps()), m_d(d),
-          m_r(d ^ 1), m_mode(mode), m_counting(mode.testFlag(CopyMode::CountOnly)),
+          m_r(otherSide(d)), m_mode(mode), m_counting(mode.testFlag(CopyMode::CountOnly)),
           m_pipeline(m_ops, run.cancelFlag(), hooks(), reporter.asks())
     {}
 
@@ -29,7 +29,7 @@ public:
     // Nothing goes into a source folder whose files could not be seen.
     bool receivingUnseen(int index) const
     {
-        return m_r == 0 && m_comparison.isInUnseenSource(index);
+        return m_r == Side::Source && m_comparison.isInUnseenSource(index);
     }
     void tree(int start);
     void finish() { m_pipeline.finish(); }
@@ -39,7 +39,7 @@ public:
 private:
     std::int16_t sendingState() const
     {
-        return m_d == 0 ? ModifiedInSource : ModifiedInDestination;
+        return m_d == Side::Source ? ModifiedInSource : ModifiedInDestination;
     }
     // A directly selected file with IgnoreState is copied even when unmarked; in a subtree only
     // the marked files are.
@@ -55,7 +55,7 @@ private:
     }
     const CompareEntry &entry(int index) const { return m_comparison.row(index); }
     void enterPair(int rootRow) { m_places.enter(m_comparison, rootRow); }
-    TreePath place(int side, const QString &full) const { return m_places.place(side, full); }
+    TreePath place(Side side, const QString &full) const { return m_places.place(side, full); }
     bool makeReceivingDirectory(int index, const QString &receiving, const QString &sending);
     // Whether the receiving folder of row `index` may be written to; a folder that is no longer
     // the one the comparison saw is reported once and its subtree left alone.
@@ -68,8 +68,8 @@ private:
     SyncRun &m_run;
     Reporter &m_reporter;
     FileOps &m_ops;
-    int m_d;
-    int m_r;
+    Side m_d;
+    Side m_r;
     CopyModes m_mode;
     bool m_counting;
     PairPlaces m_places;
@@ -261,7 +261,7 @@ void CopyWalk::report(const CopyStep &step)
 
 } // namespace
 
-void CopyEntries(const Comparison &comparison, SyncRun &run, Reporter &reporter, int d, int start,
+void CopyEntries(const Comparison &comparison, SyncRun &run, Reporter &reporter, Side d, int start,
                  CopyModes mode)
 {
     if (comparison.lastRow() < 1)

@@ -2,6 +2,8 @@
 
 #include <QFlags>
 
+#include "core/side.h"
+
 namespace duomir {
 
 class Comparison;
@@ -24,7 +26,7 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(CopyModes)
 // failure goes to the reporter and the walk goes on. Drives the run's progress when it is visible.
 // Small files are copied on worker threads (see CopyPipeline); every result is still reported on
 // the calling thread, in walk order.
-void CopyEntries(const Comparison &comparison, SyncRun &run, Reporter &reporter, int d, int start,
+void CopyEntries(const Comparison &comparison, SyncRun &run, Reporter &reporter, Side d, int start,
                  CopyModes mode = {});
 
 } // namespace duomir

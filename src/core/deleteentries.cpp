@@ -21,7 +21,7 @@ namespace {
 class DeleteWalk
 {
 public:
-    DeleteWalk(const Comparison &comparison, SyncRun &run, Reporter &reporter, int side)
+    DeleteWalk(const Comparison &comparison, SyncRun &run, Reporter &reporter, Side side)
         : m_comparison(comparison), m_run(run), m_reporter(reporter), m_side(side)
     {}
     ~DeleteWalk() { m_run.fileOps().walkEnded(); }
@@ -43,7 +43,7 @@ private:
     const Comparison &m_comparison;
     SyncRun &m_run;
     Reporter &m_reporter;
-    int m_side;
+    Side m_side;
     PairPlaces m_places;
     bool m_held = false; // the deletion guard held this pair back
     FolderGate m_folders;
@@ -75,7 +75,7 @@ void DeleteWalk::deleteFile(int index)
 
 } // namespace
 
-void DeleteEntries(const Comparison &comparison, SyncRun &run, Reporter &reporter, int side,
+void DeleteEntries(const Comparison &comparison, SyncRun &run, Reporter &reporter, Side side,
                    int start, DeleteModes mode)
 {
     const CompareArray &rows = comparison.rows();
@@ -89,14 +89,14 @@ void DeleteEntries(const Comparison &comparison, SyncRun &run, Reporter &reporte
         return;
     // Below a folder of the other side that could not be read, nothing is known to be missing.
     if (start > 0 && mode.testFlag(DeleteMode::OnlyMissingOnOtherSide) &&
-        comparison.isBelowUnlisted(first, side ^ 1))
+        comparison.isBelowUnlisted(first, otherSide(side)))
         return;
     DeleteWalk walk(comparison, run, reporter, side);
     walk.enterPair(pairRootRow(rows, first));
     if (start > 0 && !e.isDirectory()) {
         // Synchronizing one file with Delete must not delete it when the other side has it: the
         // copy that follows would then have nothing to send, and the newer file would be gone.
-        const bool onOtherSide = !e.lacks(side ^ 1);
+        const bool onOtherSide = !e.lacks(otherSide(side));
         if (!e.lacks(side) && !(mode.testFlag(DeleteMode::OnlyMissingOnOtherSide) && onOtherSide))
             walk.deleteFile(first);
         return;
@@ -110,7 +110,7 @@ void DeleteEntries(const Comparison &comparison, SyncRun &run, Reporter &reporte
                         What::RemoveDirectory, side, first);
 
     const int last = int(rows.size()) - 1;
-    const int other = side ^ 1;
+    const Side other = otherSide(side);
     // Below a directory whose other side could not be read, "missing on the other side" only
     // means "not seen": such files are kept.
     QString unseenBelow;

@@ -2,6 +2,8 @@
 
 #include <QFlags>
 
+#include "core/side.h"
+
 namespace duomir {
 
 class Comparison;
@@ -23,7 +25,7 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(DeleteModes)
 // removed only when it is already empty; subdirectories always stay. Read-only files are made
 // writable first. Pairs whose deletion the guard held back in this run are left alone. Runs to
 // the end even when the run is cancelled; every failure goes to the reporter.
-void DeleteEntries(const Comparison &comparison, SyncRun &run, Reporter &reporter, int side,
+void DeleteEntries(const Comparison &comparison, SyncRun &run, Reporter &reporter, Side side,
                    int start, DeleteModes mode = {});
 
 } // namespace duomir

@@ -16,10 +16,10 @@ struct PairCount
     bool receivingHoldsAnything = false;
 };
 
-PairCount countPair(const CompareArray &rows, int root, int side)
+PairCount countPair(const CompareArray &rows, int root, Side side)
 {
     PairCount c;
-    const int other = side ^ 1;
+    const Side other = otherSide(side);
     for (std::size_t i = std::size_t(root) + 1; i < rows.size() && !isPairRootRow(rows[i]); ++i) {
         const CompareEntry &x = rows[i];
         c.receivingHoldsAnything = c.receivingHoldsAnything || !x.lacks(other);
@@ -35,7 +35,7 @@ PairCount countPair(const CompareArray &rows, int root, int side)
 } // namespace
 
 std::vector<OversizedDeletion> FindOversizedDeletions(const Comparison &comparison, int limit,
-                                                      int side, int start)
+                                                      Side side, int start)
 {
     std::vector<OversizedDeletion> found;
     const CompareArray &rows = comparison.rows();
@@ -60,7 +60,7 @@ std::vector<OversizedDeletion> FindOversizedDeletions(const Comparison &comparis
     return found;
 }
 
-void GuardDeletions(Engine &engine, int side, int start, bool mirror)
+void GuardDeletions(Engine &engine, Side side, int start, bool mirror)
 {
     engine.run().refusedRoots().clear();
     const QString limit = QString::number(engine.settings.MaxDeletePercent);

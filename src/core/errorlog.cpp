@@ -17,7 +17,7 @@ namespace duomir {
 namespace {
 
 // A name on the receiving side is the one acted on (a.txt replaces A.TXT), so it is the one named.
-QString sideText(const CompareEntry &e, int side, int d, bool withName)
+QString sideText(const CompareEntry &e, Side side, Side d, bool withName)
 {
     QString text = e.path(side);
     if (withName)
@@ -27,7 +27,7 @@ QString sideText(const CompareEntry &e, int side, int d, bool withName)
 
 } // namespace
 
-void Reporter::report(OpResult result, int what, int d, int entryIndex)
+void Reporter::report(OpResult result, int what, Side d, int entryIndex)
 {
     if (result.ok())
         return;
@@ -45,7 +45,7 @@ void Reporter::report(OpResult result, int what, int d, int entryIndex)
         if (what & 1)
             source = sideText(e, d, d, what & 2);
         if (what & 4)
-            destination = sideText(e, d ^ 1, d, what & 8);
+            destination = sideText(e, otherSide(d), d, what & 8);
     }
     ++m.stats.failures;
 
@@ -70,13 +70,13 @@ void Reporter::report(OpResult result, int what, int d, int entryIndex)
     writeLine({result.error, message, source, destination});
 }
 
-void Reporter::logAction(const QString &action, int what, int d, int entryIndex) const
+void Reporter::logAction(const QString &action, int what, Side d, int entryIndex) const
 {
     if (!m.settings.LogActions || entryIndex < 0 || entryIndex > m.comparison.lastRow())
         return;
     const CompareEntry &e = m.comparison.row(entryIndex);
     const QString source = (what & 1) ? sideText(e, d, d, what & 2) : QString();
-    const QString destination = (what & 4) ? sideText(e, d ^ 1, d, what & 8) : QString();
+    const QString destination = (what & 4) ? sideText(e, otherSide(d), d, what & 8) : QString();
     writeLine({action, QString(), source, destination});
 }
 

@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "core/platform/fileops.h"
+#include "core/side.h"
 
 namespace duomir {
 
@@ -49,12 +50,12 @@ public:
     // (Critical, Ok; not with DontAsk) and a log line; a success does nothing. "Directory not
     // empty" (and EEXIST from rmdir) is expected by the deletion walk and stays silent. Never
     // stops a walk.
-    void report(OpResult result, int what, int d, int entryIndex);
+    void report(OpResult result, int what, Side d, int entryIndex);
 
     // With LogActions on, one log line for a change made to row `entryIndex`: `action` ("copy",
     // "replace", "delete", "mkdir") in the column of the error number, an empty text, and the
     // paths the `what` bits name, escaped as on the failure lines.
-    void logAction(const QString &action, int what, int d, int entryIndex) const;
+    void logAction(const QString &action, int what, Side d, int entryIndex) const;
 
     // The day's log file for the moment `now`: the data folder + "yyyymmdd.log".
     QString logFilePath(const QDateTime &now) const;

@@ -14,6 +14,7 @@
 
 #include "base/date.h"
 #include "core/platform/freememory.h"
+#include "core/side.h"
 #include "core/textstore.h"
 
 namespace duomir {
@@ -123,26 +124,26 @@ class CompareEntry
 public:
     // The directory of the entry on `side` with its trailing separator for a file, the
     // directory itself for a directory row; on a side that lacks the entry, where it would be.
-    const QString &path(int side) const
+    const QString &path(Side side) const
     {
         const QString *p = m_path[static_cast<std::size_t>(side)];
         return p ? *p : NoPath;
     }
     // Empty on a side that lacks the entry (and on both sides of a pair's root row).
-    QAnyStringView nameView(int side) const
+    QAnyStringView nameView(Side side) const
     {
         const auto s = static_cast<std::size_t>(side);
         return StoredName<std::uint16_t>::view(m_name[s], m_nameLength[s]);
     }
-    QString name(int side) const { return nameView(side).toString(); }
-    bool lacks(int side) const
+    QString name(Side side) const { return nameView(side).toString(); }
+    bool lacks(Side side) const
     {
         return (m_nameLength[static_cast<std::size_t>(side)] & ~StoredName<std::uint16_t>::Wide) ==
                0;
     }
     // Both must outlive the row; a name holds at most 32,767 units (a Linux name 255 bytes).
-    void setPath(int side, const QString *path) { m_path[static_cast<std::size_t>(side)] = path; }
-    void setName(int side, QAnyStringView name)
+    void setPath(Side side, const QString *path) { m_path[static_cast<std::size_t>(side)] = path; }
+    void setName(Side side, QAnyStringView name)
     {
         const auto s = static_cast<std::size_t>(side);
         StoredName<std::uint16_t>::keep(name, m_name[s], m_nameLength[s]);
@@ -156,12 +157,12 @@ public:
     bool Marked = false;
 
     // The low 32 bits of the size: what the comparison looks at.
-    std::int32_t size(int side) const
+    std::int32_t size(Side side) const
     {
         return static_cast<std::int32_t>(
             static_cast<std::uint32_t>(FullSize[static_cast<std::size_t>(side)]));
     }
-    bool isDirectory() const { return (Attributes[0] & Attr::Directory) != 0; }
+    bool isDirectory() const { return (Attributes[Side::Source] & Attr::Directory) != 0; }
 
 private:
     std::array<const QString *, 2> m_path{};

@@ -32,9 +32,9 @@ bool passesSideFilter(const CompareEntry &row, SideView view)
         return true;
     switch (view) {
     case SideView::SameNames:
-        return row.nameView(0) == row.nameView(1);
+        return row.nameView(Side::Source) == row.nameView(Side::Destination);
     case SideView::DifferentNames:
-        return row.nameView(0) != row.nameView(1);
+        return row.nameView(Side::Source) != row.nameView(Side::Destination);
     case SideView::All:
         break;
     }
@@ -81,7 +81,7 @@ RowCounts countRows(const CompareArray &results, const RowIndexArray &rows)
         const CompareEntry &row = results[rows[r]];
         if (!row.isDirectory())
             ++counts.files;
-        else if (!row.lacks(0) || !row.lacks(1))
+        else if (!row.lacks(Side::Source) || !row.lacks(Side::Destination))
             ++counts.directories;
     }
     return counts;

@@ -64,10 +64,10 @@ private:
     }
 
     void matched(const FileEntry &s, const FileEntry &d);
-    void oneSided(const FileEntry &e, int side);
+    void oneSided(const FileEntry &e, Side side);
     // The path of `present` on the other side: below the other side's spelling of the folder it
     // lies in.
-    const QString *derivedPath(const FileEntry &present, int presentSide);
+    const QString *derivedPath(const FileEntry &present, Side presentSide);
     // Two spellings of one folder, source and destination, for the rows below it.
     void remember(const QString *sourceFolder, const QString *destinationFolder);
 
@@ -81,11 +81,11 @@ private:
     std::array<QHash<QString, const QString *>, 2> m_otherSpelling;
 };
 
-const QString *Merger::derivedPath(const FileEntry &present, int presentSide)
+const QString *Merger::derivedPath(const FileEntry &present, Side presentSide)
 {
     if (&present.path() == m_lastPresent && presentSide == m_lastSide)
         return m_lastDerived;
-    const QString &otherRoot = m_in.roots[static_cast<size_t>(1 - presentSide)];
+    const QString &otherRoot = m_in.roots[otherSide(presentSide)];
     const QString &path = present.path();
     // A side without a root (an empty pair text) has no place for anything: deriving from it
     // would give a relative path, which a copy would resolve against the working directory.
@@ -122,11 +122,11 @@ void Merger::remember(const QString *sourceFolder, const QString *destinationFol
 void Merger::matched(const FileEntry &s, const FileEntry &d)
 {
     CompareEntry &row = m_out.emplace_back();
-    row.setPath(0, &s.path());
-    row.setPath(1, &d.path());
+    row.setPath(Side::Source, &s.path());
+    row.setPath(Side::Destination, &d.path());
     // Most matched names are equal on both sides: the source's units then serve both.
-    row.setName(0, s.name());
-    row.setName(1, d.name() == s.name() ? s.name() : d.name());
+    row.setName(Side::Source, s.name());
+    row.setName(Side::Destination, d.name() == s.name() ? s.name() : d.name());
     if (s.isDirectory() && d.isDirectory())
         remember(&s.path(), &d.path());
     row.Attributes = {s.Attributes, d.Attributes};
@@ -150,20 +150,21 @@ void Merger::matched(const FileEntry &s, const FileEntry &d)
 }
 
 // An entry that only `side` has; the other side's path is derived from it.
-void Merger::oneSided(const FileEntry &e, int side)
+void Merger::oneSided(const FileEntry &e, Side side)
 {
     CompareEntry &row = m_out.emplace_back();
     const QString *other = derivedPath(e, side);
     row.setPath(side, &e.path());
-    row.setPath(side ^ 1, other);
+    row.setPath(otherSide(side), other);
     if (e.isDirectory() && other && !other->isEmpty())
-        remember(side == 0 ? &e.path() : other, side == 0 ? other : &e.path());
+        remember(side == Side::Source ? &e.path() : other,
+                 side == Side::Source ? other : &e.path());
     row.setName(side, e.name());
     row.Attributes = {e.Attributes, e.Attributes};
     row.Modified[size_t(side)] = e.Modified;
     row.ModifiedNs[size_t(side)] = e.ModifiedNs;
     row.FullSize[size_t(side)] = e.FullSize;
-    row.State = side == 0 ? ModifiedInSource : ModifiedInDestination;
+    row.State = side == Side::Source ? ModifiedInSource : ModifiedInDestination;
     row.Marked = m_in.markAll;
 }
 
@@ -196,9 +197,9 @@ void Merger::run()
             c = m_in.sourceKeys.compare(src[i], m_in.destinationKeys, dst[j]);
 
         if (c < 0) {
-            oneSided(src[i++], 0);
+            oneSided(src[i++], Side::Source);
         } else if (c > 0) {
-            oneSided(dst[j++], 1);
+            oneSided(dst[j++], Side::Destination);
         } else {
             const qsizetype ti = twinCount(src, m_in.sourceKeys, i);
             const qsizetype tj = twinCount(dst, m_in.destinationKeys, j);
@@ -207,8 +208,8 @@ void Merger::run()
                 // file and a directory one key; they are still never one entry. The roots always
                 // pair, whatever they are.
                 if (i > 0 && j > 0 && src[i].isDirectory() != dst[j].isDirectory()) {
-                    oneSided(src[i++], 0);
-                    oneSided(dst[j++], 1);
+                    oneSided(src[i++], Side::Source);
+                    oneSided(dst[j++], Side::Destination);
                     continue;
                 }
                 matched(src[i++], dst[j++]);
@@ -226,9 +227,9 @@ void Merger::run()
                 else
                     e = m_in.sourceKeys.compareExact(src[i], m_in.destinationKeys, dst[j]);
                 if (e < 0)
-                    oneSided(src[i++], 0);
+                    oneSided(src[i++], Side::Source);
                 else if (e > 0)
-                    oneSided(dst[j++], 1);
+                    oneSided(dst[j++], Side::Destination);
                 else
                     matched(src[i++], dst[j++]);
             }

@@ -57,6 +57,7 @@ set(DUOMIR_CORE_SOURCES
     core/progressmodel.h
     core/progressmodel.cpp
     core/syncstats.h
+    core/side.h
     core/syncpaths.h
     core/walkplaces.h
     core/copyentries.h

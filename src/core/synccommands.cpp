@@ -64,7 +64,7 @@ bool ConfirmCopySelected(Engine &engine)
     return confirmed(engine, 811, Interaction::Icon::Question);
 }
 
-void RunCopySelected(Engine &engine, int d, int entry)
+void RunCopySelected(Engine &engine, Side d, int entry)
 {
     showBusy(engine, 853);
     CopySelected(engine, d, entry);
@@ -75,7 +75,7 @@ bool ConfirmDeleteSelected(Engine &engine)
     return confirmed(engine, 801, Interaction::Icon::Question);
 }
 
-void RunDeleteSelected(Engine &engine, int side, int entry)
+void RunDeleteSelected(Engine &engine, Side side, int entry)
 {
     showBusy(engine, 854);
     engine.run().stats() = {};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/side.h"
+
 namespace duomir {
 
 class Engine;
@@ -29,11 +31,11 @@ bool RunSynchronizeEntry(Engine &engine, int entry);
 // The popup's copy: confirmation 811 (not with DontAsk), then labels 853 and CopySelected.
 // Returns false when the person said No; otherwise the caller always compares again.
 bool ConfirmCopySelected(Engine &engine);
-void RunCopySelected(Engine &engine, int d, int entry);
+void RunCopySelected(Engine &engine, Side d, int entry);
 
 // The popup's delete on `side`: confirmation 801 (not with DontAsk), then labels 854 and
 // DeleteEntries(side, entry, 0), which deletes whether or not the other side has the entry.
 bool ConfirmDeleteSelected(Engine &engine);
-void RunDeleteSelected(Engine &engine, int side, int entry);
+void RunDeleteSelected(Engine &engine, Side side, int entry);
 
 } // namespace duomir

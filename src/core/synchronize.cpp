@@ -27,10 +27,10 @@ void writeRunLine(Engine &engine, const QString &what, int startEntry)
     const CompareArray &rows = engine.comparison().rows();
     // Element 0 holds no paths; a whole-list run names the first pair's directories instead.
     std::size_t index = std::size_t(startEntry) < rows.size() ? std::size_t(startEntry) : 0;
-    if (index == 0 && rows[0].path(0).isEmpty() && rows.size() > 1)
+    if (index == 0 && rows[0].path(Side::Source).isEmpty() && rows.size() > 1)
         index = 1;
     const CompareEntry &e = rows[index];
-    QVariantList fields{what, engine.ProfilePath, e.path(0), e.path(1)};
+    QVariantList fields{what, engine.ProfilePath, e.path(Side::Source), e.path(Side::Destination)};
     // With every change logged, the end of a run says what it came to.
     if (engine.settings.LogActions && what == u"End") {
         const SyncStats &s = engine.run().stats();
@@ -47,12 +47,12 @@ void writeRunLine(Engine &engine, const QString &what, int startEntry)
 }
 
 // The walks over the engine's comparison, with its run and its reporter.
-void copyWalk(Engine &engine, int d, int startEntry, CopyModes mode)
+void copyWalk(Engine &engine, Side d, int startEntry, CopyModes mode)
 {
     CopyEntries(engine.comparison(), engine.run(), engine.reporter(), d, startEntry, mode);
 }
 
-void deleteWalk(Engine &engine, int side, int startEntry, DeleteModes mode)
+void deleteWalk(Engine &engine, Side side, int startEntry, DeleteModes mode)
 {
     DeleteEntries(engine.comparison(), engine.run(), engine.reporter(), side, startEntry, mode);
 }
@@ -85,13 +85,14 @@ bool Synchronize(Engine &engine, int startEntry)
 
     const bool oneWay = o.Src != o.Dest && !o.Reverse;
     if (oneWay && o.Delete) {
-        GuardDeletions(engine, o.Src ? 0 : 1, startEntry);
-        deleteWalk(engine, o.Src ? 0 : 1, startEntry, DeleteMode::OnlyMissingOnOtherSide);
+        const Side sending = o.Src ? Side::Source : Side::Destination;
+        GuardDeletions(engine, sending, startEntry);
+        deleteWalk(engine, sending, startEntry, DeleteMode::OnlyMissingOnOtherSide);
         engine.run().refusedRoots().clear(); // the list's own Delete command is not guarded
     } else if (oneWay && o.Mirror) {
         // The receiving side loses what the sending side lacks, then takes every copy: it ends
         // as the sending side is.
-        const int receiving = o.Src ? 1 : 0;
+        const Side receiving = o.Src ? Side::Destination : Side::Source;
         GuardDeletions(engine, receiving, startEntry, true);
         deleteWalk(engine, receiving, startEntry,
                    DeleteMode::OnlyMissingOnOtherSide | DeleteMode::EmptiedFolders);
@@ -101,22 +102,22 @@ bool Synchronize(Engine &engine, int startEntry)
     const CopyModes receivingDecides =
         oneWay && o.Delete ? CopyModes(CopyMode::ReceivingDecides) : CopyModes();
     if (o.Src)
-        copyWalk(engine, 0, startEntry, CopyMode::CountOnly | receivingDecides);
+        copyWalk(engine, Side::Source, startEntry, CopyMode::CountOnly | receivingDecides);
     if (o.Dest)
-        copyWalk(engine, 1, startEntry, CopyMode::CountOnly | receivingDecides);
+        copyWalk(engine, Side::Destination, startEntry, CopyMode::CountOnly | receivingDecides);
     if (!engine.DontAsk || engine.ProgressWhenUnattended)
         engine.run().progress().Init(engine.run().byteTotal());
     if (o.Src)
-        copyWalk(engine, 0, startEntry, receivingDecides);
+        copyWalk(engine, Side::Source, startEntry, receivingDecides);
     if (o.Dest)
-        copyWalk(engine, 1, startEntry, receivingDecides);
+        copyWalk(engine, Side::Destination, startEntry, receivingDecides);
 
     endRun(engine);
     writeRunLine(engine, QStringLiteral("End"), startEntry);
     return true;
 }
 
-void CopySelected(Engine &engine, int d, int startEntry)
+void CopySelected(Engine &engine, Side d, int startEntry)
 {
     engine.run().begin();
     BeginKeeping(engine, startEntry);

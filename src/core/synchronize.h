@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/side.h"
+
 namespace duomir {
 
 class Engine;
@@ -16,6 +18,6 @@ bool Synchronize(Engine &engine, int startEntry);
 
 // Copies the row `startEntry` (and a directory's subtree) from side `d` to the other side
 // whichever side is newer, with progress. No confirmation, no re-compare.
-void CopySelected(Engine &engine, int d, int startEntry);
+void CopySelected(Engine &engine, Side d, int startEntry);
 
 } // namespace duomir

@@ -79,7 +79,7 @@ inline InFolder inFolder(const QString &path, const QString &folder, const QStri
 // The row that opens the pair `row` belongs to: the pair's roots, no name on either side.
 inline bool isPairRootRow(const CompareEntry &x)
 {
-    return x.lacks(0) && x.lacks(1);
+    return x.lacks(Side::Source) && x.lacks(Side::Destination);
 }
 inline int pairRootRow(const CompareArray &rows, int row)
 {
@@ -90,7 +90,7 @@ inline int pairRootRow(const CompareArray &rows, int row)
 
 // The pair's directory on `side` as the file operations take it: "/" for the file system's root
 // (its row holds the empty text), empty when the pair names no directory there.
-inline QString pairRoot(const CompareEntry &rootRow, int side)
+inline QString pairRoot(const CompareEntry &rootRow, Side side)
 {
     const QString &path = rootRow.path(side);
     if (!path.isEmpty())

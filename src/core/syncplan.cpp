@@ -2,6 +2,7 @@
 
 #include <QLocale>
 #include <algorithm>
+#include <optional>
 
 #include "base/interaction.h"
 #include "core/deletionguard.h"
@@ -15,17 +16,17 @@ namespace {
 
 // A row names its file or folder on each side that holds it (a one-sided row's other path is
 // only derived).
-bool onSide(const CompareEntry &e, int side)
+bool onSide(const CompareEntry &e, Side side)
 {
     return !e.lacks(side);
 }
 
-// The one direction of a run with Delete or Mirror (0: source to destination), or -1.
-int singleDirection(const SyncOptions &o)
+// The sending side of a run with one direction, none with both or neither.
+std::optional<Side> singleDirection(const SyncOptions &o)
 {
     if (o.Src == o.Dest || o.Reverse)
-        return -1;
-    return o.Src ? 0 : 1;
+        return std::nullopt;
+    return o.Src ? Side::Source : Side::Destination;
 }
 
 } // namespace
@@ -40,7 +41,7 @@ SyncPlanner::SyncPlanner(const Comparison &comparison, const SyncRun &run)
     std::array<QString, 2> unseenBelow;
     for (std::size_t i = 1; i < rows.size(); ++i) {
         const CompareEntry &x = rows[i];
-        for (int side = 0; side < 2; ++side) {
+        for (Side side : Sides) {
             QString &below = unseenBelow[size_t(side)];
             if (isPairRootRow(x) || (!below.isEmpty() && !x.path(side).startsWith(below)))
                 below.clear();
@@ -63,22 +64,23 @@ PlannedAction SyncPlanner::action(int row) const
     if (isPairRootRow(x) || !x.Marked)
         return PlannedAction::None;
     const SyncOptions &o = m_run.options();
-    const std::uint32_t both = x.Attributes[0] | x.Attributes[1];
+    const std::uint32_t both = x.Attributes[Side::Source] | x.Attributes[Side::Destination];
     const bool directory = (both & Attr::Directory) != 0;
     // Rows added since the pass (a list being rebuilt) lie below nothing known.
-    const auto below = [&](int side) {
+    const auto below = [&](Side side) {
         return size_t(row) < m_belowUnlisted.size() && ((m_belowUnlisted[size_t(row)] >> side) & 1);
     };
-    const auto deleteOn = [](int side) {
-        return side == 0 ? PlannedAction::DeleteInSource : PlannedAction::DeleteInDestination;
+    const auto deleteOn = [](Side side) {
+        return side == Side::Source ? PlannedAction::DeleteInSource
+                                    : PlannedAction::DeleteInDestination;
     };
-    const int one = singleDirection(o);
+    const std::optional<Side> one = singleDirection(o);
 
     // Deletion first, as the run does it: Delete takes from the sending side what the receiving
     // side lacks, Mirror from the receiving side what the sending side lacks.
-    if (one >= 0 && (o.Delete || o.Mirror)) {
-        const int side = o.Delete ? one : one ^ 1;
-        const int other = side ^ 1;
+    if (one && (o.Delete || o.Mirror)) {
+        const Side side = o.Delete ? *one : otherSide(*one);
+        const Side other = otherSide(side);
         const bool deletable = onSide(x, side) && !onSide(x, other) &&
                                !m_comparison.isInUnlistedPair(row) && !below(other);
         if (deletable && (!directory || o.Mirror))
@@ -86,19 +88,19 @@ PlannedAction SyncPlanner::action(int row) const
     }
     if (directory)
         return PlannedAction::None;
-    for (int d = 0; d < 2; ++d) {
-        if (!(d == 0 ? o.Src : o.Dest))
+    for (Side d : Sides) {
+        if (!(d == Side::Source ? o.Src : o.Dest))
             continue;
-        const int r = d ^ 1;
-        const std::int16_t sending = d == 0 ? ModifiedInSource : ModifiedInDestination;
+        const Side r = otherSide(d);
+        const std::int16_t sending = d == Side::Source ? ModifiedInSource : ModifiedInDestination;
         if (x.State != sending || x.lacks(d))
             continue;
         // With Delete only files both sides hold are copied: the rest was deleted above.
-        if (o.Delete && one >= 0 && x.lacks(r))
+        if (o.Delete && one && x.lacks(r))
             continue;
-        if (below(r) || (r == 0 && m_comparison.isInUnseenSource(row)))
+        if (below(r) || (r == Side::Source && m_comparison.isInUnseenSource(row)))
             continue;
-        return d == 0 ? PlannedAction::CopyToDestination : PlannedAction::CopyToSource;
+        return d == Side::Source ? PlannedAction::CopyToDestination : PlannedAction::CopyToSource;
     }
     return PlannedAction::None;
 }
@@ -109,11 +111,11 @@ SyncPlan PlanSynchronize(const Engine &engine)
     const SyncPlanner planner(engine.comparison(), engine.run());
     const CompareArray &rows = engine.comparison().rows();
     const SyncOptions &o = engine.run().options();
-    const int one = singleDirection(o);
+    const std::optional<Side> one = singleDirection(o);
     std::vector<int> held;
     const bool unattended = engine.DontAsk || !engine.ui().personPresent();
-    if (one >= 0 && (o.Delete || o.Mirror)) {
-        const int side = o.Delete ? one : one ^ 1;
+    if (one && (o.Delete || o.Mirror)) {
+        const Side side = o.Delete ? *one : otherSide(*one);
         const QString limit = QString::number(engine.settings.MaxDeletePercent);
         for (const OversizedDeletion &d : FindOversizedDeletions(
                  engine.comparison(), engine.settings.MaxDeletePercent, side, 0)) {
@@ -131,10 +133,10 @@ SyncPlan PlanSynchronize(const Engine &engine)
         switch (a) {
         case PlannedAction::CopyToDestination:
         case PlannedAction::CopyToSource: {
-            const int d = a == PlannedAction::CopyToDestination ? 0 : 1;
+            const Side d = a == PlannedAction::CopyToDestination ? Side::Source : Side::Destination;
             ++plan.copies[size_t(d)];
             plan.bytes[size_t(d)] += x.FullSize[size_t(d)];
-            if (!x.lacks(d ^ 1))
+            if (!x.lacks(otherSide(d)))
                 ++plan.replaces[size_t(d)];
             break;
         }
@@ -143,8 +145,9 @@ SyncPlan PlanSynchronize(const Engine &engine)
             // Unattended, the guard holds these back; a person is asked and may let them go.
             if (unattended && std::find(held.begin(), held.end(), root) != held.end())
                 break;
-            const int side = a == PlannedAction::DeleteInSource ? 0 : 1;
-            const bool directory = ((x.Attributes[0] | x.Attributes[1]) & Attr::Directory) != 0;
+            const Side side = a == PlannedAction::DeleteInSource ? Side::Source : Side::Destination;
+            const bool directory = ((x.Attributes[Side::Source] | x.Attributes[Side::Destination]) &
+                                    Attr::Directory) != 0;
             ++(directory ? plan.folderRemovals : plan.deletions)[size_t(side)];
             break;
         }
@@ -160,7 +163,7 @@ QString DescribePlan(const Engine &engine, const SyncPlan &plan)
     const QLocale locale;
     QStringList lines = plan.heldBack;
     const std::array<int, 2> copyKeys{831, 832};
-    for (int d = 0; d < 2; ++d) {
+    for (Side d : Sides) {
         if (plan.copies[size_t(d)] == 0)
             continue;
         lines << engine.FormatMsg(copyKeys[size_t(d)],
@@ -169,7 +172,7 @@ QString DescribePlan(const Engine &engine, const SyncPlan &plan)
                                    QString::number(plan.replaces[size_t(d)])});
     }
     const std::array<int, 2> deleteKeys{833, 834};
-    for (int side = 0; side < 2; ++side) {
+    for (Side side : Sides) {
         if (plan.deletions[size_t(side)] + plan.folderRemovals[size_t(side)] == 0)
             continue;
         lines << engine.FormatMsg(deleteKeys[size_t(side)],

@@ -136,7 +136,7 @@ void BeginKeeping(Engine &engine, int start)
             break;
         PairPlaces places;
         places.enter(engine.comparison(), root);
-        for (int side = 0; side < 2; ++side) {
+        for (Side side : Sides) {
             TreePath folder = places.place(side, pairRoot(rows[size_t(root)], side));
             folder.relative = keeping.folder;
             if (placeKnown(folder))

@@ -17,10 +17,10 @@ public:
     void enter(const Comparison &comparison, int rootRow)
     {
         const CompareEntry &root = comparison.row(rootRow);
-        m_roots = {pairRoot(root, 0), pairRoot(root, 1)};
+        m_roots = {pairRoot(root, Side::Source), pairRoot(root, Side::Destination)};
         m_ids = comparison.rootIdentities(rootRow);
     }
-    TreePath place(int side, const QString &full) const
+    TreePath place(Side side, const QString &full) const
     {
         TreePath p = placeBelow(m_roots[size_t(side)], full);
         p.rootId = m_ids[size_t(side)];

@@ -18,16 +18,16 @@ namespace {
 QString rowName(const CompareEntry &e)
 {
     if (e.isDirectory())
-        return e.path(0).isEmpty() ? e.path(1) : e.path(0);
-    return e.lacks(0) ? e.name(1) : e.name(0);
+        return e.path(Side::Source).isEmpty() ? e.path(Side::Destination) : e.path(Side::Source);
+    return e.lacks(Side::Source) ? e.name(Side::Destination) : e.name(Side::Source);
 }
 
-bool presentOn(const CompareEntry &e, int side)
+bool presentOn(const CompareEntry &e, Side side)
 {
     return e.isDirectory() ? !e.path(side).isEmpty() : !e.lacks(side);
 }
 
-qint64 sizeOn(const CompareEntry &e, size_t side)
+qint64 sizeOn(const CompareEntry &e, Side side)
 {
     return e.FullSize[side];
 }
@@ -208,7 +208,8 @@ QVariant FileListModel::data(const QModelIndex &index, int role) const
     if (role == Qt::ToolTipRole && column == StateColumn)
         return actionTip(resultIndex(index.row()));
     if (role == Qt::ToolTipRole && column == NameColumn) {
-        return QString(e.path(0) % e.name(0) % u'\n' % e.path(1) % e.name(1));
+        return QString(e.path(Side::Source) % e.name(Side::Source) % u'\n' %
+                       e.path(Side::Destination) % e.name(Side::Destination));
     }
     if (role != Qt::DisplayRole)
         return {};
@@ -218,17 +219,17 @@ QVariant FileListModel::data(const QModelIndex &index, int role) const
         return rowName(e);
     case SourceSizeColumn:
     case DestinationSizeColumn: {
-        const int side = column == SourceSizeColumn ? 0 : 1;
+        const Side side = column == SourceSizeColumn ? Side::Source : Side::Destination;
         if (e.isDirectory() || !presentOn(e, side))
             return {};
         return m_locale.toString(sizeOn(e, side));
     }
     case SourceDateColumn:
     case DestinationDateColumn: {
-        const int side = column == SourceDateColumn ? 0 : 1;
+        const Side side = column == SourceDateColumn ? Side::Source : Side::Destination;
         if (e.isDirectory() || !presentOn(e, side))
             return {};
-        return formatDate(e.Modified[static_cast<size_t>(side)], m_locale);
+        return formatDate(e.Modified[side], m_locale);
     }
     default:
         break;
@@ -320,16 +321,15 @@ void FileListModel::sort(int column, Qt::SortOrder order)
     }
     case SourceSizeColumn:
     case DestinationSizeColumn: {
-        const int side = column == SourceSizeColumn ? 0 : 1;
+        const Side side = column == SourceSizeColumn ? Side::Source : Side::Destination;
         byKey([side](const CompareEntry &e) { return presentOn(e, side) ? sizeOn(e, side) : -1; });
         break;
     }
     case SourceDateColumn:
     case DestinationDateColumn: {
-        const size_t side = column == SourceDateColumn ? 0 : 1;
-        byKey([side](const CompareEntry &e) {
-            return presentOn(e, static_cast<int>(side)) ? e.Modified[side] : -1.0;
-        });
+        const Side side = column == SourceDateColumn ? Side::Source : Side::Destination;
+        byKey(
+            [side](const CompareEntry &e) { return presentOn(e, side) ? e.Modified[side] : -1.0; });
         break;
     }
     default:

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <functional>
 
+#include "core/side.h"
+
 class QAction;
 class QLabel;
 class QMenu;
@@ -87,8 +89,8 @@ public Q_SLOTS:
     void cmdSynch_Click();
     void tbar_ButtonClick(int bar, int key);
     void mnuPop3_Sync_Click();
-    void mnuPop3_Copy_Click(int direction);
-    void mnuPop3_Del_Click(int side);
+    void mnuPop3_Copy_Click(Side from);
+    void mnuPop3_Del_Click(Side side);
     void tmrProgress_Timer();
 
 protected:

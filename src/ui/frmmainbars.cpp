@@ -232,18 +232,18 @@ void frmMain::buildMenus()
                                         QStringLiteral("C&opy from destination to source")};
     const std::array<QString, 2> deletes{QStringLiteral("Delete &Source"),
                                          QStringLiteral("Delete &Destination")};
-    for (int i = 0; i < 2; ++i) {
-        QAction *a = add(m_mnuPop3, QStringLiteral("mnuPop3_Copy%1").arg(i),
-                         copies[static_cast<size_t>(i)], 1231 + i);
-        a->setIcon(glyphIcon(i == 0 ? Glyph::ToDestination : Glyph::ToSource));
-        connect(a, &QAction::triggered, this, [this, i] { mnuPop3_Copy_Click(i); });
+    for (Side from : Sides) {
+        QAction *a =
+            add(m_mnuPop3, QStringLiteral("mnuPop3_Copy%1").arg(from), copies[from], 1231 + from);
+        a->setIcon(glyphIcon(from == Side::Source ? Glyph::ToDestination : Glyph::ToSource));
+        connect(a, &QAction::triggered, this, [this, from] { mnuPop3_Copy_Click(from); });
     }
     m_mnuPop3->addSeparator();
-    for (int i = 0; i < 2; ++i) {
-        QAction *a = add(m_mnuPop3, QStringLiteral("mnuPop3_Del%1").arg(i),
-                         deletes[static_cast<size_t>(i)], 1233 + i);
+    for (Side side : Sides) {
+        QAction *a =
+            add(m_mnuPop3, QStringLiteral("mnuPop3_Del%1").arg(side), deletes[side], 1233 + side);
         a->setIcon(glyphIcon(Glyph::Delete));
-        connect(a, &QAction::triggered, this, [this, i] { mnuPop3_Del_Click(i); });
+        connect(a, &QAction::triggered, this, [this, side] { mnuPop3_Del_Click(side); });
     }
 }
 

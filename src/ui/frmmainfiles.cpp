@@ -42,7 +42,7 @@ bool frmMain::runCompare()
         // A long scan is never silent: the side labels count what each side has listed so far.
         QTimer listed;
         connect(&listed, &QTimer::timeout, this, [this] {
-            for (int side = 0; side < 2; ++side)
+            for (Side side : Sides)
                 setStatusLabel(side * 2, m_engine->FormatMsg(
                                              855, {QLocale().toString(qint64(
                                                       m_engine->comparison().listedSoFar(side)))}));
@@ -213,18 +213,18 @@ void frmMain::mnuPop3_Sync_Click()
     runFileCommand([this, entry] { return RunSynchronizeEntry(*m_engine, entry); });
 }
 
-void frmMain::mnuPop3_Copy_Click(int direction)
+void frmMain::mnuPop3_Copy_Click(Side from)
 {
     if (!ConfirmCopySelected(*m_engine))
         return;
     const int entry = m_popupEntry;
-    runFileCommand([this, direction, entry] {
-        RunCopySelected(*m_engine, direction, entry);
+    runFileCommand([this, from, entry] {
+        RunCopySelected(*m_engine, from, entry);
         return true;
     });
 }
 
-void frmMain::mnuPop3_Del_Click(int side)
+void frmMain::mnuPop3_Del_Click(Side side)
 {
     if (!ConfirmDeleteSelected(*m_engine))
         return;

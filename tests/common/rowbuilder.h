@@ -12,15 +12,15 @@ namespace duomir::test {
 inline void setPaths(CompareEntry &row, TextStore &texts, const QString &source,
                      const QString &destination)
 {
-    row.setPath(0, texts.addPath(source));
-    row.setPath(1, texts.addPath(destination));
+    row.setPath(Side::Source, texts.addPath(source));
+    row.setPath(Side::Destination, texts.addPath(destination));
 }
 
 inline void setNames(CompareEntry &row, TextStore &texts, const QString &source,
                      const QString &destination)
 {
-    row.setName(0, texts.add(source));
-    row.setName(1, texts.add(destination));
+    row.setName(Side::Source, texts.add(source));
+    row.setName(Side::Destination, texts.add(destination));
 }
 
 } // namespace duomir::test

@@ -67,14 +67,7 @@ QString TempTree::path(const QString &relative) const
 
 void TempTree::file(const QString &relative, const QByteArray &content, qint64 mtime)
 {
-    const QString full = path(relative);
-    QDir().mkpath(QFileInfo(full).path());
-    QFile f(full);
-    QVERIFY2(f.open(QIODevice::WriteOnly | QIODevice::Truncate), qPrintable(full));
-    QCOMPARE(f.write(content), content.size());
-    f.close();
-    if (mtime != 0)
-        setMtime(relative, mtime);
+    rawFile(QFile::encodeName(relative), content, mtime);
 }
 
 void TempTree::dir(const QString &relative)

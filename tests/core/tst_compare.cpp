@@ -25,16 +25,17 @@ constexpr qint64 T0 = 1'700'000'000; // a fixed file time
 // that lacks the entry shows its derived path in brackets.
 QString describe(const CompareEntry &row, const QString &base)
 {
-    const auto side = [&](int i) {
+    const auto side = [&](Side i) {
         // A directory row names its directory by Path alone; a missing side borrows the name.
-        const bool missing = row.lacks(i) && !row.lacks(1 - i);
+        const bool missing = row.lacks(i) && !row.lacks(otherSide(i));
         QString full =
-            row.path(i) + (row.isDirectory() ? QString() : row.name(missing ? 1 - i : i));
+            row.path(i) + (row.isDirectory() ? QString() : row.name(missing ? otherSide(i) : i));
         full.remove(0, full.startsWith(base) ? base.size() : 0);
         return missing ? u'[' + full + u']' : full;
     };
     return QString::number(row.State) + (row.Marked ? u" 1 " : u" 0 ") +
-           (row.isDirectory() ? u"d " : u"f ") + side(0) + u' ' + side(1);
+           (row.isDirectory() ? u"d " : u"f ") + side(Side::Source) + u' ' +
+           side(Side::Destination);
 }
 
 struct Fixture
@@ -102,7 +103,7 @@ CompareArray sampleRows()
     auto row = [](int state, bool directory, const char *source, const char *destination) {
         CompareEntry e;
         e.State = static_cast<std::int16_t>(state);
-        e.Attributes[0] = e.Attributes[1] = directory ? Attr::Directory : 0;
+        e.Attributes.fill(directory ? Attr::Directory : 0);
         setNames(e, texts, QString::fromUtf8(source), QString::fromUtf8(destination));
         return e;
     };
@@ -346,7 +347,7 @@ private Q_SLOTS:
         for (qsizetype r = 1; r < described.size(); ++r) {
             const CompareEntry &row = f.engine.comparison().rows()[size_t(r) + 1];
             names << described[r].section(u' ', 3, 3).mid(2) +
-                         (row.Attributes[0] & Attr::System ? u"*" : u"");
+                         (row.Attributes[Side::Source] & Attr::System ? u"*" : u"");
         }
         names.sort();
         taken.sort();
@@ -403,13 +404,13 @@ private Q_SLOTS:
         QStringList kinds;
         QList<QByteArray> names; // as the other side would be given them
         for (const CompareEntry &row : f.engine.comparison().rows()) {
-            if (row.name(0) == u"again" || row.name(0) == u"broken")
-                kinds << row.name(0) + u':' +
-                             QString::number(row.Attributes[0] & Attr::Reparse, 16);
-            names << toNative(row.path(1) + row.name(0));
+            if (row.name(Side::Source) == u"again" || row.name(Side::Source) == u"broken")
+                kinds << row.name(Side::Source) + u':' +
+                             QString::number(row.Attributes[Side::Source] & Attr::Reparse, 16);
+            names << toNative(row.path(Side::Destination) + row.name(Side::Source));
             // Read but not entered: its names are known, their sizes and dates are not.
-            if (row.name(0) == u"unsearchable" && ::geteuid() != 0)
-                QVERIFY(row.Attributes[0] & Attr::Unlisted);
+            if (row.name(Side::Source) == u"unsearchable" && ::geteuid() != 0)
+                QVERIFY(row.Attributes[Side::Source] & Attr::Unlisted);
         }
         QCOMPARE(kinds, QStringList({u"broken:400"_qs, u"again:400"_qs})); // files come first
         for (const QByteArray &name : raw)
@@ -440,8 +441,9 @@ private Q_SLOTS:
         QCOMPARE(f.engine.comparison().counters(), (std::array<int, 3>{count, 2, 0}));
         for (int k = 0; k < count; ++k) {
             const CompareEntry &row = rows[static_cast<size_t>(k + 3)];
-            if (row.name(0).mid(1).toInt() != k + count || row.lacks(1) != (k % 10 != 0))
-                QFAIL(qPrintable(u"row "_qs + QString::number(k + 3) + u": " + row.name(0)));
+            const QString name = row.name(Side::Source);
+            if (name.mid(1).toInt() != k + count || row.lacks(Side::Destination) != (k % 10 != 0))
+                QFAIL(qPrintable(u"row "_qs + QString::number(k + 3) + u": " + name));
         }
     }
 };

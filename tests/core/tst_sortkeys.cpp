@@ -212,14 +212,15 @@ private Q_SLOTS:
         MergeAndClassify(
             {a, b, ka, kb, {compareRoot(root), compareRoot(u"/dest"_qs)}, true, 0, texts}, rows);
         // A row's path below its side's root, "/" at the end for a directory.
-        const auto relative = [&](const CompareEntry &row, int side) {
+        const auto relative = [&](const CompareEntry &row, Side side) {
             return QString(row.path(side) + (row.isDirectory() ? u"/"_qs : row.name(side)))
-                .mid(side ? 6 : scanned.size() + 1);
+                .mid(side == Side::Destination ? 6 : scanned.size() + 1);
         };
         QStringList pairs;
         for (std::size_t r = 2; r < rows.size(); ++r)
-            if (!rows[r].lacks(0) && !rows[r].lacks(1))
-                pairs << relative(rows[r], 0) + u" = "_qs + relative(rows[r], 1);
+            if (!rows[r].lacks(Side::Source) && !rows[r].lacks(Side::Destination))
+                pairs << relative(rows[r], Side::Source) + u" = "_qs +
+                             relative(rows[r], Side::Destination);
         pairs.sort();
         QCOMPARE(pairs, expectedPairs(source, destination));
     }

@@ -76,7 +76,7 @@ private Q_SLOTS:
         QFETCH(int, what);
         QFETCH(QString, expected);
         Setup s(src, dst);
-        s.engine.reporter().report(OpResult::failure(error), what, 0, 1);
+        s.engine.reporter().report(OpResult::failure(error), what, Side::Source, 1);
         QCOMPARE(s.log().isEmpty(), expected.isEmpty());
         QCOMPARE(s.ui.shown.size(), expected.isEmpty() ? 0 : 1);
         if (!expected.isEmpty())
@@ -89,10 +89,10 @@ private Q_SLOTS:
     {
         Setup s(u"/src/"_qs, u"/dst/"_qs, u"bad\nduomir-cli: error: \tforged"_qs);
         const QByteArray logged("bad\\nduomir-cli: error: \\tforged");
-        s.engine.comparison().editRows()[1].setName(0, {});
+        s.engine.comparison().editRows()[1].setName(Side::Source, {});
         s.engine.DontAsk = true;
-        s.engine.reporter().report(OpResult::failure(EACCES), 143, 1, 1);
-        s.engine.reporter().report(OpResult::success(), 143, 1, 1);
+        s.engine.reporter().report(OpResult::failure(EACCES), 143, Side::Destination, 1);
+        s.engine.reporter().report(OpResult::success(), 143, Side::Destination, 1);
         QVERIFY(s.ui.shown.isEmpty());
         QCOMPARE(s.log(), "2026-03-14 09:26:53\t\t" + QByteArray::number(EACCES) + '\t' +
                               QByteArray(std::strerror(EACCES)) + "\t/dst/" + logged + "\t/src/" +

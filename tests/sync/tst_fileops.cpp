@@ -363,8 +363,7 @@ private Q_SLOTS:
              .folder = mode == u"absolute" ? tree.path(u"all/Versions"_qs) : u"Versions"_qs,
              .runFolder = u"2026-11-24 140000"_qs,
              .homeTrash = tree.path(u"home/Trash"_qs)});
-        int missingAt = 0;
-        int changes = 0;
+        int missingAt = 0, changes = 0;
         ops.onChange = [&] {
             ++changes;
             if (seen(tree, file).size < 0 && missingAt == 0)

@@ -129,7 +129,7 @@ struct Fixture
         const QString full = tree.path(relative);
         for (size_t i = 1; i < engine.comparison().rows().size(); ++i) {
             const CompareEntry &e = engine.comparison().rows()[i];
-            for (int side : {0, 1}) {
+            for (Side side : Sides) {
                 // A folder's row has its full path, a file's row its folder and name.
                 if (e.path(side) == full ||
                     (e.path(side).endsWith(u'/') && e.path(side) + e.name(side) == full))
@@ -367,7 +367,7 @@ private Q_SLOTS:
             }
             const int row = place.contains(u'/') ? f.row(place) : 0;
             QVERIFY(row >= 0);
-            const int side = place.startsWith(u"d/") ? 1 : 0;
+            const Side side = place.startsWith(u"d/") ? Side::Destination : Side::Source;
             if (verb == u"copy")
                 CopySelected(f.engine, side, row);
             else if (verb == u"delete")
@@ -593,8 +593,8 @@ private Q_SLOTS:
                                    u"s/a, s/sub/"_qs));
         f.compare();
         for (const CompareEntry &e : f.engine.comparison().rows())
-            QVERIFY2(!e.path(0).contains(u"/Old"_qs) && !e.path(1).contains(u"/Old"_qs),
-                     qPrintable(e.path(0) + e.path(1)));
+            for (Side side : Sides)
+                QVERIFY2(!e.path(side).contains(u"/Old"_qs), qPrintable(e.path(side)));
 
         // No days to keep means every run folder stays, however old.
         f.engine.settings.KeepVersionsDays = 0;
@@ -663,15 +663,18 @@ private Q_SLOTS:
         f.files(u"s/u/sub/f.txt, d/u/sub/f.txt@100, s/z.txt"_qs);
         f.pair(u"s"_qs, u"d"_qs);
         f.addRow(QString(), QString(), QString(), true);
-        f.addRow(u"/u"_qs, u"u"_qs, u"u"_qs, true).Attributes[1] |= Attr::Unlisted;
+        f.addRow(u"/u"_qs, u"u"_qs, u"u"_qs, true).Attributes[Side::Destination] |= Attr::Unlisted;
         f.addRow(u"/u/sub"_qs, u"sub"_qs, QString(), true, ModifiedInSource);
-        f.addRow(u"/u/sub/"_qs, u"f.txt"_qs, QString(), false, ModifiedInSource).FullSize[0] = 13;
+        f.addRow(u"/u/sub/"_qs, u"f.txt"_qs, QString(), false, ModifiedInSource).FullSize = {13, 0};
         CompareEntry &after = f.addRow(u"/"_qs, u"z.txt"_qs, QString(), false, ModifiedInSource);
-        after.FullSize[0] = 7;
-        after.Modified[0] = FileTimeToDate(T0, f.engine.comparison().utcOffset());
+        after.FullSize = {7, 0};
+        after.Modified[Side::Source] = FileTimeToDate(T0, f.engine.comparison().utcOffset());
         f.engine.comparison().countStates();
+        // The list's plan does not offer to delete what the destination may hold unseen.
+        f.engine.run().setOptions({true, false, false, true});
+        QCOMPARE(SyncPlanner(f.engine.comparison(), f.engine.run()).action(4), PlannedAction::None);
         if (copyOnly)
-            CopySelected(f.engine, 0, row);
+            CopySelected(f.engine, Side::Source, row);
         else
             f.sync({true, false, false, true}, row);
         QCOMPARE(f.tree.read(u"s/u/sub/f.txt"_qs), QByteArray("s/u/sub/f.txt"));
@@ -776,7 +779,7 @@ private Q_SLOTS:
         QVERIFY(::rmdir(f.tree.nativePath("d").constData()) == 0);
         f.engine.comparison().editRows()[size_t(row)].State = Identical;
         f.engine.comparison().editRows()[size_t(row)].Marked = false;
-        CopySelected(f.engine, 0, row);
+        CopySelected(f.engine, Side::Source, row);
         QCOMPARE(f.tree.read(u"d/f"_qs), QByteArray("s/f"));
         QCOMPARE(f.tree.mode(u"d"_qs), 0750u);
     }
