@@ -312,15 +312,15 @@ private Q_SLOTS:
         // A volume's trash folders (.Trash, .Trash-1000) are never compared; look-alikes are.
         QTest::newRow("hidden files and dot directories, trash folders skipped")
             << u"uhdf"_qs << u"*"_qs << QString()
-            << (all + QStringList{u".hidden"_qs, u".svn"_qs, u".svn/entries"_qs, u".Trashcan"_qs,
+            << (all + QStringList{u".h"_qs, u".svn"_qs, u".svn/entries"_qs, u".Trashcan"_qs,
                                   u".Trashcan/t"_qs, u".Trash-1a"_qs, u".Trash-1a/t"_qs,
                                   u"pipe*"_qs});
         QTest::newRow("hidden files, no hidden directories")
-            << u"uhf"_qs << u"*"_qs << QString() << (all + QStringList{u".hidden"_qs, u"pipe*"_qs});
+            << u"uhf"_qs << u"*"_qs << QString() << (all + QStringList{u".h"_qs, u"pipe*"_qs});
     }
-    // The source holds Makefile, notes.txt, bin/tool, .hidden, .svn/entries, trash folders and
-    // look-alikes, and a FIFO; the scan takes what the switches and masks admit. A dot directory
-    // is a hidden one; a FIFO is a system file ("*" after it).
+    // The source holds Makefile, notes.txt, bin/tool, .h (as short as a hidden name gets),
+    // .svn/entries, trash folders and look-alikes, and a FIFO; the scan takes what the switches and
+    // masks admit. A dot directory is a hidden one; a FIFO is a system file ("*" after it).
     void scanRules()
     {
         QFETCH(QString, switches);
@@ -328,9 +328,8 @@ private Q_SLOTS:
         QFETCH(QString, excludeDirs);
         QFETCH(QStringList, taken);
         Fixture f;
-        for (const char *n :
-             {"s/Makefile", "s/notes.txt", "s/bin/tool", "s/.hidden", "s/.svn/entries",
-              "s/.Trash/t", "s/.Trash-1000/t", "s/.Trashcan/t", "s/.Trash-1a/t"})
+        for (const char *n : {"s/Makefile", "s/notes.txt", "s/bin/tool", "s/.h", "s/.svn/entries",
+                              "s/.Trash/t", "s/.Trash-1000/t", "s/.Trashcan/t", "s/.Trash-1a/t"})
             f.tree.file(QString::fromUtf8(n), "", T0);
         QCOMPARE(::mkfifo(f.tree.nativePath("s/pipe").constData(), 0600), 0);
         f.tree.dir(u"d"_qs);
